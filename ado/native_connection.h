@@ -1,0 +1,62 @@
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "ado/connection.h"
+
+namespace vantlo {
+
+/// A statement's result read to its end: what a client-side cursor holds.
+struct ResultTable {
+    std::vector<Text> columns;
+    std::vector<std::vector<Variant>> rows;
+    bool yields_rows = false;  ///< whether the statement is one that can return rows at all
+};
+
+/// A connection of one of the native adapters, with what a native host needs beyond the port.
+class NativeConnection : public Connection {
+public:
+    void add_reference() noexcept final;
+    void release() noexcept final;
+
+    /// Runs one statement as it stands and reads its result to the end.
+    virtual ResultTable run(TextView statement) = 0;
+
+    RecordsetVariable execute(TextView statement) override;
+
+    // The host's transaction; the component never opens one.
+    virtual void begin() = 0;
+    virtual void commit() = 0;
+    virtual void roll_back() = 0;
+
+    /// Engine and driver with their versions, for people: `SQLite 3.40.1`.
+    [[nodiscard]] virtual std::string engine() const = 0;
+
+private:
+    std::atomic<long> references_{0};
+};
+
+/// A counted reference that keeps its connection's own type.
+/// Example  `Owned<SqliteConnection> connection(new SqliteConnection(path));`
+template <typename Type>
+class Owned {
+public:
+    explicit Owned(Type* connection) : reference_(connection), connection_(connection) {}
+
+    [[nodiscard]] Type* get() const { return connection_; }
+    Type* operator->() const { return connection_; }
+    Type& operator*() const { return *connection_; }
+
+private:
+    ConnectionReference reference_;
+    Type* connection_;
+};
+
+/// A recordset over a ResultTable, opened through a NativeConnection or made of a result.
+RecordsetVariable make_client_recordset();
+RecordsetVariable make_client_recordset(ResultTable result);
+
+}  // namespace vantlo

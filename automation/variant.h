@@ -1,0 +1,100 @@
+#pragma once
+
+#include <cstdint>
+#include <utility>
+#include <variant>
+
+#include "automation/currency.h"
+#include "automation/date.h"
+#include "automation/text.h"
+
+namespace vantlo {
+
+struct Empty {
+    friend constexpr bool operator==(Empty, Empty) = default;
+};
+
+struct Null {
+    friend constexpr bool operator==(Null, Null) = default;
+};
+
+/// A value outside the closed set: a decimal, a 64-bit integer, an object, an array, an error.
+///
+/// SQL literals know it only as "anything else". `number` is the value's decimal text where it has one, so that a
+/// decimal still converts to the numeric types; it is empty for everything else.
+struct Other {
+    Text number;
+
+    friend bool operator==(const Other&, const Other&) = default;
+};
+
+/// One automation value of the closed set that this system distinguishes.
+///
+/// Construction is by exact type: an int16_t is an Integer, an int32_t a Long, a uint8_t a Byte. A conversion that
+/// could mean two things does not compile.
+class Variant {
+public:
+    using Value = std::variant<Empty, Null, std::uint8_t, std::int16_t, std::int32_t, float, double, Currency, Date,
+                               bool, Text, Other>;
+
+    Variant() = default;
+    Variant(Null value) : value_(value) {}
+    Variant(std::uint8_t value) : value_(value) {}
+    Variant(std::int16_t value) : value_(value) {}
+    Variant(std::int32_t value) : value_(value) {}
+    Variant(float value) : value_(value) {}
+    Variant(double value) : value_(value) {}
+    Variant(Currency value) : value_(value) {}
+    Variant(Date value) : value_(value) {}
+    Variant(bool value) : value_(value) {}
+    Variant(Text value) : value_(std::move(value)) {}
+    Variant(Other value) : value_(std::move(value)) {}
+    Variant(const char16_t* value) : value_(Text(value)) {}
+    template <typename Pointer>
+    Variant(Pointer*) = delete;  // a pointer would silently become a Boolean
+
+    [[nodiscard]] const Value& value() const { return value_; }
+
+    template <typename Type>
+    [[nodiscard]] const Type* get_if() const {
+        return std::get_if<Type>(&value_);
+    }
+
+    template <typename Type>
+    [[nodiscard]] bool is() const {
+        return std::holds_alternative<Type>(value_);
+    }
+
+    friend bool operator==(const Variant&, const Variant&) = default;
+
+private:
+    Value value_;
+};
+
+// Conversions by automation's rules. Shape, for all of them: Empty counts as 0 or the empty text, True as -1, a Date as
+// its day number, a String as the number it spells.
+// Errors   invalid_use_of_null for Null, type_mismatch for a text that is no number and for an Other without one,
+//          overflow for a value that does not fit.
+
+/// CCur: rounds half to even at the fourth decimal.
+Currency to_currency(const Variant& value);
+
+/// CInt: rounds half to even to a 16-bit whole number.
+std::int16_t to_integer(const Variant& value);
+
+/// CLng: rounds half to even to a 32-bit whole number.
+std::int32_t to_long(const Variant& value);
+
+/// CDbl.
+double to_double(const Variant& value);
+
+/// CStr: numbers as number_text writes them, dates as ordinary_text does, Boolean as `True` or `False`.
+Text to_text(const Variant& value);
+
+/// `0 - x` by automation's subtraction: Null stays Null, Empty gives Integer 0, a Byte gives an Integer, Integer and
+/// Long widen where the negative does not fit, Single, Double and Currency keep their type, a numeric String gives a
+/// Double. It is also how a Single is negated: the two differ only in the sign of zero, which no text shows.
+/// Errors   type_mismatch for every other type, overflow for the one Currency whose negative does not fit.
+Variant zero_minus(const Variant& value);
+
+}  // namespace vantlo
