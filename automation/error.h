@@ -24,6 +24,7 @@ inline constexpr ErrorNumber no_such_interface = 430;
 inline constexpr ErrorNumber no_such_member = 438;
 inline constexpr ErrorNumber automation_error = 440;
 inline constexpr ErrorNumber no_such_action = 445;
+inline constexpr ErrorNumber wrong_argument_count = 450;
 
 // What a recordset or connection object reports about its own use.
 inline constexpr ErrorNumber bad_argument = 3001;

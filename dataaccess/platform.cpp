@@ -1,0 +1,40 @@
+#include "dataaccess/platform.h"
+
+#include "ado/native_connection.h"
+
+namespace vantlo {
+
+namespace {
+
+RecordsetVariable create_native_recordset() { return make_client_recordset(); }
+
+void show_nothing(const char16_t*, const char16_t*, std::int32_t) noexcept {}
+
+ProjectState& native_project_state() noexcept {
+    thread_local constinit ProjectState state;
+    return state;
+}
+
+/// Native recordsets, no messages, thread-local state: what holds until a shell says otherwise.
+Platform current_platform{create_native_recordset, show_nothing, native_project_state};
+
+}  // namespace
+
+DatabaseKind database_kind_of(TextView data_type) {
+    if (data_type == u"[Microsoft SQL Server]") return DatabaseKind::sql_server;
+    if (data_type == u"[Microsoft Access]") return DatabaseKind::access;
+    return DatabaseKind::other;
+}
+
+void set_platform(const Platform& platform) { current_platform = platform; }
+
+const Platform& platform() { return current_platform; }
+
+void set_project_connection(Connection* connection) {
+    Connection*& held = project_state().connection;
+    if (connection != nullptr) connection->add_reference();
+    Connection* const previous = std::exchange(held, connection);
+    if (previous != nullptr) previous->release();
+}
+
+}  // namespace vantlo

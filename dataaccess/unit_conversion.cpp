@@ -1,0 +1,41 @@
+#include "dataaccess/unit_conversion.h"
+
+#include "automation/error.h"
+#include "dataaccess/failure_message.h"
+#include "dataaccess/recordsets.h"
+#include "dataaccess/sql_literals.h"
+
+namespace vantlo {
+inline namespace GetValue_Function {
+
+namespace {
+
+constexpr Currency no_conversion = Currency::from_whole(1);
+
+Currency factor_in(Recordset& rows) {
+    if (rows.eof()) return no_conversion;
+    const Variant stored = rows.field(u"UnitConverter");
+    if (stored.is<Null>()) return no_conversion;
+    const Currency factor = to_currency(stored);
+    return factor == Currency() ? no_conversion : factor;
+}
+
+}  // namespace
+
+Currency GoodsUnitConverter(const Text& gid, const Text& unit) {
+    Currency factor;
+    const ErrorNumber failure = run_helper(u"GoodsUnitConverter", [&] {
+        RecordsetVariable rows;
+        Open_Recordset(rows);
+        Text source = u"select id,Unit,UnitConverter from GoodsUnit where id=";
+        source += GetSqlVal(gid);
+        source += u" and Unit=";
+        source += GetSqlVal(unit);
+        held(rows).open(source);
+        factor = factor_in(*rows);
+    });
+    return failure == 0 ? factor : Currency::from_whole(failure);
+}
+
+}  // namespace GetValue_Function
+}  // namespace vantlo
