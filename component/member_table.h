@@ -34,8 +34,8 @@ struct Parameter {
 struct Argument {
     Argument(Line& line_argument) : line(&line_argument) {}
     template <typename Value>
-        requires std::constructible_from<Variant, Value>
-    Argument(Value&& value_argument) : value(std::forward<Value>(value_argument)) {}
+    requires std::constructible_from<Variant, Value> Argument(Value&& value_argument)
+        : value(std::forward<Value>(value_argument)) {}
     Argument(VariantBool value_argument) : value(static_cast<std::int16_t>(value_argument)) {}
 
     Line* line = nullptr;
@@ -49,7 +49,7 @@ using BoundMember = std::int32_t (*)(Connection* connection, std::span<const Arg
 struct Member {
     static constexpr std::size_t most_parameters = 4;
 
-    int number = 0;                ///< its place in the interface, behind the IDispatch slots
+    int number = 0;  ///< its place in the interface, behind the IDispatch slots
     std::uint32_t dispatch_id = 0;
     const char16_t* name = nullptr;
     MemberKind kind = MemberKind::method;

@@ -12,7 +12,7 @@ enum class OnError { tell_user, stay_silent };
 /// Needs no memory of its own, so that it can tell of the lack of it.
 void show_failure(const char16_t* routine, ErrorNumber number) noexcept;
 
-/// Runs the body of a routine that ends its own failures: a failure becomes the result, and is shown if the user is told.
+/// Runs the body of a routine that ends its own failures: a failure becomes the result, and shown if the user is told.
 /// Returns  what the body returns, or the number of the failure.
 template <typename Body>
 std::int32_t run_trapped(const char16_t* routine, OnError on_error, Body body) noexcept {

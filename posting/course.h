@@ -6,7 +6,8 @@
 
 namespace vantlo {
 
-/// The course of a member that posts one line in hand: prepares the look-up recordset, runs `body(lookup)`, releases it.
+/// The course of a member that posts one line in hand: prepares the look-up recordset, runs `body(lookup)` and
+/// releases it.
 template <typename Body>
 void post_one_line(Body body) {
     RecordsetVariable lookup;

@@ -9,7 +9,8 @@ namespace vantlo {
 // differ in what is read and what is converted first, and so in what fails first and whether the unit look-up has run
 // by then.
 
-/// A line being saved, its quantity converted before the look-up: reads Gid, the quantity, Unit; CCur(quantity) × factor.
+/// A line being saved, its quantity converted before the look-up: reads Gid, the quantity, Unit;
+/// CCur(quantity) × factor.
 Currency quantity_times_factor(Line& line, TextView column);
 
 /// A stored line, its quantity converted before the look-up: CCur(quantity) × factor of CStr(Gid), CStr(Unit).

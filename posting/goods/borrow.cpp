@@ -20,9 +20,8 @@ void post_borrowed(Connection* connection, RecordsetVariable& lookup, Line& line
 }
 
 void post_borrow_line(Connection* connection, Line& line, const Movement& movement, TextView warehouse_column) {
-    post_one_line([&](RecordsetVariable& lookup) {
-        post_borrowed(connection, lookup, line, movement, warehouse_column);
-    });
+    post_one_line(
+        [&](RecordsetVariable& lookup) { post_borrowed(connection, lookup, line, movement, warehouse_column); });
 }
 
 void post_borrow_bill(Connection* connection, const Text& bill_id, const Movement& movement,

@@ -30,8 +30,7 @@ void Out_AddInventory(Connection* connection, const Text& cId, VariantBool bUseA
     const Statement select = select_by_id(u"select * from StockBillItems where BillId=", cId);
     const auto take_back = [&](Line& line, RecordsetVariable& lookup) {
         const Currency quantity = issued(stored_quantity_times_factor(line, u"Actualqty"), bUseAbs);
-        post(connection, lookup, line, stock_out,
-             side(movement::issue_back, supplier, Source::given(iCPZT), quantity));
+        post(connection, lookup, line, stock_out, side(movement::issue_back, supplier, Source::given(iCPZT), quantity));
     };
     // Opened by the recordset itself, on the project-wide connection, unlike every other bill of this folder.
     post_stored_lines(connection, select, take_back, LinesBy::open);
