@@ -1,0 +1,76 @@
+#include "tests/support/scenario_runner.h"
+
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+
+#include "ado/sqlite/sqlite_connection.h"
+#include "component/inventory_class.h"
+
+namespace vantlo::test {
+
+namespace {
+
+class SqliteDatabase final : public TestDatabase {
+public:
+    SqliteDatabase() : connection_(new SqliteConnection(":memory:")) {
+        std::ifstream schema(VANTLO_SOURCE_DIR "/schema/sqlite.sql");
+        connection_->run_script({std::istreambuf_iterator<char>(schema), std::istreambuf_iterator<char>()});
+    }
+
+    Connection& connection() override { return *connection_; }
+
+private:
+    Owned<SqliteConnection> connection_;
+};
+
+Argument argument_of(const Parameter& parameter, const std::string& word, Line& line) {
+    if (parameter.type == ParameterType::line) return line;
+    if (parameter.type == ParameterType::text) return from_utf8(word);
+    return std::int32_t{std::stoi(word)};
+}
+
+}  // namespace
+
+void TestDatabase::clear() {
+    static constexpr const char16_t* tables[] = {
+        u"Inventory",   u"GoodsUnit",        u"Goods",        u"StockBill", u"StockBillItems",
+        u"RGstockBill", u"RGstockBillItems", u"GBorrowItems", u"GoodsBill", u"GoodsBillItems",
+    };
+    for (const char16_t* table : tables) connection().execute(Text(u"delete from ") + table);
+}
+
+std::unique_ptr<TestDatabase> make_sqlite_database() { return std::make_unique<SqliteDatabase>(); }
+
+std::int32_t call_member(const Scenario& scenario, Connection& connection, Line& line) {
+    const Member* const member = find_method(from_utf8(scenario.member));
+    if (member == nullptr) throw std::runtime_error(scenario.where() + ": no such member");
+    std::vector<Argument> arguments;
+    for (std::size_t i = 0; i < scenario.arguments.size(); ++i) {
+        arguments.push_back(argument_of(member->parameters()[i], scenario.arguments[i], line));
+    }
+    Inventory_Class object;
+    object.let_DATAType(from_utf8(scenario.data_type));
+    object.set_ADOConn(&connection);
+    return object.call(*member, arguments);
+}
+
+Outcome run_scenario(const Scenario& scenario, TestDatabase& database, int fail_at, ErrorNumber fail_with) {
+    database.clear();
+    for (const TableRow& row : scenario.given) database.connection().execute(insert_text(row));
+    Outcome outcome;
+    outcome.recorder.fail_at = fail_at;
+    outcome.recorder.fail_with = fail_with;
+    {
+        const RecordingPlatform platform(outcome.recorder);
+        RecordingConnection connection(outcome.recorder, database.connection());
+        RecordedLine line(outcome.recorder, scenario.line);
+        outcome.result = call_member(scenario, connection, line);
+        set_project_connection(nullptr);
+        if (connection.references != 0) throw std::runtime_error(scenario.where() + ": a reference is left");
+    }
+    outcome.ledger = read_ledger(database.connection());
+    return outcome;
+}
+
+}  // namespace vantlo::test
