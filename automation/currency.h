@@ -16,11 +16,21 @@ public:
     [[nodiscard]] static constexpr Currency from_ten_thousandths(std::int64_t count) { return Currency(count); }
     [[nodiscard]] static constexpr Currency from_whole(std::int32_t value) { return Currency(value * scale); }
 
+    /// The value whose count of ten-thousandths has this magnitude and sign.
+    /// Errors   overflow outside the range.
+    [[nodiscard]] static Currency from_magnitude(std::uint64_t ten_thousandths, bool negative);
+
     /// The exact value of the double, rounded half to even at the fourth decimal.
     /// Errors   overflow outside the range and for infinities; NaN too.
     [[nodiscard]] static Currency from_double(double value);
 
     [[nodiscard]] constexpr std::int64_t ten_thousandths() const { return count_; }
+
+    /// The count of ten-thousandths without its sign; the most negative value has one too.
+    [[nodiscard]] constexpr std::uint64_t magnitude() const {
+        const auto bits = static_cast<std::uint64_t>(count_);
+        return count_ < 0 ? 0 - bits : bits;
+    }
 
     /// The nearest double.
     [[nodiscard]] double to_double() const;

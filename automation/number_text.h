@@ -28,4 +28,7 @@ std::optional<double> double_from_text(TextView text);
 /// The same texts, read exactly, rounded half to even at the fourth decimal.
 std::optional<Currency> currency_from_text(TextView text);
 
+/// The same texts, read exactly, rounded half to even to a whole number.
+std::optional<std::int32_t> long_from_text(TextView text);
+
 }  // namespace vantlo
