@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "ado/connection.h"
+#include "automation/error.h"
 #include "dataaccess/platform.h"
 #include "posting/line.h"
 
