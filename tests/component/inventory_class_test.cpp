@@ -25,8 +25,8 @@ struct ComponentFixture {
 
     std::unique_ptr<TestDatabase> database = make_sqlite_database();
     Recorder recorder;
-    RecordingPlatform platform{recorder};
     RecordingConnection connection{recorder, database->connection()};
+    RecordingPlatform platform{recorder};
     Inventory_Class object;
 };
 

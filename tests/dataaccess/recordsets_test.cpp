@@ -79,8 +79,8 @@ struct UnitFixture {
 
     std::unique_ptr<TestDatabase> database = make_sqlite_database();
     Recorder recorder;
-    RecordingPlatform platform{recorder};
     RecordingConnection connection{recorder, database->connection()};
+    RecordingPlatform platform{recorder};
 };
 
 TEST_CASE_FIXTURE(UnitFixture,

@@ -28,7 +28,7 @@ enum class Exception {
 };
 
 struct Family {
-    const char* name;
+    std::string name;
     const char* header_table;
     const char* line_table;
     std::array<Step, 2> post;
@@ -84,7 +84,7 @@ public:
     Properties line(bool converted) {
         const Text warehouse = pick({u"W1", u"W2", u"W3"});
         const Text other = pick({u"W1", u"W2", u"W3"});
-        const float quantity = static_cast<float>(below(41) - (converted ? 8 : 0)) / 4;
+        const float quantity = static_cast<float>(static_cast<int>(below(41)) - (converted ? 8 : 0)) / 4;
         const auto status = static_cast<std::int32_t>(below(3));
         return {{"Gid", pick({u"G1", u"G2", u"O'Neil"})},
                 {"Unit", converted ? pick({u"个", u"箱", u"半"}) : pick({u"个", u"只"})},
@@ -138,7 +138,7 @@ struct Bill {
         insert(connection, family.header_table, header);
         for (Properties& line : lines) {
             line["BillId"] = Variant(u"B1");
-            if (std::string_view(family.name) == "loss") line["Supplier"] = line["WarehouseId"];
+            if (family.name == "loss") line["Supplier"] = line["WarehouseId"];
             insert(connection, family.line_table, line);
         }
     }
@@ -223,7 +223,7 @@ TEST_CASE("A bill posted and taken back leaves every quantity as it was") {
         for (std::uint32_t seed = 1; seed <= rounds; ++seed) {
             INFO(family.name << ", seed " << seed);
             const Ledgers ledgers = round_trip(*database, family, seed, family.exception == Exception::none);
-            CHECK(ledgers.after == ledgers.before);
+            CHECK(joined(ledgers.after) == joined(ledgers.before));
         }
     }
 }

@@ -51,7 +51,7 @@ TEST_CASE("Every scenario returns its result, sends its statements and leaves it
         INFO(scenario.where());
         const Outcome outcome = run_scenario(scenario, *database);
         CHECK(outcome.result == scenario.result);
-        CHECK(outcome.recorder.trace(scenario.detail) == scenario.trace);
+        CHECK(joined(outcome.recorder.trace(scenario.detail)) == joined(scenario.trace));
         check_ledger(scenario.ledger, outcome.ledger);
     }
 }

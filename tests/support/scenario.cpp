@@ -270,6 +270,12 @@ std::vector<std::string> read_ledger(Connection& connection) {
     return rows;
 }
 
+std::string joined(const std::vector<std::string>& lines) {
+    std::string text;
+    for (const std::string& line : lines) text += "\n  " + line;
+    return text;
+}
+
 bool matches(const std::string& expected_row, const std::string& actual_row) {
     const bool described = std::ranges::count(expected_row, '|') == 2;
     return described ? expected_row == actual_row : actual_row.starts_with(expected_row + " |");

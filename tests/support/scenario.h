@@ -69,6 +69,9 @@ std::string ledger_row_text(Recordset& ledger);
 /// All rows of `select * from Inventory`, sorted.
 std::vector<std::string> read_ledger(Connection& connection);
 
+/// Lines as one text, so that a comparison that fails can be read.
+std::string joined(const std::vector<std::string>& lines);
+
 /// Whether an expected row, with or without its third group, is the actual one.
 bool matches(const std::string& expected_row, const std::string& actual_row);
 
