@@ -35,6 +35,9 @@ public:
     /// Engine and driver with their versions, for people: `SQLite 3.40.1`.
     [[nodiscard]] virtual std::string engine() const = 0;
 
+protected:
+    ~NativeConnection() override = default;  // the last release ends it
+
 private:
     std::atomic<long> references_{0};
 };

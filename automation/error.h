@@ -38,8 +38,10 @@ inline constexpr ErrorNumber no_connection = 3709;
 // What a database reports, under the numbers that ADO gives.
 inline constexpr ErrorNumber syntax_error = -2147217900;          // 0x80040E14
 inline constexpr ErrorNumber no_such_table = -2147217865;         // 0x80040E37
+inline constexpr ErrorNumber no_such_column = -2147217904;        // 0x80040E10
 inline constexpr ErrorNumber constraint_violated = -2147217873;   // 0x80040E2F
 inline constexpr ErrorNumber value_does_not_fit = -2147217833;    // 0x80040E57
+inline constexpr ErrorNumber cannot_convert_value = -2147217913;  // 0x80040E07
 inline constexpr ErrorNumber permission_denied = -2147217911;     // 0x80040E09
 inline constexpr ErrorNumber login_failed = -2147217843;          // 0x80040E4D
 inline constexpr ErrorNumber time_out = -2147217871;              // 0x80040E31

@@ -36,9 +36,9 @@ constexpr ErrorText error_texts[] = {
     {hresult(0x8002000E),         u"参数的个数不对。",                           u"The number of arguments is wrong."},
     {hresult(0x80040154),         u"本机没有注册这个组件。",                     u"The component is not registered on this computer."},
     // databases
-    {hresult(0x80040E07),         u"数据无法转换成字段的类型。",                 u"A value cannot be converted to the type of its field."},
+    {error::cannot_convert_value, u"数据无法转换成字段的类型。",                 u"A value cannot be converted to the type of its field."},
     {error::permission_denied,    u"数据库不允许当前用户做这项操作。",           u"The database does not permit this user to do that."},
-    {hresult(0x80040E10),         u"语句缺少参数的值，或字段名写错了。",         u"The statement lacks the value of a parameter, or a field name is misspelt."},
+    {error::no_such_column,       u"语句缺少参数的值，或字段名写错了。",         u"The statement lacks the value of a parameter, or a field name is misspelt."},
     {error::syntax_error,         u"数据库语句有错误。",                         u"The database statement has an error in it."},
     {hresult(0x80040E21),         u"数据库操作只完成了一部分或没有完成。",       u"The database did only part of the operation, or none of it."},
     {error::constraint_violated,  u"数据违反了表的规定，例如编号重复或缺少必填内容。", u"The data break a rule of the table, such as a repeated key or a missing value."},

@@ -1,0 +1,156 @@
+-- The tables of the system for SQLite. Types are declared as they are read: the adapter goes by the declared name, so
+-- the names below are chosen from its table, and text columns always carry "char", without which SQLite would store a
+-- text of digits as a number.
+
+-- Warehouses; their ids are the WID of the ledger.
+create table if not exists Warehouse (
+    ID    nvarchar(40) not null primary key,
+    Name  nvarchar(100)
+);
+
+-- Goods; GCZYCPFlag marks main goods.
+create table if not exists Goods (
+    ID          nvarchar(40) not null primary key,
+    Name        nvarchar(200),
+    Class       nvarchar(40),
+    Model       nvarchar(200),
+    Unit        nvarchar(40),
+    GCZYCPFlag  smallint,
+    Remarks     nvarchar(1000)
+);
+
+-- Units of goods: how many base units one such unit holds; 0 and null both count as 1.
+create table if not exists GoodsUnit (
+    id             nvarchar(40) not null,
+    Unit           nvarchar(40) not null,
+    UnitConverter  float,
+    primary key (id, Unit)
+);
+
+-- The stock ledger: one row per warehouse, goods, models and status, which nothing enforces.
+create table if not exists Inventory (
+    WID         nvarchar(40),
+    GId         nvarchar(40),
+    Model1      nvarchar(100),
+    Model2      nvarchar(100),
+    Status      smallint,
+    Class       nvarchar(40),
+    Unit        nvarchar(40),
+    InQty       money,
+    OutQty      money,
+    CurrentQty  money,
+    Remarks     nvarchar(1000)
+);
+-- The look-up of every posting; without it the cost of one posting grows with the ledger.
+create index if not exists InventoryKey on Inventory (WID, GId, Model1, Model2, Status);
+
+-- Stock bills of all kinds; ReferFlag holds a goods status or a kind of status conversion.
+create table if not exists StockBill (
+    Id         nvarchar(40) not null primary key,
+    Kind       nvarchar(40),
+    BillDate   date,
+    ReferFlag  smallint,
+    Remarks    nvarchar(1000)
+);
+
+-- Lines of stock bills; Actualqty and Qty are in the line's own unit.
+create table if not exists StockBillItems (
+    BillId      nvarchar(40) not null,
+    LineNo      integer,
+    Gid         nvarchar(40),
+    Unit        nvarchar(40),
+    Actualqty   real,
+    Qty         real,
+    Receiver    nvarchar(40),
+    Supplier    nvarchar(40),
+    Model1      nvarchar(100),
+    Model2      nvarchar(100),
+    Class       nvarchar(40),
+    Goodstutas  int,
+    Remarks     nvarchar(1000),
+    primary key (BillId, LineNo)
+);
+
+-- Return and repair bills, transfers and repaired goods, with the two warehouses of the whole bill.
+create table if not exists RGstockBill (
+    id        nvarchar(40) not null primary key,
+    Kind      nvarchar(40),
+    BillDate  date,
+    Receiver  nvarchar(40),
+    Supplier  nvarchar(40),
+    Remarks   nvarchar(1000)
+);
+
+-- Lines of return and repair bills; WID and StatusWID are the warehouses of postings line by line.
+create table if not exists RGstockBillItems (
+    BillId       nvarchar(40) not null,
+    LineNo       integer,
+    Gid          nvarchar(40),
+    Qty          real,
+    Unit         nvarchar(40),
+    Model1       nvarchar(100),
+    Model2       nvarchar(100),
+    Class        nvarchar(40),
+    SpRemarks    nvarchar(1000),
+    WID          nvarchar(40),
+    StatusWID    nvarchar(40),
+    GoodsStatus  int,
+    primary key (BillId, LineNo)
+);
+
+-- Borrow bills: goods lent out and goods borrowed in.
+create table if not exists GBorrow (
+    Id        nvarchar(40) not null primary key,
+    Kind      nvarchar(40),
+    BillDate  date,
+    Remarks   nvarchar(1000)
+);
+
+-- Lines of borrow bills; UQty is in the line's own unit.
+create table if not exists GBorrowItems (
+    BillId      nvarchar(40) not null,
+    LineNo      integer,
+    Supplier    nvarchar(40),
+    Receiver    nvarchar(40),
+    Gid         nvarchar(40),
+    Model1      nvarchar(100),
+    Model2      nvarchar(100),
+    Goodstutas  int,
+    UQty        real,
+    Unit        nvarchar(40),
+    Class       nvarchar(40),
+    Remarks     nvarchar(1000),
+    primary key (BillId, LineNo)
+);
+
+-- Assembly and disassembly bills: the main item is in the header. Actualqty is no decimal, whose literal is empty.
+create table if not exists GoodsBill (
+    Id           nvarchar(40) not null primary key,
+    Kind         nvarchar(40),
+    BillDate     date,
+    WareHouseID  nvarchar(40),
+    Gid          nvarchar(40),
+    Model1       nvarchar(100),
+    Model2       nvarchar(100),
+    Goodstutas   int,
+    Actualqty    real,
+    Class        nvarchar(40),
+    Unit         nvarchar(40),
+    Remarks      nvarchar(1000)
+);
+
+-- Components of assembly and disassembly bills, each with its own warehouse.
+create table if not exists GoodsBillItems (
+    BillId       nvarchar(40) not null,
+    LineNo       integer,
+    WareHouseID  nvarchar(40),
+    Gid          nvarchar(40),
+    Model1       nvarchar(100),
+    Model2       nvarchar(100),
+    Goodstutas   int,
+    Actualqty    real,
+    Class        nvarchar(40),
+    Unit         nvarchar(40),
+    Remarks      nvarchar(1000),
+    primary key (BillId, LineNo)
+);
