@@ -85,8 +85,6 @@ Currency operator-(Currency left, Currency right) {
     return Currency(count);
 }
 
-Currency absolute(Currency value) {
-    return Currency::from_magnitude(value.magnitude(), false);
-}
+Currency absolute(Currency value) { return Currency::from_magnitude(value.magnitude(), false); }
 
 }  // namespace vantlo

@@ -18,17 +18,13 @@ constexpr int seconds_a_day = 86400;
 constexpr chrono::sys_days day_zero = chrono::sys_days(1899y / chrono::December / 30);
 
 // The day number of a calendar day.
-constexpr int day_number(chrono::sys_days day) {
-    return static_cast<int>((day - day_zero).count());
-}
+constexpr int day_number(chrono::sys_days day) { return static_cast<int>((day - day_zero).count()); }
 
 constexpr int first_day = day_number(100y / chrono::January / 1);
 constexpr int last_day = day_number(9999y / chrono::December / 31);
 static_assert(first_day == -657434 && last_day == 2958465);
 
-constexpr bool is_in(int value, int first, int last) {
-    return value >= first && value <= last;
-}
+constexpr bool is_in(int value, int first, int last) { return value >= first && value <= last; }
 
 std::optional<Date> date_if_valid(const DateParts& parts) {
     if (!is_in(parts.year, 100, 9999) || !is_in(parts.month, 1, 12) || !is_in(parts.day, 1, 31) ||

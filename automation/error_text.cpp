@@ -13,9 +13,7 @@ struct ErrorText {
     const char16_t* english;
 };
 
-consteval ErrorNumber hresult(std::uint32_t code) {
-    return static_cast<ErrorNumber>(code);
-}
+consteval ErrorNumber hresult(std::uint32_t code) { return static_cast<ErrorNumber>(code); }
 
 // clang-format off
 // number, Simplified Chinese, English; ascending by number, so the HRESULTs, which are negative, come first.

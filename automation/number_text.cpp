@@ -35,9 +35,7 @@ struct Decimal {
     std::int64_t point = 0;
 };
 
-constexpr bool is_digit(char16_t unit) {
-    return unit >= u'0' && unit <= u'9';
-}
+constexpr bool is_digit(char16_t unit) { return unit >= u'0' && unit <= u'9'; }
 
 // Takes a sign off the front of the text; says whether it was a minus.
 bool take_sign(TextView& text) {
@@ -121,13 +119,9 @@ Text number_text(std::int32_t value) {
     return Text(buffer.data(), std::to_chars(buffer.data(), buffer.data() + buffer.size(), value).ptr);
 }
 
-Text number_text(float value) {
-    return floating_text(value, 7);
-}
+Text number_text(float value) { return floating_text(value, 7); }
 
-Text number_text(double value) {
-    return floating_text(value, 15);
-}
+Text number_text(double value) { return floating_text(value, 15); }
 
 Text number_text(Currency value) {
     std::array<char, 24> buffer;

@@ -11,15 +11,9 @@ namespace {
 constexpr char32_t replacement = U'\uFFFD';
 constexpr char32_t first_beyond_basic_plane = 0x10000;
 
-constexpr bool is_high_surrogate(char32_t unit) {
-    return unit >= 0xD800 && unit <= 0xDBFF;
-}
-constexpr bool is_low_surrogate(char32_t unit) {
-    return unit >= 0xDC00 && unit <= 0xDFFF;
-}
-constexpr bool is_surrogate(char32_t unit) {
-    return unit >= 0xD800 && unit <= 0xDFFF;
-}
+constexpr bool is_high_surrogate(char32_t unit) { return unit >= 0xD800 && unit <= 0xDBFF; }
+constexpr bool is_low_surrogate(char32_t unit) { return unit >= 0xDC00 && unit <= 0xDFFF; }
+constexpr bool is_surrogate(char32_t unit) { return unit >= 0xD800 && unit <= 0xDFFF; }
 
 constexpr char16_t ascii_lower(char16_t unit) {
     return unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit - u'A' + u'a') : unit;

@@ -86,13 +86,9 @@ Currency to_currency(const Variant& value) {
                                  });
 }
 
-std::int16_t to_integer(const Variant& value) {
-    return to_whole<std::int16_t>(value);
-}
+std::int16_t to_integer(const Variant& value) { return to_whole<std::int16_t>(value); }
 
-std::int32_t to_long(const Variant& value) {
-    return to_whole<std::int32_t>(value);
-}
+std::int32_t to_long(const Variant& value) { return to_whole<std::int32_t>(value); }
 
 double to_double(const Variant& value) {
     return convert_number(value, Overloaded{
