@@ -5,6 +5,7 @@
 
 #include "ado/native_connection.h"
 #include "tests/support/failures.h"
+#include "tests/support/printing.h"
 
 namespace vantlo::test {
 namespace {

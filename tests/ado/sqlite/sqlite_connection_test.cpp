@@ -6,6 +6,7 @@
 #include <thread>
 
 #include "tests/support/failures.h"
+#include "tests/support/printing.h"
 #include "tests/support/temporary_folder.h"
 
 namespace vantlo::test {
