@@ -33,7 +33,7 @@ public:
 
     /// Runs exactly one statement.
     /// Errors   bad_argument for a text that is not well-formed UTF-16 or has a NUL in it, syntax_error for a text of no
-    ///          or several statements, both before anything runs.
+    ///          or several statements, both before anything runs (but the engine obeys some pragmas while it compiles).
     ResultTable run(TextView statement) override;
 
     /// Begins a transaction that may write from the start, so that it cannot fail later for a lock it did not have.
