@@ -12,7 +12,7 @@
 #include <string>
 
 #include "automation/error.h"
-#include "tests/support/failure.h"
+#include "tests/support/failures.h"
 #include "tests/support/printing.h"
 #include "tests/support/wide_integer.h"
 
@@ -20,7 +20,7 @@ namespace vantlo {
 
 namespace {
 
-using tests::failure_of;
+using test::caught;
 
 TEST_SUITE_BEGIN("[currency]");
 
@@ -54,8 +54,8 @@ TEST_CASE("Currency::from_magnitude covers the range, its lowest value too") {
     CHECK(Currency::from_magnitude(5, true) == units(-5));
     CHECK(Currency::from_magnitude(limit - 1, false) == units(highest));
     CHECK(Currency::from_magnitude(limit, true) == units(lowest));
-    CHECK(failure_of([] { return Currency::from_magnitude(limit, false); }) == error::overflow);
-    CHECK(failure_of([] { return Currency::from_magnitude(limit + 1, true); }) == error::overflow);
+    CHECK(caught([] { return Currency::from_magnitude(limit, false); }).number == error::overflow);
+    CHECK(caught([] { return Currency::from_magnitude(limit + 1, true); }).number == error::overflow);
 }
 
 TEST_CASE("Currency::from_double rounds the double's exact value half to even at the fourth decimal") {
@@ -109,8 +109,8 @@ TEST_CASE("Currency::from_double refuses what is out of range or no number") {
     const double infinity = std::numeric_limits<double>::infinity();
     for (const double input : {922337203685477.625, 922337203685478.0, 1e15, 1e300, infinity, std::nan("")}) {
         CAPTURE(input);
-        CHECK(failure_of([&] { return Currency::from_double(input); }) == error::overflow);
-        CHECK(failure_of([&] { return Currency::from_double(-input); }) == error::overflow);
+        CHECK(caught([&] { return Currency::from_double(input); }).number == error::overflow);
+        CHECK(caught([&] { return Currency::from_double(-input); }).number == error::overflow);
     }
 }
 
@@ -196,8 +196,8 @@ TEST_CASE("Currency times Currency is exact and rounds half to even") {
             CHECK(units(row.left) * units(row.right) == units(*row.expected));
             CHECK(units(row.right) * units(row.left) == units(*row.expected));
         } else {
-            CHECK(failure_of([&] { return units(row.left) * units(row.right); }) == error::overflow);
-            CHECK(failure_of([&] { return units(row.right) * units(row.left); }) == error::overflow);
+            CHECK(caught([&] { return units(row.left) * units(row.right); }).number == error::overflow);
+            CHECK(caught([&] { return units(row.right) * units(row.left); }).number == error::overflow);
         }
     }
 }
@@ -225,7 +225,7 @@ TEST_CASE("Currency minus Currency is exact") {
         if (row.expected) {
             CHECK(units(row.left) - units(row.right) == units(*row.expected));
         } else {
-            CHECK(failure_of([&] { return units(row.left) - units(row.right); }) == error::overflow);
+            CHECK(caught([&] { return units(row.left) - units(row.right); }).number == error::overflow);
         }
     }
 }
@@ -235,7 +235,7 @@ TEST_CASE("absolute drops the sign") {
     CHECK(absolute(units(25000)) == units(25000));
     CHECK(absolute(units(0)) == units(0));
     CHECK(absolute(units(lowest + 1)) == units(highest));
-    CHECK(failure_of([] { return absolute(units(lowest)); }) == error::overflow);
+    CHECK(caught([] { return absolute(units(lowest)); }).number == error::overflow);
 }
 
 // The double nearest to a count, read from its decimal text.
@@ -270,8 +270,8 @@ TEST_CASE("Currency::to_double gives the nearest double for random values, and s
 
 #ifdef VANTLO_WIDE_INTEGER
 
-using tests::divided_half_to_even;
-using tests::WideInteger;
+using test::divided_half_to_even;
+using test::WideInteger;
 
 // The count as a Currency holds it, or nothing where it does not fit.
 std::optional<std::int64_t> fitted(WideInteger count) {

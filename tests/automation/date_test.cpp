@@ -7,14 +7,14 @@
 #include <random>
 
 #include "automation/error.h"
-#include "tests/support/failure.h"
+#include "tests/support/failures.h"
 #include "tests/support/printing.h"
 
 namespace vantlo {
 
 namespace {
 
-using tests::failure_of;
+using test::caught;
 
 TEST_SUITE_BEGIN("[date]");
 
@@ -88,7 +88,7 @@ TEST_CASE("parts_of refuses what lies outside the years 100 to 9999") {
     const double infinity = std::numeric_limits<double>::infinity();
     for (const double days : {-657435.0, -1e300, 2958466.0, 1e300, 2958465.999999, infinity, -infinity, std::nan("")}) {
         CAPTURE(days);
-        CHECK(failure_of([&] { return parts_of(Date{days}); }) == error::invalid_call);
+        CHECK(caught([&] { return parts_of(Date{days}); }).number == error::invalid_call);
     }
 }
 
@@ -104,7 +104,7 @@ TEST_CASE("date_of refuses what is no date") {
         CAPTURE(parts.year);
         CAPTURE(parts.month);
         CAPTURE(parts.day);
-        CHECK(failure_of([&] { return date_of(parts); }) == error::invalid_call);
+        CHECK(caught([&] { return date_of(parts); }).number == error::invalid_call);
     }
     CHECK(date_of({2024, 2, 29, 0, 0, 0}).days == 45351);
     CHECK(date_of({2000, 2, 29, 0, 0, 0}).days == 36585);
@@ -135,7 +135,7 @@ TEST_CASE("ordinary_text leaves out what a date does not have") {
     }
     CHECK(ordinary_text(Date{0.999999999}) == u"1899-12-31");
     CHECK(ordinary_text(Date{-0.25}) == u"06:00:00");
-    CHECK(failure_of([] { return ordinary_text(Date{1e9}); }) == error::invalid_call);
+    CHECK(caught([] { return ordinary_text(Date{1e9}); }).number == error::invalid_call);
 }
 
 TEST_CASE("The fixed formats write every part with all its digits") {
@@ -149,7 +149,7 @@ TEST_CASE("The fixed formats write every part with all its digits") {
     CHECK(format_date_time(date_of({101, 1, 1, 23, 0, 0})) == u"0101-01-01 23:00:00");
     CHECK(format_time(Date{45356.999999999}) == u"00:00:00");
     CHECK(format_date(Date{45356.999999999}) == u"2024-03-06");
-    CHECK(failure_of([] { return format_date_time(Date{-657435}); }) == error::invalid_call);
+    CHECK(caught([] { return format_date_time(Date{-657435}); }).number == error::invalid_call);
 }
 
 TEST_CASE("date_from_text reads dates, times and both") {

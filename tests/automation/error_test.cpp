@@ -51,6 +51,8 @@ TEST_CASE("The names of database errors stand for the codes that ADO reports") {
     CHECK(code(error::login_failed) == 0x80040E4D);
     CHECK(code(error::time_out) == 0x80040E31);
     CHECK(code(error::locked_by_another) == 0x80040E38);
+    CHECK(code(error::no_such_column) == 0x80040E10);
+    CHECK(code(error::cannot_convert_value) == 0x80040E07);
     CHECK(code(error::unspecified) == 0x80004005);
 }
 

@@ -13,7 +13,7 @@
 #include <string>
 
 #include "automation/error.h"
-#include "tests/support/failure.h"
+#include "tests/support/failures.h"
 #include "tests/support/printing.h"
 #include "tests/support/wide_integer.h"
 
@@ -21,7 +21,7 @@ namespace vantlo {
 
 namespace {
 
-using tests::failure_of;
+using test::caught;
 
 TEST_SUITE_BEGIN("[number]");
 
@@ -129,8 +129,8 @@ TEST_CASE("number_text writes a Double with up to 15 significant digits") {
 
 TEST_CASE("number_text refuses infinity and NaN") {
     for (const double value : {infinity, -infinity, std::nan("")}) {
-        CHECK(failure_of([&] { return number_text(value); }) == error::overflow);
-        CHECK(failure_of([&] { return number_text(static_cast<float>(value)); }) == error::overflow);
+        CHECK(caught([&] { return number_text(value); }).number == error::overflow);
+        CHECK(caught([&] { return number_text(static_cast<float>(value)); }).number == error::overflow);
     }
 }
 
@@ -285,7 +285,7 @@ TEST_CASE("currency_from_text rounds half to even and fails beyond the range") {
                                 u"-922337203685477.58085000001", u"999999999999999.9999", u"999999999999999.99999",
                                 u"1000000000000000", u"1844674407370955.1616", u"1E15", u"1E300", u"-1E999999999999"}) {
         CAPTURE(TextView(text));
-        CHECK(failure_of([&] { return currency_from_text(text); }) == error::overflow);
+        CHECK(caught([&] { return currency_from_text(text); }).number == error::overflow);
     }
 }
 
@@ -316,7 +316,7 @@ TEST_CASE("long_from_text rounds half to even and fails beyond the range") {
     for (const TextView text : {u"2147483647.5", u"2147483648", u"-2147483648.51", u"-2147483649", u"1E19", u"1E20",
                                 u"18446744073709551616", u"1E999999999999"}) {
         CAPTURE(TextView(text));
-        CHECK(failure_of([&] { return long_from_text(text); }) == error::overflow);
+        CHECK(caught([&] { return long_from_text(text); }).number == error::overflow);
     }
 }
 
@@ -330,9 +330,9 @@ TEST_CASE("double_from_text reads the nearest double and fails beyond the range"
     CHECK(double_from_text(u"25" + Text(400, u'0') + u"E-401") == 2.5);
     for (const TextView text : {u"1.8E308", u"-1.8E308", u"1E309", u"1E999999999999999999999"}) {
         CAPTURE(TextView(text));
-        CHECK(failure_of([&] { return double_from_text(text); }) == error::overflow);
+        CHECK(caught([&] { return double_from_text(text); }).number == error::overflow);
     }
-    CHECK(failure_of([] { return double_from_text(Text(400, u'9')); }) == error::overflow);
+    CHECK(caught([] { return double_from_text(Text(400, u'9')); }).number == error::overflow);
 }
 
 // The C library's general format in the C locale, which is where this program runs.
@@ -381,8 +381,8 @@ TEST_CASE("Currency goes to text and back for random values") {
 #ifdef VANTLO_WIDE_INTEGER
 
 TEST_CASE("currency_from_text agrees with 128-bit arithmetic for random decimal texts") {
-    using tests::divided_half_to_even;
-    using tests::WideInteger;
+    using test::divided_half_to_even;
+    using test::WideInteger;
 
     std::mt19937_64 random(8);
     for (int i = 0; i < random_cases; ++i) {
@@ -396,7 +396,7 @@ TEST_CASE("currency_from_text agrees with 128-bit arithmetic for random decimal 
         for (int j = 0; j < decimals; ++j) ten_to_decimals *= 10;
         const WideInteger expected = divided_half_to_even(WideInteger{digits} * 10000, ten_to_decimals);
         if (expected < INT64_MIN || expected > INT64_MAX) {
-            if (failure_of([&] { return currency_from_text(from_utf8(text)); }) != error::overflow) FAIL(text);
+            if (caught([&] { return currency_from_text(from_utf8(text)); }).number != error::overflow) FAIL(text);
         } else if (currency_from_text(from_utf8(text)) != units(static_cast<std::int64_t>(expected))) {
             FAIL(text);
         }

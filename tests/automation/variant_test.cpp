@@ -2,6 +2,7 @@
 
 #include <doctest/doctest.h>
 
+#include <cfenv>
 #include <cmath>
 #include <cstdint>
 #include <limits>
@@ -10,14 +11,14 @@
 #include <type_traits>
 
 #include "automation/error.h"
-#include "tests/support/failure.h"
+#include "tests/support/failures.h"
 #include "tests/support/printing.h"
 
 namespace vantlo {
 
 namespace {
 
-using tests::failure_of;
+using test::caught;
 
 TEST_SUITE_BEGIN("[variant]");
 
@@ -72,7 +73,7 @@ void check_rows(Result (*convert)(const Variant&), const Row<Result> (&rows)[cou
         if (row.expected.index() == 0) {
             CHECK(convert(row.input) == std::get<0>(row.expected));
         } else {
-            CHECK(failure_of([&] { return convert(row.input); }) == std::get<1>(row.expected));
+            CHECK(caught([&] { return convert(row.input); }).number == std::get<1>(row.expected));
         }
     }
 }
@@ -322,6 +323,29 @@ TEST_CASE("zero_minus subtracts by automation's rules, each type keeping or wide
     check_rows(zero_minus, rows);
     CHECK(to_text(zero_minus(0.0f)) == u"0");
     CHECK(to_text(zero_minus(0.0)) == u"0");
+}
+
+TEST_CASE("Conversions round half to even whatever rounding mode the host has set") {
+    struct RoundingMode {
+        explicit RoundingMode(int mode) { std::fesetround(mode); }
+        ~RoundingMode() { std::fesetround(FE_TONEAREST); }
+        RoundingMode(const RoundingMode&) = delete;
+        RoundingMode& operator=(const RoundingMode&) = delete;
+    };
+    for (const int mode : {FE_DOWNWARD, FE_UPWARD, FE_TOWARDZERO, FE_TONEAREST}) {
+        CAPTURE(mode);
+        const RoundingMode host(mode);
+        CHECK(to_long(2.5) == 2);
+        CHECK(to_long(-3.5) == -4);
+        CHECK(to_long(2.4) == 2);
+        CHECK(to_long(-2.6) == -3);
+        CHECK(to_integer(units(25000)) == 2);
+        CHECK(to_currency(0.03125) == units(312));
+        CHECK(to_currency(0.06) == units(600));
+        CHECK(to_currency(-0.00016) == units(-2));
+        CHECK(to_text(2.1f) == u"2.1");
+        CHECK(to_text(0.1) == u"0.1");
+    }
 }
 
 TEST_CASE("to_long agrees with the processor's rounding for random doubles") {

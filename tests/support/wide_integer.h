@@ -5,7 +5,7 @@
 #ifdef __SIZEOF_INT128__
 #define VANTLO_WIDE_INTEGER
 
-namespace vantlo::tests {
+namespace vantlo::test {
 
 __extension__ using WideInteger = __int128;
 
@@ -21,6 +21,6 @@ constexpr WideInteger divided_half_to_even(WideInteger dividend, WideInteger div
     return twice > divisor || (twice == divisor && quotient % 2 != 0) ? quotient + 1 : quotient;
 }
 
-}  // namespace vantlo::tests
+}  // namespace vantlo::test
 
 #endif
