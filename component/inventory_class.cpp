@@ -9,26 +9,22 @@ namespace vantlo {
 
 namespace {
 
-/// Whether an argument is of the sort that its parameter takes: a line for a line, a value for everything else.
-bool fits(const Parameter& parameter, const Argument& argument) {
-    return (parameter.type == ParameterType::line) == (argument.line != nullptr);
+/// Errors   wrong_argument_count for too many or too few, object_required where a line and a value are mixed up.
+void check(std::span<const Parameter> parameters, std::span<const Argument> arguments) {
+    if (arguments.size() > parameters.size()) throw Failure(error::wrong_argument_count);
+    for (std::size_t i = 0; i < parameters.size(); ++i) {
+        if (i >= arguments.size() && !parameters[i].optional) throw Failure(error::wrong_argument_count);
+        const bool takes_line = parameters[i].type == ParameterType::line;
+        const bool given_line = i < arguments.size() && arguments[i].line != nullptr;
+        if (takes_line != given_line) throw Failure(error::object_required);
+    }
 }
 
 /// The arguments with the defaults of those that are missing at the end.
-/// Errors   wrong_argument_count, or object_required where a line and a value are mixed up.
 std::vector<Argument> completed(std::span<const Parameter> parameters, std::span<const Argument> arguments) {
-    if (arguments.size() > parameters.size()) throw Failure(error::wrong_argument_count);
-    std::vector<Argument> complete;
-    complete.reserve(parameters.size());
-    for (std::size_t i = 0; i < parameters.size(); ++i) {
-        if (i < arguments.size()) {
-            if (!fits(parameters[i], arguments[i])) throw Failure(error::object_required);
-            complete.push_back(arguments[i]);
-        } else if (parameters[i].optional) {
-            complete.emplace_back(parameters[i].default_value());
-        } else {
-            throw Failure(error::wrong_argument_count);
-        }
+    std::vector<Argument> complete(arguments.begin(), arguments.end());
+    for (const Parameter& missing : parameters.subspan(arguments.size())) {
+        complete.emplace_back(missing.default_value());
     }
     return complete;
 }
@@ -47,8 +43,10 @@ void Inventory_Class::set_ADOConn(Connection* connection) {
 
 std::int32_t Inventory_Class::call(const Member& method, std::span<const Argument> arguments) noexcept {
     return run_trapped(method.name, method.on_error, [&] {
-        const std::vector<Argument> complete = completed(method.parameters(), arguments);
-        return method.posting(connection_.get(), complete);
+        const std::span<const Parameter> parameters = method.parameters();
+        check(parameters, arguments);
+        if (arguments.size() == parameters.size()) return method.posting(connection_.get(), arguments);
+        return method.posting(connection_.get(), completed(parameters, arguments));
     });
 }
 

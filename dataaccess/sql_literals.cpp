@@ -19,6 +19,13 @@ Text joined(TextView first, TextView second, TextView third, TextView fourth = {
     return text.append(first).append(second).append(third).append(fourth);
 }
 
+/// A text between two quotes.
+Text quoted(TextView text) {
+    Text literal(text.size() + 2, u'\'');
+    text.copy(&literal[1], text.size());
+    return literal;
+}
+
 /// A text escaped for LIKE, with the wildcard at the ends that `position` names.
 Text like_literal(const Text& text, TextView wildcard, TextView position) {
     const Text escaped = to_text(Get_LikeStr(text));
@@ -29,11 +36,15 @@ Text like_literal(const Text& text, TextView wildcard, TextView position) {
             return joined(joined(u" like '", wildcard, escaped), wildcard, u"'");
         }
     }
-    return joined(u"'", escaped, u"'");
+    return quoted(escaped);
 }
 
 /// The trimmed text in quotes, its own quotes doubled.
-Text text_literal(TextView text) { return joined(u"'", replace_all(trim_blanks(text), u'\'', u"''"), u"'"); }
+Text text_literal(TextView text) {
+    const TextView trimmed = trim_blanks(text);
+    const bool has_quotes = trimmed.find(u'\'') != TextView::npos;
+    return has_quotes ? quoted(replace_all(trimmed, u'\'', u"''")) : quoted(trimmed);
+}
 
 Text date_literal(Date date) {
     // The date's text is made for the zero date too, though nothing uses it: a failure in it would be shown.

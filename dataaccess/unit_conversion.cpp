@@ -11,6 +11,7 @@ inline namespace GetValue_Function {
 namespace {
 
 constexpr Currency no_conversion = Currency::from_whole(1);
+constexpr std::size_t usual_length = 128;  // of the look-up's text
 
 Currency factor_in(Recordset& rows) {
     if (rows.eof()) return no_conversion;
@@ -27,7 +28,9 @@ Currency GoodsUnitConverter(const Text& gid, const Text& unit) {
     const ErrorNumber failure = run_helper(u"GoodsUnitConverter", [&] {
         RecordsetVariable rows;
         Open_Recordset(rows);
-        Text source = u"select id,Unit,UnitConverter from GoodsUnit where id=";
+        Text source;
+        source.reserve(usual_length);
+        source += u"select id,Unit,UnitConverter from GoodsUnit where id=";
         source += GetSqlVal(gid);
         source += u" and Unit=";
         source += GetSqlVal(unit);

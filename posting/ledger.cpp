@@ -25,8 +25,9 @@ Variant counter(Line& line, const Source& quantity, int sign) {
 
 }  // namespace
 
-Side side(const Movement& movement, Source warehouse, Source status, Currency quantity) {
-    return {movement, std::move(warehouse), std::move(status), Source::given(quantity), Source::given(quantity)};
+Side side(const Movement& movement, const Source& warehouse, const Source& status, Currency quantity) {
+    const Source moved = Source::given(quantity);
+    return {movement, warehouse, status, moved, moved};
 }
 
 Statement& append_key(Statement& statement, Line& line, const Source& warehouse, const Source& status,

@@ -71,7 +71,7 @@ struct Side {
 };
 
 /// A side moved by a base quantity, in update and insert alike.
-Side side(const Movement& movement, Source warehouse, Source status, Currency quantity);
+Side side(const Movement& movement, const Source& warehouse, const Source& status, Currency quantity);
 
 /// " where WID=… and GId=… and Model1=… and Model2=… and Status=…", read from the line in this order.
 Statement& append_key(Statement& statement, Line& line, const Source& warehouse, const Source& status, StatusForm form);

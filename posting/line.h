@@ -36,7 +36,11 @@ class TextLine final : public Line {
 public:
     explicit TextLine(Line& line) : line_(line) {}
 
-    Variant value(TextView name) override { return to_text(line_.value(name)); }
+    Variant value(TextView name) override {
+        Variant value = line_.value(name);
+        if (value.is<Text>()) return value;
+        return to_text(value);
+    }
 
 private:
     Line& line_;
