@@ -56,7 +56,7 @@ create table if not exists StockBill (
 -- Lines of stock bills; Actualqty and Qty are in the line's own unit.
 create table if not exists StockBillItems (
     BillId      nvarchar(40) not null,
-    LineNo      integer,
+    ItemNo      integer,
     Gid         nvarchar(40),
     Unit        nvarchar(40),
     Actualqty   real,
@@ -68,7 +68,7 @@ create table if not exists StockBillItems (
     Class       nvarchar(40),
     Goodstutas  int,
     Remarks     nvarchar(1000),
-    primary key (BillId, LineNo)
+    primary key (BillId, ItemNo)
 );
 
 -- Return and repair bills, transfers and repaired goods, with the two warehouses of the whole bill.
@@ -84,7 +84,7 @@ create table if not exists RGstockBill (
 -- Lines of return and repair bills; WID and StatusWID are the warehouses of postings line by line.
 create table if not exists RGstockBillItems (
     BillId       nvarchar(40) not null,
-    LineNo       integer,
+    ItemNo       integer,
     Gid          nvarchar(40),
     Qty          real,
     Unit         nvarchar(40),
@@ -95,7 +95,7 @@ create table if not exists RGstockBillItems (
     WID          nvarchar(40),
     StatusWID    nvarchar(40),
     GoodsStatus  int,
-    primary key (BillId, LineNo)
+    primary key (BillId, ItemNo)
 );
 
 -- Borrow bills: goods lent out and goods borrowed in.
@@ -109,7 +109,7 @@ create table if not exists GBorrow (
 -- Lines of borrow bills; UQty is in the line's own unit.
 create table if not exists GBorrowItems (
     BillId      nvarchar(40) not null,
-    LineNo      integer,
+    ItemNo      integer,
     Supplier    nvarchar(40),
     Receiver    nvarchar(40),
     Gid         nvarchar(40),
@@ -120,7 +120,7 @@ create table if not exists GBorrowItems (
     Unit        nvarchar(40),
     Class       nvarchar(40),
     Remarks     nvarchar(1000),
-    primary key (BillId, LineNo)
+    primary key (BillId, ItemNo)
 );
 
 -- Assembly and disassembly bills: the main item is in the header. Actualqty is no decimal, whose literal is empty.
@@ -142,7 +142,7 @@ create table if not exists GoodsBill (
 -- Components of assembly and disassembly bills, each with its own warehouse.
 create table if not exists GoodsBillItems (
     BillId       nvarchar(40) not null,
-    LineNo       integer,
+    ItemNo       integer,
     WareHouseID  nvarchar(40),
     Gid          nvarchar(40),
     Model1       nvarchar(100),
@@ -152,5 +152,12 @@ create table if not exists GoodsBillItems (
     Class        nvarchar(40),
     Unit         nvarchar(40),
     Remarks      nvarchar(1000),
-    primary key (BillId, LineNo)
+    primary key (BillId, ItemNo)
+);
+
+-- Markers of bills that a host saved in one transaction with its postings: a commit whose answer was lost is found here
+-- before the bill is saved again. Old rows may be deleted.
+create table if not exists SavedBill (
+    Marker   nvarchar(64) not null primary key,
+    SavedAt  datetime default current_timestamp
 );

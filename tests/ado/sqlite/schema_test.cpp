@@ -29,16 +29,17 @@ TEST_CASE("The tables have the columns of the system under their own names") {
         {"Inventory", "WID,GId,Model1,Model2,Status,Class,Unit,InQty,OutQty,CurrentQty,Remarks"},
         {"GoodsUnit", "id,Unit,UnitConverter"},
         {"Goods", "ID,Class,GCZYCPFlag"},
+        {"SavedBill", "Marker,SavedAt"},
         {"Warehouse", "ID,Name"},
         {"StockBill", "Id,Kind,BillDate,ReferFlag,Remarks"},
         {"StockBillItems",
-         "BillId,LineNo,Gid,Unit,Actualqty,Qty,Receiver,Supplier,Model1,Model2,Class,Goodstutas,Remarks"},
+         "BillId,ItemNo,Gid,Unit,Actualqty,Qty,Receiver,Supplier,Model1,Model2,Class,Goodstutas,Remarks"},
         {"RGstockBill", "id,Kind,BillDate,Receiver,Supplier,Remarks"},
-        {"RGstockBillItems", "BillId,LineNo,Gid,Qty,Unit,Model1,Model2,Class,SpRemarks,WID,StatusWID,GoodsStatus"},
+        {"RGstockBillItems", "BillId,ItemNo,Gid,Qty,Unit,Model1,Model2,Class,SpRemarks,WID,StatusWID,GoodsStatus"},
         {"GBorrow", "Id,Kind,BillDate,Remarks"},
-        {"GBorrowItems", "BillId,LineNo,Supplier,Receiver,Gid,Model1,Model2,Goodstutas,UQty,Unit,Class,Remarks"},
+        {"GBorrowItems", "BillId,ItemNo,Supplier,Receiver,Gid,Model1,Model2,Goodstutas,UQty,Unit,Class,Remarks"},
         {"GoodsBill", "Id,Kind,BillDate,WareHouseID,Gid,Model1,Model2,Goodstutas,Actualqty,Class,Unit,Remarks"},
-        {"GoodsBillItems", "BillId,LineNo,WareHouseID,Gid,Model1,Model2,Goodstutas,Actualqty,Class,Unit,Remarks"},
+        {"GoodsBillItems", "BillId,ItemNo,WareHouseID,Gid,Model1,Model2,Goodstutas,Actualqty,Class,Unit,Remarks"},
     };
     const Owned<SqliteConnection> connection = open_with_tables();
     for (const Row& row : rows) {
@@ -145,7 +146,7 @@ TEST_CASE("The look-ups of postings search an index") {
 TEST_CASE("Lines of a bill come back in the order of their numbers") {
     const Owned<SqliteConnection> connection = open_with_tables();
     connection->run_script(
-        "insert into StockBillItems(BillId, LineNo, Gid) values ('B1', 2, 'second'), ('B2', 1, 'other'),"
+        "insert into StockBillItems(BillId, ItemNo, Gid) values ('B1', 2, 'second'), ('B2', 1, 'other'),"
         " ('B1', 10, 'third'), ('B1', 1, 'first')");
     CHECK(connection->run(u"select Gid from StockBillItems where BillId='B1'").rows ==
           std::vector<std::vector<Variant>>{{u"first"}, {u"second"}, {u"third"}});

@@ -1,0 +1,7 @@
+-- Optional: one ledger row per key, enforced. Two sessions that look a key up, find nothing and both insert it make two rows
+-- without this key; with it the second insert fails, and a host that saves its bill again finds the row and updates it.
+-- It fails to be made while the ledger has two rows of one key; add them up into one first.
+--
+-- Rows with a null in the key are left out of it: such a line finds no row and always inserts one, with the key as
+-- without it.
+create unique index InventoryUniqueKey on Inventory (WID, GId, Model1, Model2, Status) with ignore null;

@@ -1,0 +1,162 @@
+-- The tables of the system for PostgreSQL. Names fold to lower case, as they do in every statement. Texts compare byte by
+-- byte with "=", whatever the database's locale; its encoding has to be UTF8.
+
+-- Warehouses; their ids are the WID of the ledger.
+create table if not exists Warehouse (
+    ID    varchar(40) not null primary key,
+    Name  varchar(100)
+);
+
+-- Goods; GCZYCPFlag marks main goods.
+create table if not exists Goods (
+    ID          varchar(40) not null primary key,
+    Name        varchar(200),
+    Class       varchar(40),
+    Model       varchar(200),
+    Unit        varchar(40),
+    GCZYCPFlag  smallint,
+    Remarks     varchar(1000)
+);
+
+-- Units of goods: how many base units one such unit holds; 0 and null both count as 1.
+create table if not exists GoodsUnit (
+    id             varchar(40) not null,
+    Unit           varchar(40) not null,
+    UnitConverter  double precision,
+    primary key (id, Unit)
+);
+
+-- The stock ledger: one row per warehouse, goods, models and status, which nothing enforces.
+create table if not exists Inventory (
+    WID         varchar(40),
+    GId         varchar(40),
+    Model1      varchar(100),
+    Model2      varchar(100),
+    Status      smallint,
+    Class       varchar(40),
+    Unit        varchar(40),
+    InQty       numeric(19,4),
+    OutQty      numeric(19,4),
+    CurrentQty  numeric(19,4),
+    Remarks     varchar(1000)
+);
+-- The look-up of every posting; without it the cost of one posting grows with the ledger.
+create index if not exists InventoryKey on Inventory (WID, GId, Model1, Model2, Status);
+
+-- Stock bills of all kinds; ReferFlag holds a goods status or a kind of status conversion.
+create table if not exists StockBill (
+    Id         varchar(40) not null primary key,
+    Kind       varchar(40),
+    BillDate   timestamp(0),
+    ReferFlag  smallint,
+    Remarks    varchar(1000)
+);
+
+-- Lines of stock bills; Actualqty and Qty are in the line's own unit.
+create table if not exists StockBillItems (
+    BillId      varchar(40) not null,
+    ItemNo      integer,
+    Gid         varchar(40),
+    Unit        varchar(40),
+    Actualqty   real,
+    Qty         real,
+    Receiver    varchar(40),
+    Supplier    varchar(40),
+    Model1      varchar(100),
+    Model2      varchar(100),
+    Class       varchar(40),
+    Goodstutas  integer,
+    Remarks     varchar(1000),
+    unique (BillId, ItemNo)
+);
+
+-- Return and repair bills, transfers and repaired goods, with the two warehouses of the whole bill.
+create table if not exists RGstockBill (
+    id        varchar(40) not null primary key,
+    Kind      varchar(40),
+    BillDate  timestamp(0),
+    Receiver  varchar(40),
+    Supplier  varchar(40),
+    Remarks   varchar(1000)
+);
+
+-- Lines of return and repair bills; WID and StatusWID are the warehouses of postings line by line.
+create table if not exists RGstockBillItems (
+    BillId       varchar(40) not null,
+    ItemNo       integer,
+    Gid          varchar(40),
+    Qty          real,
+    Unit         varchar(40),
+    Model1       varchar(100),
+    Model2       varchar(100),
+    Class        varchar(40),
+    SpRemarks    varchar(1000),
+    WID          varchar(40),
+    StatusWID    varchar(40),
+    GoodsStatus  integer,
+    unique (BillId, ItemNo)
+);
+
+-- Borrow bills: goods lent out and goods borrowed in.
+create table if not exists GBorrow (
+    Id        varchar(40) not null primary key,
+    Kind      varchar(40),
+    BillDate  timestamp(0),
+    Remarks   varchar(1000)
+);
+
+-- Lines of borrow bills; UQty is in the line's own unit.
+create table if not exists GBorrowItems (
+    BillId      varchar(40) not null,
+    ItemNo      integer,
+    Supplier    varchar(40),
+    Receiver    varchar(40),
+    Gid         varchar(40),
+    Model1      varchar(100),
+    Model2      varchar(100),
+    Goodstutas  integer,
+    UQty        real,
+    Unit        varchar(40),
+    Class       varchar(40),
+    Remarks     varchar(1000),
+    unique (BillId, ItemNo)
+);
+
+-- Assembly and disassembly bills: the main item is in the header. Actualqty is no decimal, whose literal is empty.
+create table if not exists GoodsBill (
+    Id           varchar(40) not null primary key,
+    Kind         varchar(40),
+    BillDate     timestamp(0),
+    WareHouseID  varchar(40),
+    Gid          varchar(40),
+    Model1       varchar(100),
+    Model2       varchar(100),
+    Goodstutas   integer,
+    Actualqty    real,
+    Class        varchar(40),
+    Unit         varchar(40),
+    Remarks      varchar(1000)
+);
+
+-- Components of assembly and disassembly bills, each with its own warehouse.
+create table if not exists GoodsBillItems (
+    BillId       varchar(40) not null,
+    ItemNo       integer,
+    WareHouseID  varchar(40),
+    Gid          varchar(40),
+    Model1       varchar(100),
+    Model2       varchar(100),
+    Goodstutas   integer,
+    Actualqty    real,
+    Class        varchar(40),
+    Unit         varchar(40),
+    Remarks      varchar(1000),
+    unique (BillId, ItemNo)
+);
+
+-- Markers of bills that a host saved in one transaction with its postings: a commit whose answer was lost is found here
+-- before the bill is saved again. Old rows may be deleted.
+create table if not exists SavedBill (
+    Marker   varchar(64) not null primary key,
+    SavedAt  timestamp(0) default current_timestamp
+);

@@ -1,0 +1,171 @@
+-- The tables of the system for Microsoft SQL Server 2016 and later.
+--
+-- Columns compare texts exactly, but for blanks at the end, which SQL Server never counts. Literals come without the N
+-- prefix and pass through the code page of the *database's* collation before they reach a column: create the database
+-- with a collation that has every character you use, such as Chinese_PRC_CI_AS, or, from version 2019 on,
+-- Latin1_General_100_BIN2_UTF8, which has them all.
+
+-- Warehouses; their ids are the WID of the ledger.
+if object_id('Warehouse') is null create table Warehouse (
+    ID    nvarchar(40) collate Chinese_PRC_BIN2 not null primary key,
+    Name  nvarchar(100)
+);
+
+-- Goods; GCZYCPFlag marks main goods.
+if object_id('Goods') is null create table Goods (
+    ID          nvarchar(40) collate Chinese_PRC_BIN2 not null primary key,
+    Name        nvarchar(200),
+    Class       nvarchar(40) collate Chinese_PRC_BIN2,
+    Model       nvarchar(200),
+    Unit        nvarchar(40) collate Chinese_PRC_BIN2,
+    GCZYCPFlag  smallint,
+    Remarks     nvarchar(1000)
+);
+
+-- Units of goods: how many base units one such unit holds; 0 and null both count as 1.
+if object_id('GoodsUnit') is null create table GoodsUnit (
+    id             nvarchar(40) collate Chinese_PRC_BIN2 not null,
+    Unit           nvarchar(40) collate Chinese_PRC_BIN2 not null,
+    UnitConverter  float,
+    primary key (id, Unit)
+);
+
+-- The stock ledger: one row per warehouse, goods, models and status, which nothing enforces.
+if object_id('Inventory') is null create table Inventory (
+    WID         nvarchar(40) collate Chinese_PRC_BIN2,
+    GId         nvarchar(40) collate Chinese_PRC_BIN2,
+    Model1      nvarchar(100) collate Chinese_PRC_BIN2,
+    Model2      nvarchar(100) collate Chinese_PRC_BIN2,
+    Status      smallint,
+    Class       nvarchar(40) collate Chinese_PRC_BIN2,
+    Unit        nvarchar(40) collate Chinese_PRC_BIN2,
+    InQty       money,
+    OutQty      money,
+    CurrentQty  money,
+    Remarks     nvarchar(1000)
+);
+-- The look-up of every posting; without it the cost of one posting grows with the ledger.
+if not exists (select * from sys.indexes where name = 'InventoryKey')
+    create index InventoryKey on Inventory (WID, GId, Model1, Model2, Status);
+
+-- Stock bills of all kinds; ReferFlag holds a goods status or a kind of status conversion.
+if object_id('StockBill') is null create table StockBill (
+    Id         nvarchar(40) collate Chinese_PRC_BIN2 not null primary key,
+    Kind       nvarchar(40),
+    BillDate   datetime,
+    ReferFlag  smallint,
+    Remarks    nvarchar(1000)
+);
+
+-- Lines of stock bills; Actualqty and Qty are in the line's own unit.
+if object_id('StockBillItems') is null create table StockBillItems (
+    BillId      nvarchar(40) collate Chinese_PRC_BIN2 not null,
+    ItemNo      int,
+    Gid         nvarchar(40) collate Chinese_PRC_BIN2,
+    Unit        nvarchar(40) collate Chinese_PRC_BIN2,
+    Actualqty   real,
+    Qty         real,
+    Receiver    nvarchar(40) collate Chinese_PRC_BIN2,
+    Supplier    nvarchar(40) collate Chinese_PRC_BIN2,
+    Model1      nvarchar(100) collate Chinese_PRC_BIN2,
+    Model2      nvarchar(100) collate Chinese_PRC_BIN2,
+    Class       nvarchar(40) collate Chinese_PRC_BIN2,
+    Goodstutas  int,
+    Remarks     nvarchar(1000)
+);
+if not exists (select * from sys.indexes where name = 'StockBillItemsBill')
+    create index StockBillItemsBill on StockBillItems (BillId, ItemNo);
+
+-- Return and repair bills, transfers and repaired goods, with the two warehouses of the whole bill.
+if object_id('RGstockBill') is null create table RGstockBill (
+    id        nvarchar(40) collate Chinese_PRC_BIN2 not null primary key,
+    Kind      nvarchar(40),
+    BillDate  datetime,
+    Receiver  nvarchar(40) collate Chinese_PRC_BIN2,
+    Supplier  nvarchar(40) collate Chinese_PRC_BIN2,
+    Remarks   nvarchar(1000)
+);
+
+-- Lines of return and repair bills; WID and StatusWID are the warehouses of postings line by line.
+if object_id('RGstockBillItems') is null create table RGstockBillItems (
+    BillId       nvarchar(40) collate Chinese_PRC_BIN2 not null,
+    ItemNo       int,
+    Gid          nvarchar(40) collate Chinese_PRC_BIN2,
+    Qty          real,
+    Unit         nvarchar(40) collate Chinese_PRC_BIN2,
+    Model1       nvarchar(100) collate Chinese_PRC_BIN2,
+    Model2       nvarchar(100) collate Chinese_PRC_BIN2,
+    Class        nvarchar(40) collate Chinese_PRC_BIN2,
+    SpRemarks    nvarchar(1000),
+    WID          nvarchar(40) collate Chinese_PRC_BIN2,
+    StatusWID    nvarchar(40) collate Chinese_PRC_BIN2,
+    GoodsStatus  int
+);
+if not exists (select * from sys.indexes where name = 'RGstockBillItemsBill')
+    create index RGstockBillItemsBill on RGstockBillItems (BillId, ItemNo);
+
+-- Borrow bills: goods lent out and goods borrowed in.
+if object_id('GBorrow') is null create table GBorrow (
+    Id        nvarchar(40) collate Chinese_PRC_BIN2 not null primary key,
+    Kind      nvarchar(40),
+    BillDate  datetime,
+    Remarks   nvarchar(1000)
+);
+
+-- Lines of borrow bills; UQty is in the line's own unit.
+if object_id('GBorrowItems') is null create table GBorrowItems (
+    BillId      nvarchar(40) collate Chinese_PRC_BIN2 not null,
+    ItemNo      int,
+    Supplier    nvarchar(40) collate Chinese_PRC_BIN2,
+    Receiver    nvarchar(40) collate Chinese_PRC_BIN2,
+    Gid         nvarchar(40) collate Chinese_PRC_BIN2,
+    Model1      nvarchar(100) collate Chinese_PRC_BIN2,
+    Model2      nvarchar(100) collate Chinese_PRC_BIN2,
+    Goodstutas  int,
+    UQty        real,
+    Unit        nvarchar(40) collate Chinese_PRC_BIN2,
+    Class       nvarchar(40) collate Chinese_PRC_BIN2,
+    Remarks     nvarchar(1000)
+);
+if not exists (select * from sys.indexes where name = 'GBorrowItemsBill')
+    create index GBorrowItemsBill on GBorrowItems (BillId, ItemNo);
+
+-- Assembly and disassembly bills: the main item is in the header. Actualqty is no decimal, whose literal is empty.
+if object_id('GoodsBill') is null create table GoodsBill (
+    Id           nvarchar(40) collate Chinese_PRC_BIN2 not null primary key,
+    Kind         nvarchar(40),
+    BillDate     datetime,
+    WareHouseID  nvarchar(40) collate Chinese_PRC_BIN2,
+    Gid          nvarchar(40) collate Chinese_PRC_BIN2,
+    Model1       nvarchar(100) collate Chinese_PRC_BIN2,
+    Model2       nvarchar(100) collate Chinese_PRC_BIN2,
+    Goodstutas   int,
+    Actualqty    real,
+    Class        nvarchar(40) collate Chinese_PRC_BIN2,
+    Unit         nvarchar(40) collate Chinese_PRC_BIN2,
+    Remarks      nvarchar(1000)
+);
+
+-- Components of assembly and disassembly bills, each with its own warehouse.
+if object_id('GoodsBillItems') is null create table GoodsBillItems (
+    BillId       nvarchar(40) collate Chinese_PRC_BIN2 not null,
+    ItemNo       int,
+    WareHouseID  nvarchar(40) collate Chinese_PRC_BIN2,
+    Gid          nvarchar(40) collate Chinese_PRC_BIN2,
+    Model1       nvarchar(100) collate Chinese_PRC_BIN2,
+    Model2       nvarchar(100) collate Chinese_PRC_BIN2,
+    Goodstutas   int,
+    Actualqty    real,
+    Class        nvarchar(40) collate Chinese_PRC_BIN2,
+    Unit         nvarchar(40) collate Chinese_PRC_BIN2,
+    Remarks      nvarchar(1000)
+);
+if not exists (select * from sys.indexes where name = 'GoodsBillItemsBill')
+    create index GoodsBillItemsBill on GoodsBillItems (BillId, ItemNo);
+
+-- Markers of bills that a host saved in one transaction with its postings: a commit whose answer was lost is found here
+-- before the bill is saved again. Old rows may be deleted.
+if object_id('SavedBill') is null create table SavedBill (
+    Marker   nvarchar(64) collate Chinese_PRC_BIN2 not null primary key,
+    SavedAt  datetime default current_timestamp
+);
