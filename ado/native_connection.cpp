@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "ado/statement_text.h"
 #include "automation/error.h"
 
 namespace vantlo {
@@ -86,6 +87,10 @@ void NativeConnection::add_reference() noexcept { references_.fetch_add(1, std::
 
 void NativeConnection::release() noexcept {
     if (references_.fetch_sub(1, std::memory_order_acq_rel) == 1) delete this;
+}
+
+void NativeConnection::run_script(const std::string& script) {
+    for (const Text& statement : statements_of(script)) run(statement);
 }
 
 RecordsetVariable NativeConnection::execute(TextView statement) { return make_client_recordset(run(statement)); }

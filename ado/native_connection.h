@@ -16,6 +16,9 @@ struct ResultTable {
     bool yields_rows = false;  ///< whether the statement is one that can return rows at all
 };
 
+/// What a host can do about a failure: nothing, save its bill again, or connect again first. Each includes a roll-back.
+enum class Remedy { none, save_again, connect_again };
+
 /// A connection of one of the native adapters, with what a native host needs beyond the port.
 class NativeConnection : public Connection {
 public:
@@ -31,6 +34,17 @@ public:
     virtual void begin() = 0;
     virtual void commit() = 0;
     virtual void roll_back() = 0;
+
+    /// What helps against what has failed since `begin`; outside a transaction, against the latest failure.
+    [[nodiscard]] virtual Remedy remedy() const = 0;
+
+    /// Runs a script of any number of statements, given in UTF-8, without reading their results.
+    /// Errors   the first failing statement ends it; those before it stay applied.
+    virtual void run_script(const std::string& script);
+
+    /// The engine's kind of SQL, after which its file in schema/ is named: `sqlite`, `postgresql`, `mariadb`,
+    /// `sqlserver`, `access`; `unknown` for any other.
+    [[nodiscard]] virtual std::string dialect() const = 0;
 
     /// Engine and driver with their versions, for people: `SQLite 3.40.1`.
     [[nodiscard]] virtual std::string engine() const = 0;

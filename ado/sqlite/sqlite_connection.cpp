@@ -9,6 +9,7 @@
 
 #include "ado/sqlite/declared_type.h"
 #include "ado/sqlite/sqlite_failure.h"
+#include "ado/statement_text.h"
 
 namespace vantlo {
 
@@ -18,17 +19,6 @@ struct Finalizer {
     void operator()(sqlite3_stmt* statement) const noexcept { sqlite3_finalize(statement); }
 };
 using PreparedStatement = std::unique_ptr<sqlite3_stmt, Finalizer>;
-
-// Texts go through the narrow functions: the wide ones turn U+FFFE and U+FFFF into U+FFFD on reading.
-std::string checked_utf8(TextView statement) {
-    if (statement.find(u'\0') != TextView::npos) {
-        throw Failure(error::bad_argument, "the statement has a NUL in it, and the engine would stop reading there");
-    }
-    if (!is_well_formed(statement)) {
-        throw Failure(error::bad_argument, "the statement has half of a surrogate pair in it, which is no character");
-    }
-    return to_utf8(statement);
-}
 
 // The text from its first word on: without the blanks, comments and semicolons before it.
 std::string_view from_first_word(std::string_view text) {
@@ -134,6 +124,7 @@ SqliteConnection::SqliteConnection(const std::string& file, const SqliteOptions&
 }
 
 ResultTable SqliteConnection::run(TextView statement) {
+    // Texts go through the narrow functions: the wide ones turn U+FFFE and U+FFFF into U+FFFD on reading.
     const std::string text = checked_utf8(statement);
     const char* rest = text.c_str();
     PreparedStatement prepared;
@@ -150,6 +141,11 @@ void SqliteConnection::commit() { run_script("commit"); }
 
 void SqliteConnection::roll_back() {
     if (sqlite3_get_autocommit(database_.get()) == 0) run_script("rollback");
+}
+
+Remedy SqliteConnection::remedy() const {
+    const int code = sqlite3_errcode(database_.get()) & 0xFF;
+    return code == SQLITE_BUSY || code == SQLITE_LOCKED ? Remedy::save_again : Remedy::none;
 }
 
 std::string SqliteConnection::engine() const { return std::string("SQLite ") + sqlite3_libversion(); }

@@ -42,11 +42,12 @@ public:
     /// Does nothing if no transaction is open: the engine itself ends one after some failures.
     void roll_back() override;
 
-    [[nodiscard]] std::string engine() const override;
+    [[nodiscard]] Remedy remedy() const override;
 
-    /// Runs a script of any number of statements, given in UTF-8, without reading their results.
-    /// Errors   the first failing statement ends it; those before it stay applied.
-    void run_script(const std::string& script);
+    void run_script(const std::string& script) override;
+
+    [[nodiscard]] std::string dialect() const override { return "sqlite"; }
+    [[nodiscard]] std::string engine() const override;
 
 private:
     struct Closer {

@@ -27,6 +27,8 @@ public:
     void begin() override {}
     void commit() override {}
     void roll_back() override {}
+    [[nodiscard]] Remedy remedy() const override { return Remedy::none; }
+    [[nodiscard]] std::string dialect() const override { return "none"; }
     [[nodiscard]] std::string engine() const override { return "none"; }
 
 private:

@@ -1,0 +1,78 @@
+#pragma once
+
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "ado/native_connection.h"
+#include "automation/error.h"
+
+namespace vantlo {
+
+struct OdbcOptions {
+    std::chrono::seconds login_time_out{15};
+};
+
+/// A connection to a database server through its ODBC driver.
+///
+/// Calls are the narrow ones with UTF-8, statements go to the driver as they stand, and each result is read to its end:
+/// some servers refuse a second statement while one is open. Exact numbers that fit are Currency and never pass through
+/// binary floating point; binary numbers are never read as text.
+///
+/// Connecting makes the engine safe for literals whose only escape is the doubled quote, or fails: backslashes must
+/// stand for themselves and characters of every plane must come back whole (MariaDB: NO_BACKSLASH_ESCAPES, strict mode
+/// and utf8mb4; PostgreSQL: standard_conforming_strings and UTF8; SQL Server: dates read year first).
+///
+/// Errors   Failure; its account begins with SQLSTATE, the engine's code and message, `ODBC 42S02 1146 (Table …): …`.
+///          The password of the connection string is in none of them.
+///
+/// A connection belongs to one thread at a time: nothing in it is locked.
+class OdbcConnection final : public NativeConnection {
+public:
+    /// Connects with a connection string given in UTF-8. Example: `Driver={MariaDB Unicode};Server=db;Database=shop;…`
+    explicit OdbcConnection(const std::string& connection_string, const OdbcOptions& options = {});
+
+    /// Returns  the first result where a statement yields several; all of them are read.
+    /// Errors   also bad_argument for a text with a NUL or half a surrogate pair, before anything is sent.
+    ResultTable run(TextView statement) override;
+
+    void begin() override;
+
+    /// Errors   if a statement has failed since `begin`: rolls back and raises that failure again. An engine may have
+    ///          ended the transaction at that point, and would commit the rest alone or say that it committed nothing
+    ///          only in a way that drivers do not pass on.
+    void commit() override;
+
+    /// Does nothing if no transaction is open. A connection that cannot roll back is closed, and its server does it.
+    void roll_back() override;
+
+    [[nodiscard]] Remedy remedy() const override { return remedy_; }
+    [[nodiscard]] std::string dialect() const override;
+    [[nodiscard]] std::string engine() const override;
+
+private:
+    struct EnvironmentCloser {
+        void operator()(void* environment) const noexcept;
+    };
+    struct ConnectionCloser {
+        void operator()(void* connection) const noexcept;
+    };
+
+    ~OdbcConnection() override = default;
+
+    void make_safe();
+    void leave_transaction();
+    bool set_autocommit(bool on);
+
+    /// Remembers what the failed call on a handle means, and raises it.
+    [[noreturn]] void fail(std::int16_t handle_type, void* handle, std::string_view what_was_done);
+
+    std::unique_ptr<void, EnvironmentCloser> environment_;
+    std::unique_ptr<void, ConnectionCloser> connection_;
+    bool in_transaction_ = false;
+    std::optional<Failure> transaction_failure_;  // the first one since begin
+    Remedy remedy_ = Remedy::none;
+};
+
+}  // namespace vantlo

@@ -1,0 +1,20 @@
+#include "ado/open_connection.h"
+
+#include "ado/odbc/odbc_connection.h"
+#include "ado/sqlite/sqlite_connection.h"
+#include "automation/error.h"
+
+namespace vantlo {
+
+Owned<NativeConnection> open_connection(std::string_view database) {
+    constexpr std::string_view sqlite = "sqlite:";
+    if (database.starts_with(sqlite)) {
+        return Owned<NativeConnection>(new SqliteConnection(std::string(database.substr(sqlite.size()))));
+    }
+    if (database.find('=') == std::string_view::npos) {
+        throw Failure(error::bad_argument, "neither sqlite:FILE nor an ODBC connection string such as DSN=shop");
+    }
+    return Owned<NativeConnection>(new OdbcConnection(std::string(database)));
+}
+
+}  // namespace vantlo

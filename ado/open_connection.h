@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string_view>
+
+#include "ado/native_connection.h"
+
+namespace vantlo {
+
+/// Opens the database that a text names, in UTF-8: `sqlite:FILE` (`sqlite::memory:` for one in memory), or an ODBC
+/// connection string.
+/// Errors   Failure, as the adapters raise it; bad_argument for a text that is neither.
+Owned<NativeConnection> open_connection(std::string_view database);
+
+}  // namespace vantlo

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "automation/text.h"
+
+namespace vantlo {
+
+/// A statement as the native engines take it, in UTF-8.
+/// Errors   bad_argument for a text with a NUL, at which an engine would stop reading, or with half a surrogate pair.
+std::string checked_utf8(TextView statement);
+
+/// The statements of a script given in UTF-8, without the semicolons that end them and the comments before them.
+/// Shape    `--` begins a comment anywhere outside quotes, and quotes are single or double ones.
+std::vector<Text> statements_of(std::string_view script);
+
+}  // namespace vantlo

@@ -1,0 +1,34 @@
+#include "ado/odbc/connection_string.h"
+
+#include <doctest/doctest.h>
+
+namespace vantlo::test {
+namespace {
+
+TEST_CASE("without_password hides the passwords of a connection string wherever they stand in a text") {
+    struct Row {
+        const char* connection_string;
+        const char* text;
+        const char* hidden;
+    };
+    const Row rows[] = {
+        {"UID=u;PWD=geheim", "login geheim failed: PWD=geheim;", "login *** failed: PWD=***;"},
+        {"Driver={A;PWD=no};pwd = se cret;UID=u", "no, se cret!", "no,***!"},
+        {"Driver={A};Pwd={se;}}cr=et};UID=u", "'se;}cr=et' refused", "'***' refused"},
+        {"PASSWORD=one;Server=s;PWD=two", "one two three", "*** *** three"},
+        {"PWD={a}", "a", "***"},
+        {"PWD={unfinished", "unfinished business", "*** business"},
+        {"PWD=*", "***", "*********"},
+        {"UID=PWD;PWD=;Password={}", "nothing to hide", "nothing to hide"},
+        {"DSN=shop;UID=u", "nothing to hide", "nothing to hide"},
+        {"PWD", "PWD", "PWD"},
+        {"", "nothing to hide", "nothing to hide"},
+    };
+    for (const Row& row : rows) {
+        INFO(row.connection_string);
+        CHECK(without_password(row.text, row.connection_string) == row.hidden);
+    }
+}
+
+}  // namespace
+}  // namespace vantlo::test

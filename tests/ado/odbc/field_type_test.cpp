@@ -1,0 +1,34 @@
+#include "ado/odbc/field_type.h"
+
+#include <doctest/doctest.h>
+
+#include "tests/support/printing.h"
+
+namespace vantlo::test {
+namespace {
+
+TEST_CASE("exact_number makes a Currency of what fits four decimals, and keeps the digits of everything else") {
+    struct Row {
+        const char* digits;
+        Variant value;
+    };
+    const Row rows[] = {
+        {"0", Currency()},
+        {"24.5000", Currency::from_ten_thousandths(245000)},
+        {"-.5", Currency::from_ten_thousandths(-5000)},
+        {"0.33330000", Currency::from_ten_thousandths(3333)},
+        {"922337203685477.5807", Currency::from_ten_thousandths(INT64_MAX)},
+        {"-922337203685477.5808", Currency::from_ten_thousandths(INT64_MIN)},
+        {"922337203685477.5808", Other{u"922337203685477.5808"}},
+        {"0.00001", Other{u"0.00001"}},
+        {"-0.33333", Other{u"-0.33333"}},
+        {"1000000000000000000000", Other{u"1000000000000000000000"}},
+    };
+    for (const Row& row : rows) {
+        INFO(row.digits);
+        CHECK(exact_number(row.digits) == row.value);
+    }
+}
+
+}  // namespace
+}  // namespace vantlo::test

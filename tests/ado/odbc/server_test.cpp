@@ -1,0 +1,338 @@
+#include <doctest/doctest.h>
+
+#include "dataaccess/sql_literals.h"
+#include "tests/support/failures.h"
+#include "tests/support/printing.h"
+#include "tests/support/servers.h"
+
+// OdbcConnection on every server of this run.
+
+namespace vantlo::test {
+namespace {
+
+/// A text as the component writes it into a statement.
+Text literal(const Text& text) { return GetSqlVal(text); }
+
+void make_table(NativeConnection& connection, TextView columns) {
+    connection.run(u"drop table if exists T");
+    connection.run(Text(u"create table T (") + Text(columns) + u")");
+}
+
+TEST_CASE("OdbcConnection reads every type of a column as the value that ADO would give") {
+    struct Row {
+        const char* dialect;  // null: all of them
+        const char16_t* type;
+        const char16_t* stored;
+        Variant value;
+    };
+    const Variant new_year = date_of({2024, 3, 5, 14, 7, 9});
+    // clang-format off
+    const Row rows[] = {
+        {nullptr,      u"smallint",         u"-32768",                std::int16_t{-32768}},
+        {nullptr,      u"integer",          u"-2147483648",           std::int32_t{INT32_MIN}},
+        {nullptr,      u"bigint",           u"9223372036854775807",   Other{u"9223372036854775807"}},
+        {nullptr,      u"decimal(19,4)",    u"24.5",                  Currency::from_ten_thousandths(245000)},
+        {nullptr,      u"decimal(19,4)",    u"-922337203685477.5808", Currency::from_ten_thousandths(INT64_MIN)},
+        {nullptr,      u"decimal(19,4)",    u"922337203685477.5808",  Other{u"922337203685477.5808"}},
+        {nullptr,      u"numeric(12,6)",    u"0.3333",                Currency::from_ten_thousandths(3333)},
+        {nullptr,      u"numeric(12,6)",    u"0.333333",              Other{u"0.333333"}},
+        {nullptr,      u"numeric(30,0)",    u"1000000000000000000000", Other{u"1000000000000000000000"}},
+        {nullptr,      u"double precision", u"2.1",                   2.1},
+        {nullptr,      u"double precision", u"0.30000000000000004",   0.1 + 0.2},
+        {nullptr,      u"varchar(20)",      u"' 007 '",               u" 007 "},
+        {nullptr,      u"varchar(20)",      u"''",                    u""},
+        {nullptr,      u"text",             u"'仓库'",                u"仓库"},
+        {nullptr,      u"integer",          u"null",                  Null{}},
+        {nullptr,      u"decimal(19,4)",    u"null",                  Null{}},
+        {nullptr,      u"varchar(20)",      u"null",                  Null{}},
+        {nullptr,      u"date",             u"'2024-03-05'",          date_of({2024, 3, 5, 0, 0, 0})},
+        {nullptr,      u"date",             u"null",                  Null{}},
+        {"postgresql", u"timestamp",        u"'2024-03-05 14:07:09'", new_year},
+        {"postgresql", u"time",             u"'14:07:09'",            date_of({1899, 12, 30, 14, 7, 9})},
+        {"postgresql", u"real",             u"2.1",                   2.1F},
+        {"postgresql", u"real",             u"1.2345678",             1.2345678F},
+        {"postgresql", u"real",             u"16777215",              16777215.0F},
+        {"postgresql", u"boolean",          u"true",                  true},
+        {"postgresql", u"boolean",          u"false",                 false},
+        {"postgresql", u"bytea",            u"'ab'",                  Other{}},
+        {"mariadb",    u"datetime",         u"'2024-03-05 14:07:09'", new_year},
+        {"mariadb",    u"time",             u"'14:07:09'",            date_of({1899, 12, 30, 14, 7, 9})},
+        {"mariadb",    u"float",            u"2.1",                   2.1F},
+        {"mariadb",    u"float",            u"1.2345678",             1.2345678F},
+        {"mariadb",    u"float",            u"16777215",              16777215.0F},
+        {"mariadb",    u"tinyint",          u"127",                   std::uint8_t{127}},
+        {"mariadb",    u"tinyint",          u"-1",                    -1},
+        {"mariadb",    u"tinyint unsigned", u"255",                   std::uint8_t{255}},
+        {"mariadb",    u"integer unsigned", u"4294967295",            Other{u"4294967295"}},
+        {"mariadb",    u"bit(1)",           u"1",                     true},
+        {"mariadb",    u"varbinary(9)",     u"'ab'",                  Other{}},
+    };
+    // clang-format on
+    for (const Server& server : servers()) {
+        const Owned<OdbcConnection> connection = server.connect();
+        for (const Row& row : rows) {
+            if (row.dialect != nullptr && row.dialect != server.dialect) continue;
+            INFO(server.dialect << " " << to_utf8(row.type) << " " << to_utf8(row.stored));
+            make_table(*connection, Text(u"a ") + row.type);
+            connection->run(Text(u"insert into T values (") + row.stored + u")");
+            CHECK(only_value(*connection, u"select a from T") == row.value);
+        }
+        CHECK(only_value(*connection, u"select null as a") == Variant(Null{}));
+        CHECK(to_long(only_value(*connection, u"select count(*) from T")) == 1);
+    }
+}
+
+TEST_CASE("OdbcConnection carries every text whole, in and out, and finds it by itself alone") {
+    const Text texts[] = {
+        u"",
+        u"仓库 一号",
+        u"𠮷野家 😀",
+        u"''quotes''\"`",
+        u"\\",
+        u"'\\'\\\\",
+        u"{fn now()} {d '2024-01-01'}",
+        u"? ?? ?1 :x :name @x $1 $$ %s",
+        u"a--b /* c */ # d; e",
+        u"\t\r\n\u0001\u007F",
+        u"\u00A0\u3000\u200B",
+        u"\uFEFF\uFFFE\uFFFF\uFDD0\uFFFD\U0010FFFF",
+        Text(8000, u'料'),
+    };
+    for (const Server& server : servers()) {
+        const Owned<OdbcConnection> connection = server.connect();
+        make_table(*connection, server.dialect == "mariadb"
+                                    ? u"a varchar(9000)) character set utf8mb4 collate utf8mb4_nopad_bin -- "
+                                    : u"a varchar(9000)");
+        for (const Text& text : texts) connection->run(u"insert into T values (" + literal(text) + u")");
+        for (const Text& text : texts) {
+            INFO(server.dialect << " " << to_utf8(text));
+            CHECK(only_value(*connection, u"select a from T where a=" + literal(text)) == Variant(text));
+        }
+        CHECK(only_value(*connection, u"select 5 as \u6570\u91CF") == Variant(5));
+        CHECK(connection->execute(u"select 5 as \u6570\u91CF")->field(u"数量") == Variant(5));
+    }
+}
+
+TEST_CASE("OdbcConnection refuses an empty statement, a NUL or half a surrogate pair, and nothing reaches the server") {
+    for (const Server& server : servers()) {
+        const Owned<OdbcConnection> connection = server.connect();
+        make_table(*connection, u"a varchar(9)");
+        for (const Text& text : {Text(u"a\0b", 3), Text{u'a', 0xD842}}) {
+            const Caught failure = caught([&] { connection->run(u"insert into T values ('" + text + u"')"); });
+            CHECK(failure.number == error::bad_argument);
+        }
+        CHECK(to_long(only_value(*connection, u"select count(*) from T")) == 0);
+        CHECK(caught([&] { connection->run(u""); }).number == error::syntax_error);
+    }
+}
+
+TEST_CASE("OdbcConnection answers a statement while recordsets of others are open") {
+    for (const Server& server : servers()) {
+        const Owned<OdbcConnection> connection = server.connect();
+        make_table(*connection, u"a integer");
+        connection->run(u"insert into T values (1), (2)");
+        const RecordsetVariable lines = connection->execute(u"select a from T order by a");
+        for (; !lines->eof(); lines->move_next()) {
+            const RecordsetVariable found = connection->execute(u"select a from T where a=2");
+            connection->run(u"insert into T values (3)");
+            CHECK(found->field(u"A") == Variant(2));
+        }
+        CHECK(to_long(only_value(*connection, u"select count(*) from T")) == 4);
+    }
+}
+
+TEST_CASE("OdbcConnection tells a result without rows from a statement that has none") {
+    for (const Server& server : servers()) {
+        const Owned<OdbcConnection> connection = server.connect();
+        make_table(*connection, u"a integer");
+        CHECK(connection->execute(u"insert into T values (1)")->state() == 0);
+        CHECK(connection->execute(u"update T set a = 2 where a = 7")->state() == 0);
+        const RecordsetVariable none = connection->execute(u"select * from T where a = 3");
+        CHECK(none->state() == 1);
+        CHECK(none->eof());
+    }
+}
+
+TEST_CASE("A text that tries to leave its literal by a backslash stays in it, whatever the server's default") {
+    const Text attack = u"\\' or 1=1 -- x";
+    CHECK(literal(attack) == u"'\\'' or 1=1 -- x'");
+    for (const Server& server : servers()) {
+        INFO(server.dialect);
+        const bool mariadb = server.dialect == "mariadb";
+        const Owned<OdbcConnection> owner = server.connect();
+        make_table(*owner, u"a varchar(40)");
+        owner->run(u"insert into T values ('secret')");
+        const Text look_up = u"select a from T where a=" + literal(attack) + u"\n";
+
+        // The attack works where the setting is missing.
+        owner->run(mariadb ? u"set sql_mode = ''" : u"set standard_conforming_strings to off");
+        CHECK(owner->run(look_up).rows.size() == 1);
+
+        // A server with that default is made safe, for every new connection.
+        owner->run(mariadb ? u"set global sql_mode = ''" : u"alter role vantlo set standard_conforming_strings to off");
+        const Owned<OdbcConnection> connection = server.connect();
+        CHECK(connection->run(look_up).rows.empty());
+        connection->run(u"insert into T values (" + literal(attack) + u")");
+        CHECK(connection->run(look_up).rows.size() == 1);
+        owner->run(mariadb ? u"set global sql_mode = default" : u"alter role vantlo reset standard_conforming_strings");
+    }
+}
+
+TEST_CASE("A text that is too long for its column fails, whatever the server's default") {
+    for (const Server& server : servers()) {
+        INFO(server.dialect);
+        const Owned<OdbcConnection> owner = server.connect();
+        if (server.dialect == "mariadb") owner->run(u"set global sql_mode = ''");
+        const Owned<OdbcConnection> connection = server.connect();
+        make_table(*connection, u"a varchar(3)");
+        CHECK(caught([&] { connection->run(u"insert into T values ('abcd')"); }).number == error::value_does_not_fit);
+        if (server.dialect == "mariadb") owner->run(u"set global sql_mode = default");
+    }
+}
+
+TEST_CASE("A database whose character set loses characters is refused at connect") {
+    for (const Server& server : servers()) {
+        if (server.dialect != "postgresql") continue;  // MariaDB's connection has its own, whatever the database's
+        server.connect()->run(u"create database narrow encoding 'SQL_ASCII' locale 'C' template template0");
+        const Caught failure = caught([&] { server.connect("Database=narrow"); });
+        CHECK(failure.number == error::unspecified);
+        CHECK(failure.account.find("has to be UTF8") != std::string::npos);
+        server.connect()->run(u"drop database narrow");
+    }
+}
+
+TEST_CASE("A character set asked for in the connection string does not change what texts become") {
+    for (const Server& server : servers()) {
+        if (server.dialect != "mariadb") continue;
+        const Owned<OdbcConnection> connection = server.connect("CHARSET=latin1");
+        CHECK(only_value(*connection, u"select '𠮷野家' as a") == Variant(u"𠮷野家"));
+        CHECK(to_text(only_value(*connection, u"select hex('𠮷') as a")) == u"F0A0AEB7");
+    }
+}
+
+TEST_CASE("OdbcConnection's failures carry ADO's numbers and the engine's own words") {
+    struct Row {
+        const char16_t* statement;
+        ErrorNumber number;
+        Remedy remedy = Remedy::none;
+    };
+    const Row rows[] = {
+        {u"select * from Ledger", error::no_such_table},
+        {u"select b from T", error::no_such_column},
+        {u"selec", error::syntax_error},
+        {u"insert into T values (1)", error::constraint_violated, Remedy::save_again},
+        {u"insert into T values (null)", error::constraint_violated},
+        {u"insert into T values (99999999999)", error::value_does_not_fit},
+        {u"insert into T values ('x')", error::cannot_convert_value},
+    };
+    for (const Server& server : servers()) {
+        const Owned<OdbcConnection> connection = server.connect();
+        make_table(*connection, u"a integer not null primary key");
+        connection->run(u"insert into T values (1)");
+        for (const Row& row : rows) {
+            INFO(server.dialect << " " << to_utf8(row.statement));
+            const Caught failure = caught([&] { connection->run(row.statement); });
+            CHECK(failure.number == row.number);
+            CHECK(connection->remedy() == row.remedy);
+            CHECK(failure.account.starts_with("ODBC "));
+            CHECK(failure.account.ends_with("): " + to_utf8(row.statement)));
+        }
+        CHECK(to_long(only_value(*connection, u"select count(*) from T")) == 1);
+    }
+}
+
+TEST_CASE("The password is in no message, not even where the login fails") {
+    for (const Server& server : servers()) {
+        INFO(server.dialect);
+        for (const char* settings :
+             {"PWD=geheim;UID=nobody", "PWD=geheim;UID=geheim", "PWD={geheim};Database=geheim"}) {
+            const Caught failure = caught([&] { server.connect(settings); });
+            CHECK(failure.number != 0);
+            CHECK(failure.account.find("geheim") == std::string::npos);
+        }
+    }
+}
+
+TEST_CASE("OdbcConnection names its engine, its driver and its dialect") {
+    for (const Server& server : servers()) {
+        const Owned<OdbcConnection> connection = server.connect();
+        CHECK(connection->dialect() == server.dialect);
+        CHECK(connection->engine().starts_with(server.dialect == "mariadb" ? "MariaDB 1" : "PostgreSQL 1"));
+        CHECK(connection->engine().find(".so ") != std::string::npos);
+    }
+}
+
+TEST_CASE("A transaction is one: committed whole, rolled back whole, or lost with its connection") {
+    for (const Server& server : servers()) {
+        INFO(server.dialect);
+        const Owned<OdbcConnection> other = server.connect();
+        make_table(*other, u"a integer");
+        {
+            const Owned<OdbcConnection> connection = server.connect();
+            connection->begin();
+            connection->run(u"insert into T values (1)");
+            CHECK(to_long(only_value(*other, u"select count(*) from T")) == 0);
+            connection->commit();
+            CHECK(to_long(only_value(*other, u"select count(*) from T")) == 1);
+
+            connection->begin();
+            connection->run(u"insert into T values (2)");
+            connection->roll_back();
+            connection->roll_back();  // nothing is open
+            connection->run(u"insert into T values (3)");
+            CHECK(to_long(only_value(*other, u"select sum(a) from T")) == 4);
+
+            connection->begin();
+            connection->run(u"insert into T values (4)");
+        }
+        CHECK(to_long(only_value(*other, u"select sum(a) from T")) == 4);
+    }
+}
+
+TEST_CASE("A transaction in which a statement failed is not committed, whatever ran after the failure") {
+    for (const Server& server : servers()) {
+        for (const char* settings : {"", "Protocol=7.4-0", "Protocol=7.4-1", "Protocol=7.4-2"}) {
+            INFO(server.dialect << " " << settings);
+            const Owned<OdbcConnection> connection = server.connect(settings);
+            make_table(*connection, u"a integer primary key");
+            connection->begin();
+            connection->run(u"insert into T values (1)");
+            const Caught first = caught([&] { connection->run(u"insert into T values (1)"); });
+            CHECK(first.number == error::constraint_violated);
+            caught([&] { connection->run(u"insert into T values (2)"); });
+            CHECK(connection->remedy() == Remedy::save_again);
+            CHECK(caught([&] { connection->commit(); }).account == first.account);
+            CHECK(to_long(only_value(*connection, u"select count(*) from T")) == 0);
+
+            connection->begin();
+            CHECK(connection->remedy() == Remedy::none);
+            connection->run(u"insert into T values (3)");
+            connection->commit();
+            CHECK(to_long(only_value(*connection, u"select sum(a) from T")) == 3);
+        }
+    }
+}
+
+TEST_CASE("A connection that its server has ended says that connecting again helps") {
+    for (const Server& server : servers()) {
+        INFO(server.dialect);
+        const bool mariadb = server.dialect == "mariadb";
+        const Owned<OdbcConnection> other = server.connect();
+        make_table(*other, u"a integer");
+        const Owned<OdbcConnection> connection = server.connect();
+        const Text id =
+            to_text(only_value(*connection, mariadb ? u"select connection_id()" : u"select pg_backend_pid()"));
+        connection->begin();
+        connection->run(u"insert into T values (1)");
+        other->run(mariadb ? u"kill " + id : u"select pg_terminate_backend(" + id + u")");
+        CHECK(caught([&] { connection->run(u"insert into T values (2)"); }).number == error::unspecified);
+        CHECK(connection->remedy() == Remedy::connect_again);
+        CHECK(caught([&] { connection->commit(); }).number == error::unspecified);
+        connection->roll_back();
+        CHECK(caught([&] { connection->run(u"insert into T values (3)"); }).number != 0);
+        CHECK(to_long(only_value(*other, u"select count(*) from T")) == 0);
+    }
+}
+
+}  // namespace
+}  // namespace vantlo::test
