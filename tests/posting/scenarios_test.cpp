@@ -35,6 +35,12 @@ std::vector<std::string> messages_of(const Recorder& recorder) {
     return messages;
 }
 
+/// Whether a message begins so.
+bool shows(const Recorder& recorder, std::string_view beginning) {
+    const std::vector<std::string> messages = messages_of(recorder);
+    return std::ranges::any_of(messages, [&](const auto& message) { return message.starts_with(beginning); });
+}
+
 void check_ledger(const std::vector<std::string>& expected, const std::vector<std::string>& actual) {
     std::vector<std::string> unmatched = actual;
     for (const std::string& row : expected) {
@@ -89,7 +95,6 @@ TEST_CASE("A failure of any call, read or close gives its number, at most one me
         INFO(scenario.where());
         const Outcome whole = run_scenario(scenario, *database);
         const Member& member = *find_method(from_utf8(scenario.member));
-        const std::string own_message = scenario.member + "():应用程序错误";
         for (int n = 1; n <= whole.recorder.steps; ++n) {
             INFO("step " << n);
             const Outcome failed = run_scenario(scenario, *database, n);
@@ -100,7 +105,6 @@ TEST_CASE("A failure of any call, read or close gives its number, at most one me
             switch (owner_of(whole.recorder, hit)) {
                 case Owner::member: {
                     CHECK(failed.result == 1004);
-                    std::vector<std::string> expected = messages_of(whole.recorder);
                     const bool silent = member.on_error == OnError::stay_silent;
                     CHECK(failed.recorder.events.size() <= hit + 2);  // the message, and nothing else
                     CHECK((failed.recorder.events.back().what == "message") == !silent);
@@ -114,12 +118,10 @@ TEST_CASE("A failure of any call, read or close gives its number, at most one me
                     break;
                 case Owner::unit_look_up:
                     // The error number serves as the factor, and the posting goes on.
-                    CHECK(messages_of(failed.recorder).front().starts_with("GoodsUnitConverter():"));
+                    CHECK(shows(failed.recorder, "GoodsUnitConverter():"));
                     CHECK(writes.size() <= writes_of(whole.recorder).size());
                     break;
-                case Owner::preparation:
-                    CHECK(messages_of(failed.recorder).front().starts_with("Open_Recordset():"));
-                    break;
+                case Owner::preparation: CHECK(shows(failed.recorder, "Open_Recordset():")); break;
             }
         }
     }

@@ -4,6 +4,7 @@
 
 #include "ado/native_connection.h"
 #include "automation/error.h"
+#include "tests/support/allocation_failures.h"
 
 namespace vantlo::test {
 
@@ -88,6 +89,7 @@ RecordsetVariable create_recorded() {
 }
 
 void show_recorded(const char16_t* text, const char16_t* title, std::int32_t style) noexcept {
+    const HarnessAllocations harness;
     std::string shown = to_utf8(text);
     if (TextView(title) != u"提示信息" || style != 64)
         shown += " (title " + to_utf8(title) + ", style " + std::to_string(style) + ")";
@@ -104,12 +106,18 @@ std::string lower(std::string_view name) {
 
 }  // namespace
 
+AllocationPlan& allocation_plan() {
+    thread_local AllocationPlan plan;
+    return plan;
+}
+
 std::string Event::line() const {
     if (detail == Detail::statements || recordset.empty()) return text.empty() ? what : what + " " + text;
     return what + " " + recordset;
 }
 
 void Recorder::step(Event event) {
+    const HarnessAllocations harness;
     events.push_back(std::move(event));
     if (++steps != fail_at) return;
     failed_event = static_cast<int>(events.size()) - 1;

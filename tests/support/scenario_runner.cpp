@@ -6,6 +6,7 @@
 
 #include "ado/sqlite/sqlite_connection.h"
 #include "component/inventory_class.h"
+#include "tests/support/allocation_failures.h"
 
 namespace vantlo::test {
 
@@ -42,7 +43,8 @@ void TestDatabase::clear() {
 
 std::unique_ptr<TestDatabase> make_sqlite_database() { return std::make_unique<SqliteDatabase>(); }
 
-std::int32_t call_member(const Scenario& scenario, Connection& connection, Line& line) {
+std::int32_t call_member(const Scenario& scenario, Connection& connection, Line& line,
+                         const std::function<void()>& before_call) {
     const Member* const member = find_method(from_utf8(scenario.member));
     if (member == nullptr) throw std::runtime_error(scenario.where() + ": no such member");
     std::vector<Argument> arguments;
@@ -52,10 +54,14 @@ std::int32_t call_member(const Scenario& scenario, Connection& connection, Line&
     Inventory_Class object;
     object.let_DATAType(from_utf8(scenario.data_type));
     object.set_ADOConn(&connection);
-    return object.call(*member, arguments);
+    if (before_call) before_call();
+    const std::int32_t result = object.call(*member, arguments);
+    allocation_plan().armed = false;
+    return result;
 }
 
-Outcome run_scenario(const Scenario& scenario, TestDatabase& database, int fail_at, ErrorNumber fail_with) {
+Outcome run_scenario(const Scenario& scenario, TestDatabase& database, int fail_at, ErrorNumber fail_with,
+                     const std::function<void()>& before_call) {
     database.clear();
     for (const TableRow& row : scenario.given) database.connection().execute(insert_text(row));
     Outcome outcome;
@@ -65,7 +71,7 @@ Outcome run_scenario(const Scenario& scenario, TestDatabase& database, int fail_
         const RecordingPlatform platform(outcome.recorder);
         RecordingConnection connection(outcome.recorder, database.connection());
         RecordedLine line(outcome.recorder, scenario.line);
-        outcome.result = call_member(scenario, connection, line);
+        outcome.result = call_member(scenario, connection, line, before_call);
         set_project_connection(nullptr);
         if (connection.references != 0) throw std::runtime_error(scenario.where() + ": a reference is left");
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 
 #include "tests/support/scenario.h"
@@ -28,10 +29,12 @@ struct Outcome {
 };
 
 /// Fills the database, calls the member on a recording connection and platform, and reads the ledger.
-/// With `fail_at` the n-th step of the call fails under the number `fail_with`.
-Outcome run_scenario(const Scenario& scenario, TestDatabase& database, int fail_at = 0, ErrorNumber fail_with = 1004);
+/// With `fail_at` the n-th step of the call fails under the number `fail_with`; `before_call` runs right before the call.
+Outcome run_scenario(const Scenario& scenario, TestDatabase& database, int fail_at = 0, ErrorNumber fail_with = 1004,
+                     const std::function<void()>& before_call = {});
 
 /// Calls the scenario's member on an object whose connection is the given one, with the given line.
-std::int32_t call_member(const Scenario& scenario, Connection& connection, Line& line);
+std::int32_t call_member(const Scenario& scenario, Connection& connection, Line& line,
+                         const std::function<void()>& before_call = {});
 
 }  // namespace vantlo::test
