@@ -14,10 +14,7 @@ namespace {
 
 class SqliteDatabase final : public TestDatabase {
 public:
-    SqliteDatabase() : connection_(new SqliteConnection(":memory:")) {
-        std::ifstream schema(VANTLO_SOURCE_DIR "/schema/sqlite.sql");
-        connection_->run_script({std::istreambuf_iterator<char>(schema), std::istreambuf_iterator<char>()});
-    }
+    SqliteDatabase() : connection_(new SqliteConnection(":memory:")) { connection_->run_script(sqlite_schema()); }
 
     Connection& connection() override { return *connection_; }
 
@@ -39,6 +36,12 @@ void TestDatabase::clear() {
         u"RGstockBill", u"RGstockBillItems", u"GBorrowItems", u"GoodsBill", u"GoodsBillItems",
     };
     for (const char16_t* table : tables) connection().execute(Text(u"delete from ") + table);
+}
+
+std::string sqlite_schema() {
+    std::ifstream schema(VANTLO_SOURCE_DIR "/schema/sqlite.sql");
+    if (!schema) throw std::runtime_error("schema/sqlite.sql cannot be read");
+    return {std::istreambuf_iterator<char>(schema), std::istreambuf_iterator<char>()};
 }
 
 std::unique_ptr<TestDatabase> make_sqlite_database() { return std::make_unique<SqliteDatabase>(); }

@@ -21,6 +21,9 @@ public:
 /// An SQLite database in memory, made from schema/sqlite.sql.
 std::unique_ptr<TestDatabase> make_sqlite_database();
 
+/// The statements that make the tables on SQLite.
+std::string sqlite_schema();
+
 /// What a run of a scenario did.
 struct Outcome {
     std::int32_t result = 0;
