@@ -73,6 +73,7 @@ TEST_CASE("parts_of rounds to the nearest second and carries") {
         {45658 - 0.4 * second,           {2025,  1,  1,  0,  0,  0}},   // into the year
         {-1 - 86399.6 * second,          {1899, 12, 30,  0,  0,  0}},   // up to day 0, from before it
         {-2 - 86399.6 * second,          {1899, 12, 29,  0,  0,  0}},
+        {2958464 + 86399.6 * second,     {9999, 12, 31,  0,  0,  0}},   // the last day is still there to be reached
         {0.9999999,                      {1899, 12, 31,  0,  0,  0}},
         {-0.25,                          {1899, 12, 30,  6,  0,  0}},
         {-0.0,                           {1899, 12, 30,  0,  0,  0}},

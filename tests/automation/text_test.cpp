@@ -108,6 +108,7 @@ TEST_CASE("is_well_formed finds the lone surrogate") {
         {{u'\xD842'},                  false},
         {{u'\xDFB7'},                  false},
         {{u'\xDFB7', u'\xD842'},       false},
+        {{u'a', u'\xDFB7'},            false},
         {{u'\xD842', u'a'},            false},
         {{u'\xD842', u'\xD842', u'\xDFB7'}, false},
         {{u'\xD842', u'\xDFB7', u'\xDFB7'}, false},
@@ -119,6 +120,8 @@ TEST_CASE("is_well_formed finds the lone surrogate") {
         CAPTURE(row.input);
         CHECK(is_well_formed(row.input) == row.expected);
     }
+    const Text pair = u"𠮷";
+    CHECK_FALSE(is_well_formed(TextView(pair).substr(0, 1)));  // a view that ends within a pair
 }
 
 TEST_CASE("to_utf8 and from_utf8 are each other's inverse on well-formed text") {
@@ -169,6 +172,7 @@ TEST_CASE("to_utf8 writes U+FFFD for a lone surrogate") {
     const std::string mark = "\xEF\xBF\xBD";
     CHECK(to_utf8(Text{u'\xD842'}) == mark);
     CHECK(to_utf8(Text{u'\xDFB7'}) == mark);
+    CHECK(to_utf8(Text{u'a', u'\xDFB7'}) == "a" + mark);
     CHECK(to_utf8(Text{u'a', u'\xD842', u'b'}) == "a" + mark + "b");
     CHECK(to_utf8(Text{u'\xDFB7', u'\xD842'}) == mark + mark);
     CHECK(to_utf8(Text{u'\xD842', u'\xD842', u'\xDFB7'}) == mark + "\xF0\xA0\xAE\xB7");
