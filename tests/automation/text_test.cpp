@@ -173,6 +173,8 @@ TEST_CASE("to_utf8 writes U+FFFD for a lone surrogate") {
     CHECK(to_utf8(Text{u'\xD842'}) == mark);
     CHECK(to_utf8(Text{u'\xDFB7'}) == mark);
     CHECK(to_utf8(Text{u'a', u'\xDFB7'}) == "a" + mark);
+    const Text pair = u"𠮷";
+    CHECK(to_utf8(TextView(pair).substr(0, 1)) == mark);
     CHECK(to_utf8(Text{u'a', u'\xD842', u'b'}) == "a" + mark + "b");
     CHECK(to_utf8(Text{u'\xDFB7', u'\xD842'}) == mark + mark);
     CHECK(to_utf8(Text{u'\xD842', u'\xD842', u'\xDFB7'}) == mark + "\xF0\xA0\xAE\xB7");
