@@ -32,7 +32,7 @@ create table Inventory (
     GId         text(40),
     Model1      text(100),
     Model2      text(100),
-    Status      short,
+    Status      long,
     Class       text(40),
     Unit        text(40),
     InQty       currency,

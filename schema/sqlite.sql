@@ -33,7 +33,7 @@ create table if not exists Inventory (
     GId         nvarchar(40),
     Model1      nvarchar(100),
     Model2      nvarchar(100),
-    Status      smallint,
+    Status      int,
     Class       nvarchar(40),
     Unit        nvarchar(40),
     InQty       money,

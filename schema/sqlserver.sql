@@ -36,7 +36,7 @@ if object_id('Inventory') is null create table Inventory (
     GId         nvarchar(40) collate Chinese_PRC_BIN2,
     Model1      nvarchar(100) collate Chinese_PRC_BIN2,
     Model2      nvarchar(100) collate Chinese_PRC_BIN2,
-    Status      smallint,
+    Status      int,
     Class       nvarchar(40) collate Chinese_PRC_BIN2,
     Unit        nvarchar(40) collate Chinese_PRC_BIN2,
     InQty       money,

@@ -46,7 +46,7 @@ class LedgerFile {
 public:
     explicit LedgerFile(const Scenario& scenario) : scenario_(scenario) {
         const auto connection = open();
-        connection->run_script(sqlite_schema());
+        connection->run_script(schema_of("sqlite"));
         for (const TableRow& row : scenario.given) connection->execute(insert_text(row));
     }
 

@@ -217,7 +217,7 @@ Ledgers round_trip(TestDatabase& database, const Family& family, std::uint32_t s
 constexpr std::uint32_t rounds = 60;
 
 TEST_CASE("A bill posted and taken back leaves every quantity as it was") {
-    const auto database = make_sqlite_database();
+    const auto database = make_test_database();
     for (const Family& family : families) {
         if (family.exception == Exception::received_from_issued) continue;
         for (std::uint32_t seed = 1; seed <= rounds; ++seed) {
@@ -229,7 +229,7 @@ TEST_CASE("A bill posted and taken back leaves every quantity as it was") {
 }
 
 TEST_CASE("The families listed as exceptions do leave a difference, for the reason listed") {
-    const auto database = make_sqlite_database();
+    const auto database = make_test_database();
     for (const Family& family : families) {
         if (family.exception == Exception::none) continue;
         int differing = 0;

@@ -1,26 +1,13 @@
 #include "tests/support/scenario_runner.h"
 
-#include <fstream>
-#include <iterator>
 #include <stdexcept>
 
-#include "ado/sqlite/sqlite_connection.h"
 #include "component/inventory_class.h"
 #include "tests/support/allocation_failures.h"
 
 namespace vantlo::test {
 
 namespace {
-
-class SqliteDatabase final : public TestDatabase {
-public:
-    SqliteDatabase() : connection_(new SqliteConnection(":memory:")) { connection_->run_script(sqlite_schema()); }
-
-    Connection& connection() override { return *connection_; }
-
-private:
-    Owned<SqliteConnection> connection_;
-};
 
 Argument argument_of(const Parameter& parameter, const std::string& word, Line& line) {
     if (parameter.type == ParameterType::line) return line;
@@ -29,22 +16,6 @@ Argument argument_of(const Parameter& parameter, const std::string& word, Line& 
 }
 
 }  // namespace
-
-void TestDatabase::clear() {
-    static constexpr const char16_t* tables[] = {
-        u"Inventory",   u"GoodsUnit",        u"Goods",        u"StockBill", u"StockBillItems",
-        u"RGstockBill", u"RGstockBillItems", u"GBorrowItems", u"GoodsBill", u"GoodsBillItems",
-    };
-    for (const char16_t* table : tables) connection().execute(Text(u"delete from ") + table);
-}
-
-std::string sqlite_schema() {
-    std::ifstream schema(VANTLO_SOURCE_DIR "/schema/sqlite.sql");
-    if (!schema) throw std::runtime_error("schema/sqlite.sql cannot be read");
-    return {std::istreambuf_iterator<char>(schema), std::istreambuf_iterator<char>()};
-}
-
-std::unique_ptr<TestDatabase> make_sqlite_database() { return std::make_unique<SqliteDatabase>(); }
 
 std::int32_t call_member(const Scenario& scenario, Connection& connection, Line& line,
                          const std::function<void()>& before_call) {
@@ -65,14 +36,13 @@ std::int32_t call_member(const Scenario& scenario, Connection& connection, Line&
 
 Outcome run_scenario(const Scenario& scenario, TestDatabase& database, int fail_at, ErrorNumber fail_with,
                      const std::function<void()>& before_call) {
-    database.clear();
-    for (const TableRow& row : scenario.given) database.connection().execute(insert_text(row));
+    database.fill(scenario.given);
     Outcome outcome;
     outcome.recorder.fail_at = fail_at;
     outcome.recorder.fail_with = fail_with;
     {
         const RecordingPlatform platform(outcome.recorder);
-        RecordingConnection connection(outcome.recorder, database.connection());
+        RecordingConnection connection(outcome.recorder, database.component_connection());
         RecordedLine line(outcome.recorder, scenario.line);
         outcome.result = call_member(scenario, connection, line, before_call);
         set_project_connection(nullptr);

@@ -4,25 +4,9 @@
 #include <memory>
 
 #include "tests/support/scenario.h"
+#include "tests/support/test_database.h"
 
 namespace vantlo::test {
-
-/// A database with the system's tables that scenarios run on.
-class TestDatabase {
-public:
-    virtual ~TestDatabase() = default;
-
-    [[nodiscard]] virtual Connection& connection() = 0;
-
-    /// Empties every table that scenarios fill.
-    void clear();
-};
-
-/// An SQLite database in memory, made from schema/sqlite.sql.
-std::unique_ptr<TestDatabase> make_sqlite_database();
-
-/// The statements that make the tables on SQLite.
-std::string sqlite_schema();
 
 /// What a run of a scenario did.
 struct Outcome {

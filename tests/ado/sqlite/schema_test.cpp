@@ -88,7 +88,7 @@ TEST_CASE("Quantities, statuses and factors are read as the types that the posti
         {u"Inventory",        u"",       u"InQty",         u"0.3333",       Currency::from_ten_thousandths(3333)},
         {u"Inventory",        u"",       u"OutQty",        u"-12.5",        Currency::from_ten_thousandths(-125000)},
         {u"Inventory",        u"",       u"CurrentQty",    u"24",           Currency::from_whole(24)},
-        {u"Inventory",        u"",       u"Status",        u"2",            std::int16_t{2}},
+        {u"Inventory",        u"",       u"Status",        u"2",            2},
         {u"Inventory",        u"",       u"WID",           u"'007'",        u"007"},
         {u"StockBill",        u"Id",     u"ReferFlag",     u"6",            std::int16_t{6}},
         {u"StockBill",        u"Id",     u"BillDate",      u"'2024-03-05'", date_of({2024, 3, 5, 0, 0, 0})},
