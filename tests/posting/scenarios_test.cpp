@@ -3,14 +3,17 @@
 #include <algorithm>
 #include <set>
 
+#include "automation/error_text.h"
 #include "component/member_table.h"
 #include "tests/support/scenario_runner.h"
 
 namespace vantlo::test {
 namespace {
 
+constexpr const char* scenario_folder = VANTLO_SOURCE_DIR "/tests/scenarios";
+
 const std::vector<Scenario>& scenarios() {
-    static const std::vector<Scenario> all = read_scenario_folder(VANTLO_SOURCE_DIR "/tests/scenarios");
+    static const std::vector<Scenario> all = read_scenario_folder(scenario_folder);
     return all;
 }
 
@@ -18,14 +21,7 @@ bool changes_rows(const Event& event) {
     return event.what == "execute" && (event.text.starts_with("update") || event.text.starts_with("insert"));
 }
 
-std::vector<std::string> writes_of(const Recorder& recorder, int before_event = -1) {
-    std::vector<std::string> writes;
-    for (int i = 0; i < static_cast<int>(recorder.events.size()); ++i) {
-        const Event& event = recorder.events[static_cast<std::size_t>(i)];
-        if (i != before_event && changes_rows(event)) writes.push_back(event.text);
-    }
-    return writes;
-}
+std::int64_t writes_in(const Recorder& recorder) { return std::ranges::count_if(recorder.events, changes_rows); }
 
 std::vector<std::string> messages_of(const Recorder& recorder) {
     std::vector<std::string> messages;
@@ -51,15 +47,31 @@ void check_ledger(const std::vector<std::string>& expected, const std::vector<st
     for (const std::string& row : unmatched) FAIL_CHECK("not expected in the ledger: " << row);
 }
 
-TEST_CASE("Every scenario returns its result, sends its statements and leaves its ledger") {
-    const auto database = make_test_database();
-    for (const Scenario& scenario : scenarios()) {
+void check(const std::vector<Scenario>& told, TestDatabase& database) {
+    for (const Scenario& scenario : told) {
         INFO(scenario.where());
-        const Outcome outcome = run_scenario(scenario, *database);
+        const Outcome outcome = run_scenario(scenario, database);
         CHECK(outcome.result == scenario.result);
         CHECK(joined(outcome.recorder.trace(scenario.detail)) == joined(scenario.trace));
-        check_ledger(database->expected_ledger(scenario), outcome.ledger);
+        check_ledger(database.expected_ledger(scenario), outcome.ledger);
     }
+}
+
+TEST_CASE("Every scenario returns its result, sends its statements and leaves its ledger") {
+    const auto database = make_test_database();
+    check(scenarios(), *database);
+}
+
+TEST_CASE("Where a bill has several header rows, the first counts") {
+    const auto database = make_sqlite_database();
+    for (const Text table : {u"StockBill", u"GoodsBill"}) {  // once more, without the key that forbids such bills
+        database->connection().execute(u"create table Copied as select * from " + table);
+        database->connection().execute(u"drop table " + table);
+        database->connection().execute(u"alter table Copied rename to " + table);
+    }
+    const std::vector<Scenario> told = read_scenario_folder(std::string(scenario_folder) + "/without_keys");
+    CHECK(!told.empty());
+    check(told, *database);
 }
 
 TEST_CASE("Every posting member has scenarios") {
@@ -84,8 +96,27 @@ Owner owner_of(const Recorder& baseline, std::size_t index) {
     return prepares ? Owner::preparation : Owner::member;
 }
 
-bool is_prefix(const std::vector<std::string>& prefix, const std::vector<std::string>& whole) {
-    return prefix.size() <= whole.size() && std::equal(prefix.begin(), prefix.end(), whole.begin());
+/// Whether the recordset prepared by this step is opened later: the unit look-up's right away, that of a member which
+/// uses its own Open further on. The others give way to what Execute returns.
+bool is_opened_later(const Recorder& baseline, std::size_t index) {
+    const auto later =
+        std::ranges::subrange(baseline.events.begin() + static_cast<std::ptrdiff_t>(index) + 1, baseline.events.end());
+    const auto next =
+        std::ranges::find_if(later, [](const Event& event) { return event.what == "prepare" || event.what == "open"; });
+    if (next == later.end()) return false;
+    return next->what == "open" || std::ranges::any_of(later, [](const Event& event) {
+               return event.what == "open" && event.recordset != "unit";
+           });
+}
+
+/// The events up to the one that fails, then the member's message unless it is silent, and nothing more.
+std::vector<std::string> events_of_failure(const Recorder& baseline, const Recorder& failed, const Member& member) {
+    std::vector<std::string> lines = baseline.trace(Detail::everything);
+    lines.resize(static_cast<std::size_t>(failed.failed_event) + 1);
+    if (member.on_error == OnError::tell_user) {
+        lines.push_back("message " + to_utf8(member.name) + "():" + to_utf8(standard_text(failed.fail_with)));
+    }
+    return lines;
 }
 
 TEST_CASE("A failure of any call, read or close gives its number, at most one message, and nothing after it") {
@@ -101,16 +132,12 @@ TEST_CASE("A failure of any call, read or close gives its number, at most one me
             ++points;
             const auto hit = static_cast<std::size_t>(failed.recorder.failed_event);
             REQUIRE(hit < failed.recorder.events.size());
-            const std::vector<std::string> writes = writes_of(failed.recorder, failed.recorder.failed_event);
             switch (owner_of(whole.recorder, hit)) {
-                case Owner::member: {
-                    CHECK(failed.result == 1004);
-                    const bool silent = member.on_error == OnError::stay_silent;
-                    CHECK(failed.recorder.events.size() <= hit + 2);  // the message, and nothing else
-                    CHECK((failed.recorder.events.back().what == "message") == !silent);
-                    CHECK(is_prefix(writes, writes_of(whole.recorder)));
+                case Owner::member:
+                    CHECK(failed.result == failed.recorder.fail_with);
+                    CHECK(joined(failed.recorder.trace(Detail::everything)) ==
+                          joined(events_of_failure(whole.recorder, failed.recorder, member)));
                     break;
-                }
                 case Owner::release:
                     CHECK(failed.result == whole.result);
                     CHECK(messages_of(failed.recorder) == messages_of(whole.recorder));
@@ -119,9 +146,15 @@ TEST_CASE("A failure of any call, read or close gives its number, at most one me
                 case Owner::unit_look_up:
                     // The error number serves as the factor, and the posting goes on.
                     CHECK(shows(failed.recorder, "GoodsUnitConverter():"));
-                    CHECK(writes.size() <= writes_of(whole.recorder).size());
+                    CHECK(writes_in(failed.recorder) <= writes_in(whole.recorder));
                     break;
-                case Owner::preparation: CHECK(shows(failed.recorder, "Open_Recordset():")); break;
+                case Owner::preparation:
+                    CHECK(shows(failed.recorder, "Open_Recordset():"));
+                    if (!is_opened_later(whole.recorder, hit)) {
+                        CHECK(failed.result == whole.result);
+                        CHECK(failed.ledger == whole.ledger);
+                    }
+                    break;
             }
         }
     }
