@@ -1,0 +1,23 @@
+#include "host/bill.h"
+
+#include <algorithm>
+
+#include "automation/error.h"
+
+namespace vantlo::host {
+
+void Record::set(TextView column, Variant value) { fields_.push_back({column, std::move(value)}); }
+
+const Variant& Record::value(TextView column) const {
+    const auto found =
+        std::ranges::find_if(fields_, [&](const Field& field) { return equal_ignoring_case(field.column, column); });
+    if (found == fields_.end()) throw Failure(error::no_such_member, "a line has no property " + to_utf8(column));
+    return found->value;
+}
+
+Variant RecordLine::value(TextView name) {
+    const bool is_warehouse = warehouse_column_ != nullptr && equal_ignoring_case(name, u"WarehouseId");
+    return record_.value(is_warehouse ? warehouse_column_ : name);
+}
+
+}  // namespace vantlo::host

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "automation/variant.h"
+#include "host/bill_kinds.h"
+#include "posting/line.h"
+
+namespace vantlo::host {
+
+/// A row with values by column name, compared without regard to case: a header or a line.
+class Record {
+public:
+    void set(TextView column, Variant value);
+
+    /// Errors   no_such_member for a column that it lacks, as an automation object answers.
+    [[nodiscard]] const Variant& value(TextView column) const;
+
+    struct Field {
+        TextView column;  ///< lives as long as the table of bill kinds
+        Variant value;
+    };
+    [[nodiscard]] const std::vector<Field>& fields() const { return fields_; }
+
+private:
+    std::vector<Field> fields_;
+};
+
+/// A record as the line object that a native host hands to the component.
+class RecordLine final : public Line {
+public:
+    /// `warehouse_column` names the column that the line shows as WarehouseId; null if it has no such property.
+    RecordLine(const Record& record, const char16_t* warehouse_column)
+        : record_(record), warehouse_column_(warehouse_column) {}
+
+    Variant value(TextView name) override;
+
+private:
+    const Record& record_;
+    const char16_t* warehouse_column_;
+};
+
+/// A bill in hand: its header and its lines.
+struct Bill {
+    const BillKind* kind = nullptr;
+    Text id;
+    Record header;
+    std::vector<Record> lines;
+};
+
+}  // namespace vantlo::host

@@ -1,0 +1,180 @@
+#include "host/bookkeeping.h"
+
+#include <fmt/format.h>
+
+#include "automation/error.h"
+#include "automation/error_text.h"
+#include "dataaccess/platform.h"
+#include "dataaccess/sql_literals.h"
+
+namespace vantlo::host {
+
+namespace {
+
+std::string shown_messages;
+
+void keep_message(const char16_t* text, const char16_t*, std::int32_t) noexcept {
+    try {
+        shown_messages += to_utf8(text) + "\n";
+    } catch (...) {
+        // Without memory for the message, the posting's result still tells of the failure.
+    }
+}
+
+/// `Id=` or the like, followed by the literal of a bill's identifier.
+Text where_id(const BillTable& table, const Text& id) {
+    return Text(u" where ") + table.id_column + u"=" + GetSqlVal(id);
+}
+
+/// Header fields that a call is fed, by what they are.
+const Variant& header_field(const Bill& bill, Feed feed) {
+    if (feed == Feed::header_receiver) return bill.header.value(u"Receiver");
+    if (feed == Feed::header_supplier) return bill.header.value(u"Supplier");
+    return bill.header.value(u"ReferFlag");
+}
+
+Argument argument_for(Feed feed, const Bill& bill, Line* line) {
+    switch (feed) {
+        case Feed::line: return *line;
+        case Feed::id: return bill.id;
+        case Feed::any_class: return Text();
+        case Feed::any_main_goods_flag: return std::int16_t{-1};
+        case Feed::magnitude: return VariantBool::exactly_true;
+        case Feed::signed_quantity: return VariantBool::exactly_false;
+        case Feed::header_status:
+        case Feed::header_receiver:
+        case Feed::header_supplier: break;
+    }
+    return header_field(bill, feed);
+}
+
+std::vector<Argument> arguments_for(const MemberCall& call, const Bill& bill, Line* line) {
+    std::vector<Argument> arguments;
+    for (const Feed feed : call.arguments) arguments.push_back(argument_for(feed, bill, line));
+    return arguments;
+}
+
+/// The columns of the row that a recordset stands on.
+Record read_row(Recordset& rows, std::span<const BillColumn> columns) {
+    Record record;
+    for (const BillColumn& column : columns) record.set(column.column, rows.field(column.column));
+    return record;
+}
+
+bool is_fed_lines(const MemberCall& call) { return call.arguments.front() == Feed::line; }
+
+}  // namespace
+
+void collect_messages() {
+    Platform hosted = platform();
+    hosted.show_message = keep_message;
+    set_platform(hosted);
+}
+
+std::string take_messages() { return std::exchange(shown_messages, {}); }
+
+Bookkeeping::Bookkeeping(ObservedConnection& connection) : connection_(connection) {
+    component_.let_DATAType(u"[Microsoft SQL Server]");  // whose date literals every native engine reads
+    component_.set_ADOConn(&connection);
+}
+
+Bookkeeping::~Bookkeeping() { component_.set_ADOConn(nullptr); }
+
+void Bookkeeping::save_master(const std::vector<MasterRow>& rows) {
+    in_transaction("master data", [&] {
+        for (const MasterRow& row : rows) insert(row.table, row.values);
+    });
+}
+
+void Bookkeeping::save(const Bill& bill) {
+    in_transaction(fmt::format("{} {}", bill.kind->name, to_utf8(bill.id)), [&] {
+        store(bill);
+        post(bill.kind->post, bill);
+    });
+}
+
+void Bookkeeping::remove(const BillKind& kind, const Text& id) {
+    in_transaction(fmt::format("{} {}", kind.name, to_utf8(id)), [&] {
+        const RecordsetVariable header =
+            connection_.execute(Text(u"select * from ") + kind.header->name + where_id(*kind.header, id));
+        if (header->eof() || to_text(header->field(u"Kind")) != from_utf8(kind.name)) {
+            throw PostingFailed("there is no such bill");
+        }
+        const Bill bill{&kind, id, read_row(*header, kind.header->columns), read_lines(*kind.lines, id)};
+        post(kind.take_back, bill);
+        erase(*kind.lines, id);
+        erase(*kind.header, id);
+    });
+}
+
+void Bookkeeping::in_transaction(const std::string& what, const std::function<void()>& body) {
+    NativeConnection& database = connection_.database();
+    database.begin();
+    try {
+        body();
+        database.commit();
+    } catch (const std::exception& failure) {
+        database.roll_back();
+        throw PostingFailed(fmt::format("{}: {}", what, failure.what()));
+    }
+}
+
+void Bookkeeping::store(const Bill& bill) {
+    const BillTable& header = *bill.kind->header;
+    Record row;
+    row.set(header.id_column, bill.id);
+    row.set(u"Kind", from_utf8(bill.kind->name));
+    for (const Record::Field& field : bill.header.fields()) row.set(field.column, field.value);
+    insert(header.name, row);
+    std::int32_t number = 0;
+    for (const Record& line : bill.lines) {
+        Record item;
+        item.set(bill.kind->lines->id_column, bill.id);
+        item.set(u"ItemNo", ++number);
+        for (const Record::Field& field : line.fields()) item.set(field.column, field.value);
+        insert(bill.kind->lines->name, item);
+    }
+}
+
+void Bookkeeping::post(std::span<const MemberCall> calls, const Bill& bill) {
+    for (const MemberCall& call : calls) {
+        const Member& member = *find_method(call.member);
+        const auto post_one = [&](Line* line) {
+            const std::int32_t result = component_.call(member, arguments_for(call, bill, line));
+            if (result == 0) return;
+            throw PostingFailed(fmt::format("{} returned {} ({})\n{}{}", to_utf8(call.member), result,
+                                            to_utf8(standard_text(result)), take_messages(), connection_.account()));
+        };
+        if (!is_fed_lines(call)) post_one(nullptr);
+        for (const Record& record : bill.lines) {
+            if (!is_fed_lines(call)) break;
+            RecordLine line(record, bill.kind->warehouse_column);
+            post_one(&line);
+        }
+    }
+}
+
+void Bookkeeping::insert(const char16_t* table, const Record& record) {
+    Text columns;
+    Text values;
+    for (const Record::Field& field : record.fields()) {
+        if (!columns.empty()) columns += u",", values += u",";
+        columns += field.column;
+        values += GetSqlVal(field.value);
+    }
+    connection_.execute(Text(u"insert into ") + table + u"(" + columns + u") values(" + values + u")");
+}
+
+std::vector<Record> Bookkeeping::read_lines(const BillTable& table, const Text& id) {
+    const RecordsetVariable rows =
+        connection_.execute(Text(u"select * from ") + table.name + where_id(table, id) + u" order by ItemNo");
+    std::vector<Record> lines;
+    for (; !rows->eof(); rows->move_next()) lines.push_back(read_row(*rows, table.columns));
+    return lines;
+}
+
+void Bookkeeping::erase(const BillTable& table, const Text& id) {
+    connection_.execute(Text(u"delete from ") + table.name + where_id(table, id));
+}
+
+}  // namespace vantlo::host

@@ -1,0 +1,61 @@
+#include "host/ledger_view.h"
+
+#include <algorithm>
+#include <tuple>
+
+#include "automation/number_text.h"
+#include "dataaccess/sql_literals.h"
+#include "host/table_output.h"
+
+namespace vantlo::host {
+
+namespace {
+
+Text text_of(const Variant& value) { return value.is<Null>() ? Text() : to_text(value); }
+
+Currency quantity_of(const Variant& value) { return value.is<Null>() ? Currency() : to_currency(value); }
+
+std::string utf8_of(Currency value) { return to_utf8(number_text(value)); }
+
+std::string named(const Text& id, const Text& name) { return to_utf8(name.empty() ? id : id + u" " + name); }
+
+}  // namespace
+
+std::vector<LedgerRow> read_ledger(NativeConnection& database, const LedgerFilter& filter) {
+    Text select =
+        u"select Inventory.*,Warehouse.Name as WarehouseName,Goods.Name as GoodsName from Inventory "
+        u"left join Warehouse on Inventory.WID=Warehouse.ID left join Goods on Inventory.GId=Goods.ID where 1=1";
+    if (!filter.warehouse.empty()) select += u" and Inventory.WID=" + GetSqlVal(filter.warehouse);
+    if (!filter.goods.empty()) select += u" and Inventory.GId=" + GetSqlVal(filter.goods);
+    std::vector<LedgerRow> ledger;
+    const RecordsetVariable rows = database.execute(select);
+    for (; !rows->eof(); rows->move_next()) {
+        const auto text = [&](TextView column) { return text_of(rows->field(column)); };
+        const auto quantity = [&](TextView column) { return quantity_of(rows->field(column)); };
+        ledger.push_back({text(u"WID"), text(u"WarehouseName"), text(u"GId"), text(u"GoodsName"), text(u"Model1"),
+                          text(u"Model2"), text(u"Status"), text(u"Unit"), quantity(u"InQty"), quantity(u"OutQty"),
+                          quantity(u"CurrentQty")});
+    }
+    const auto key = [](const LedgerRow& row) { return std::tie(row.warehouse, row.goods, row.model1, row.model2, row.status); };
+    std::ranges::stable_sort(ledger, {}, key);
+    return ledger;
+}
+
+std::string ledger_table(const std::vector<LedgerRow>& rows) {
+    constexpr auto right = TableOutput::Align::right;
+    TableOutput table({{"仓库"}, {"商品"}, {"型号一"}, {"型号二"}, {"状态", right}, {"收入", right}, {"发出", right}, {"结存", right}});
+    std::int64_t received = 0, issued = 0, on_hand = 0;
+    for (const LedgerRow& row : rows) {
+        table.add_row({named(row.warehouse, row.warehouse_name), named(row.goods, row.goods_name), to_utf8(row.model1),
+                       to_utf8(row.model2), to_utf8(row.status), utf8_of(row.received), utf8_of(row.issued),
+                       utf8_of(row.on_hand)});
+        received += row.received.ten_thousandths();
+        issued += row.issued.ten_thousandths();
+        on_hand += row.on_hand.ten_thousandths();
+    }
+    const auto total = [](std::int64_t sum) { return utf8_of(Currency::from_ten_thousandths(sum)); };
+    table.set_totals({"合计 " + std::to_string(rows.size()) + " 行", "", "", "", "", total(received), total(issued), total(on_hand)});
+    return table.text();
+}
+
+}  // namespace vantlo::host

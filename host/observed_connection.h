@@ -1,0 +1,34 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "ado/native_connection.h"
+
+namespace vantlo::host {
+
+/// Passes statements on to the database, shows each to the host as it is sent, and keeps the database's own words of
+/// the latest failure: the component's message gives only the number's text.
+class ObservedConnection final : public Connection {
+public:
+    using Show = std::function<void(TextView statement)>;
+
+    explicit ObservedConnection(NativeConnection& database, Show show = {})
+        : database_(database), show_(std::move(show)) {}
+
+    void add_reference() noexcept override {}  // it lives with the host, which lets go of it last
+    void release() noexcept override {}
+    RecordsetVariable execute(TextView statement) override;
+
+    /// What the database said of the latest failure; empty if nothing has failed.
+    [[nodiscard]] const std::string& account() const { return account_; }
+
+    [[nodiscard]] NativeConnection& database() const { return database_; }
+
+private:
+    NativeConnection& database_;
+    Show show_;
+    std::string account_;
+};
+
+}  // namespace vantlo::host

@@ -1,0 +1,50 @@
+#include "host/table_output.h"
+
+#include <uniwidth.h>
+
+#include <algorithm>
+
+namespace vantlo::host {
+
+std::size_t cell_width(const std::string& text) {
+    // libunistring goes by the encoding's name where a character's width is ambiguous; UTF-8 means narrow.
+    const auto* const bytes = reinterpret_cast<const std::uint8_t*>(text.data());
+    return static_cast<std::size_t>(std::max(0, u8_width(bytes, text.size(), "UTF-8")));
+}
+
+std::string TableOutput::text() const {
+    std::vector<std::size_t> widths;
+    for (std::size_t i = 0; i < columns_.size(); ++i) {
+        std::size_t width = cell_width(columns_[i].title);
+        for (const auto& row : rows_) width = std::max(width, cell_width(row[i]));
+        if (!totals_.empty()) width = std::max(width, cell_width(totals_[i]));
+        widths.push_back(width);
+    }
+    std::string text;
+    const auto add = [&](const auto& cell_of) {
+        std::string line;
+        for (std::size_t i = 0; i < columns_.size(); ++i) {
+            const std::string& cell = cell_of(i);
+            const std::string padding(widths[i] - cell_width(cell), ' ');
+            if (i > 0) line += "  ";
+            line += columns_[i].align == Align::right ? padding + cell : cell + padding;
+        }
+        line.erase(line.find_last_not_of(' ') + 1);
+        text += line + "\n";
+    };
+    const auto add_rule = [&] {
+        std::vector<std::string> rule;
+        for (const std::size_t width : widths) rule.emplace_back(width, '-');
+        add([&](std::size_t i) -> const std::string& { return rule[i]; });
+    };
+    add([&](std::size_t i) -> const std::string& { return columns_[i].title; });
+    add_rule();
+    for (const auto& row : rows_) add([&](std::size_t i) -> const std::string& { return row[i]; });
+    if (!totals_.empty()) {
+        add_rule();
+        add([&](std::size_t i) -> const std::string& { return totals_[i]; });
+    }
+    return text;
+}
+
+}  // namespace vantlo::host
