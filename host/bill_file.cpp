@@ -87,15 +87,17 @@ Record read_record(const json& object, std::span<const BillColumn> columns, std:
                    const Place& place) {
     if (!object.is_object()) place.refuse("an object is expected, not " + object.dump());
     for (const auto& [field, value] : object.items()) {
-        const bool known = std::ranges::find(columns, field, &BillColumn::field) != columns.end() ||
-                           std::ranges::find(others, field, [](const char* other) { return std::string(other); }) != others.end();
+        const bool known =
+            std::ranges::find(columns, field, &BillColumn::field) != columns.end() ||
+            std::ranges::find(others, field, [](const char* other) { return std::string(other); }) != others.end();
         if (!known) place.refuse("unknown field \"" + field + "\"");
     }
     Record record;
     for (const BillColumn& column : columns) {
         const auto found = object.find(column.field);
         const Place field = place.at(std::string(column.field));
-        record.set(column.column, found == object.end() ? empty_value(column.type) : value_of(*found, column.type, field));
+        record.set(column.column,
+                   found == object.end() ? empty_value(column.type) : value_of(*found, column.type, field));
     }
     return record;
 }
@@ -139,7 +141,8 @@ ShopFile read_shop_file(const std::string& path) {
     if (!document.is_object()) whole.refuse("an object is expected");
     ShopFile shop;
     for (const auto& [part, rows] : document.items()) {
-        const auto* const master = std::ranges::find(master_tables, part, [](const MasterTable& table) { return std::string(table.field); });
+        const auto* const master =
+            std::ranges::find(master_tables, part, [](const MasterTable& table) { return std::string(table.field); });
         if (master == std::end(master_tables) && part != "bills") whole.refuse("unknown part \"" + part + "\"");
         if (!rows.is_array()) whole.refuse("\"" + part + "\" is no list");
         int number = 0;

@@ -25,15 +25,15 @@ struct BillTable {
 
 /// What one argument of a member's call is made of.
 enum class Feed {
-    line,                ///< the line object; the member is called once for each line
-    id,                  ///< the bill's identifier
-    header_status,       ///< the header's ReferFlag
+    line,           ///< the line object; the member is called once for each line
+    id,             ///< the bill's identifier
+    header_status,  ///< the header's ReferFlag
     header_receiver,
     header_supplier,
-    any_class,           ///< no filter by goods class
-    any_main_goods_flag, ///< no filter by main-goods flag
-    magnitude,           ///< True: the magnitude of the quantity is posted
-    signed_quantity,     ///< False
+    any_class,            ///< no filter by goods class
+    any_main_goods_flag,  ///< no filter by main-goods flag
+    magnitude,            ///< True: the magnitude of the quantity is posted
+    signed_quantity,      ///< False
 };
 
 /// A call that posts a bill or takes it back.

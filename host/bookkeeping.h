@@ -1,8 +1,7 @@
 #pragma once
 
-#include <stdexcept>
-
 #include <functional>
+#include <stdexcept>
 
 #include "component/inventory_class.h"
 #include "host/bill_file.h"

@@ -36,14 +36,23 @@ std::vector<LedgerRow> read_ledger(NativeConnection& database, const LedgerFilte
                           text(u"Model2"), text(u"Status"), text(u"Unit"), quantity(u"InQty"), quantity(u"OutQty"),
                           quantity(u"CurrentQty")});
     }
-    const auto key = [](const LedgerRow& row) { return std::tie(row.warehouse, row.goods, row.model1, row.model2, row.status); };
+    const auto key = [](const LedgerRow& row) {
+        return std::tie(row.warehouse, row.goods, row.model1, row.model2, row.status);
+    };
     std::ranges::stable_sort(ledger, {}, key);
     return ledger;
 }
 
 std::string ledger_table(const std::vector<LedgerRow>& rows) {
     constexpr auto right = TableOutput::Align::right;
-    TableOutput table({{"仓库"}, {"商品"}, {"型号一"}, {"型号二"}, {"状态", right}, {"收入", right}, {"发出", right}, {"结存", right}});
+    TableOutput table({{"仓库"},
+                       {"商品"},
+                       {"型号一"},
+                       {"型号二"},
+                       {"状态", right},
+                       {"收入", right},
+                       {"发出", right},
+                       {"结存", right}});
     std::int64_t received = 0, issued = 0, on_hand = 0;
     for (const LedgerRow& row : rows) {
         table.add_row({named(row.warehouse, row.warehouse_name), named(row.goods, row.goods_name), to_utf8(row.model1),
@@ -54,7 +63,8 @@ std::string ledger_table(const std::vector<LedgerRow>& rows) {
         on_hand += row.on_hand.ten_thousandths();
     }
     const auto total = [](std::int64_t sum) { return utf8_of(Currency::from_ten_thousandths(sum)); };
-    table.set_totals({"合计 " + std::to_string(rows.size()) + " 行", "", "", "", "", total(received), total(issued), total(on_hand)});
+    table.set_totals({"合计 " + std::to_string(rows.size()) + " 行", "", "", "", "", total(received), total(issued),
+                      total(on_hand)});
     return table.text();
 }
 

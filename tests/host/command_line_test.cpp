@@ -73,8 +73,9 @@ TEST_CASE("vantlo shows every statement as it is sent") {
     const Finished saved = shell.vantlo("--show-sql save bill.json");
     CHECK(has(saved, "select id,Unit,UnitConverter from GoodsUnit where id='G1' and Unit='箱'\n"));
     CHECK(has(saved, "select * from Inventory where WID='W1' and GId='G1' and Model1='' and Model2='' and Status=0\n"));
-    CHECK(has(saved, "insert into Inventory(WID,GId,Model1,Model2,Status,Class,Unit,InQty,OutQty,CurrentQty,Remarks) "
-                     "values('W1','G1','','',0,'','箱',2,0,2,'')\n"));
+    CHECK(has(saved,
+              "insert into Inventory(WID,GId,Model1,Model2,Status,Class,Unit,InQty,OutQty,CurrentQty,Remarks) "
+              "values('W1','G1','','',0,'','箱',2,0,2,'')\n"));
 }
 
 TEST_CASE("vantlo leaves nothing of a bill that cannot be posted, and says what happened") {
@@ -109,12 +110,15 @@ TEST_CASE("vantlo takes all of a file or nothing, and names what is wrong with i
         {R"({"bill": []})", "unknown part \"bill\""},
         {R"({"bills": {}})", "no list"},
         {R"({"bills": [{"kind": "stock-in"}]})", "bills 1"},
-        {R"({"bills": [{"kind": "gift", "id": "B1", "date": "2024-03-05", "lines": []}]})", "unknown kind of bill \"gift\""},
+        {R"({"bills": [{"kind": "gift", "id": "B1", "date": "2024-03-05", "lines": []}]})",
+         "unknown kind of bill \"gift\""},
         {R"({"bills": [{"kind": "stock-in", "id": " ", "date": "2024-03-05", "lines": []}]})", "the id is empty"},
         {R"({"bills": [{"kind": "stock-in", "id": "B1", "date": "2024-02-30", "lines": []}]})", "a date like"},
         {R"({"bills": [{"kind": "stock-in", "id": "B1", "date": "2024-03-05"}]})", "\"lines\" is missing"},
-        {R"({"bills": [{"kind": "stock-in", "id": "B1", "date": "2024-03-05", "lines": [{"quantity": "2"}]}]})", "B1, line 1, quantity: a number is expected"},
-        {R"({"bills": [{"kind": "stock-in", "id": "B1", "date": "2024-03-05", "lines": [{"colour": "red"}]}]})", "unknown field \"colour\""},
+        {R"({"bills": [{"kind": "stock-in", "id": "B1", "date": "2024-03-05", "lines": [{"quantity": "2"}]}]})",
+         "B1, line 1, quantity: a number is expected"},
+        {R"({"bills": [{"kind": "stock-in", "id": "B1", "date": "2024-03-05", "lines": [{"colour": "red"}]}]})",
+         "unknown field \"colour\""},
         {R"({"goods": [{"id": 7}]})", "goods 1, id: a text is expected"},
     };
     for (const Row& row : rows) {
