@@ -1,46 +1,13 @@
 #include <doctest/doctest.h>
-#include <sys/wait.h>
 
-#include <array>
-#include <cstdio>
-#include <fstream>
 #include <string>
 
-#include "tests/support/temporary_folder.h"
+#include "tests/support/shell.h"
 
 // Drives the built program as a user does, from a shell.
 
 namespace vantlo::test {
 namespace {
-
-struct Finished {
-    int exit_code = -1;
-    std::string output;  ///< stdout and stderr in one
-};
-
-class Shell {
-public:
-    Finished vantlo(const std::string& arguments) const {
-        const std::string command = "cd '" + folder_.file("") + "' && " VANTLO_PROGRAM " " + arguments + " 2>&1";
-        FILE* const pipe = ::popen(command.c_str(), "r");
-        REQUIRE(pipe != nullptr);
-        Finished finished;
-        std::array<char, 4096> buffer{};
-        while (const std::size_t read = std::fread(buffer.data(), 1, buffer.size(), pipe)) {
-            finished.output.append(buffer.data(), read);
-        }
-        finished.exit_code = WEXITSTATUS(::pclose(pipe));
-        return finished;
-    }
-
-    std::string file(const std::string& name, const std::string& content) const {
-        std::ofstream(folder_.file(name)) << content;
-        return name;
-    }
-
-private:
-    TemporaryFolder folder_;
-};
 
 constexpr const char* units = R"("units": [{"goods": "G1", "unit": "箱", "factor": 12}])";
 
@@ -48,8 +15,6 @@ std::string stock_in(const std::string& id, const std::string& quantity) {
     return R"({"bills": [{"kind": "stock-in", "id": ")" + id + R"(", "date": "2024-03-05", "lines": [)" +
            R"({"goods": "G1", "unit": "箱", "quantity": )" + quantity + R"(, "receiver": "W1"}]}]})";
 }
-
-bool has(const Finished& finished, const std::string& text) { return finished.output.find(text) != std::string::npos; }
 
 TEST_CASE("vantlo saves a bill, shows the ledger, takes the bill back") {
     const Shell shell;
@@ -59,10 +24,10 @@ TEST_CASE("vantlo saves a bill, shows the ledger, takes the bill back") {
     CHECK(shell.vantlo("save units.json bill.json").exit_code == 0);
     const Finished shown = shell.vantlo("ledger --warehouse W1 --goods G1");
     CHECK(shown.exit_code == 0);
-    CHECK(has(shown, " 30 "));
-    CHECK(!has(shell.vantlo("ledger --warehouse W9"), "W1"));
+    CHECK(shown.has(" 30 "));
+    CHECK(!shell.vantlo("ledger --warehouse W9").has("W1"));
     CHECK(shell.vantlo("delete stock-in B1").exit_code == 0);
-    CHECK(!has(shell.vantlo("ledger"), " 30 "));
+    CHECK(!shell.vantlo("ledger").has(" 30 "));
     CHECK(shell.vantlo("delete stock-in B1").exit_code == 1);
 }
 
@@ -71,11 +36,11 @@ TEST_CASE("vantlo shows every statement as it is sent") {
     shell.vantlo("init");
     shell.file("bill.json", stock_in("B1", "2"));
     const Finished saved = shell.vantlo("--show-sql save bill.json");
-    CHECK(has(saved, "select id,Unit,UnitConverter from GoodsUnit where id='G1' and Unit='箱'\n"));
-    CHECK(has(saved, "select * from Inventory where WID='W1' and GId='G1' and Model1='' and Model2='' and Status=0\n"));
-    CHECK(has(saved,
-              "insert into Inventory(WID,GId,Model1,Model2,Status,Class,Unit,InQty,OutQty,CurrentQty,Remarks) "
-              "values('W1','G1','','',0,'','箱',2,0,2,'')\n"));
+    CHECK(saved.has("select id,Unit,UnitConverter from GoodsUnit where id='G1' and Unit='箱'\n"));
+    CHECK(saved.has("select * from Inventory where WID='W1' and GId='G1' and Model1='' and Model2='' and Status=0\n"));
+    CHECK(
+        saved.has("insert into Inventory(WID,GId,Model1,Model2,Status,Class,Unit,InQty,OutQty,CurrentQty,Remarks) "
+                  "values('W1','G1','','',0,'','箱',2,0,2,'')\n"));
 }
 
 TEST_CASE("vantlo leaves nothing of a bill that cannot be posted, and says what happened") {
@@ -87,13 +52,13 @@ TEST_CASE("vantlo leaves nothing of a bill that cannot be posted, and says what 
     const std::string before = shell.vantlo("ledger").output;
     const Finished failed = shell.vantlo("save huge.json");
     CHECK(failed.exit_code == 1);
-    CHECK(has(failed, "stock-in B2"));
-    CHECK(has(failed, "In_AddInventory():"));
+    CHECK(failed.has("stock-in B2"));
+    CHECK(failed.has("In_AddInventory():"));
     CHECK(shell.vantlo("ledger").output == before);
     CHECK(shell.vantlo("delete stock-in B2").exit_code == 1);
     const Finished twice = shell.vantlo("save first.json");
     CHECK(twice.exit_code == 1);
-    CHECK(has(twice, "UNIQUE constraint failed"));
+    CHECK(twice.has("UNIQUE constraint failed"));
     CHECK(shell.vantlo("ledger").output == before);
 }
 
@@ -126,8 +91,8 @@ TEST_CASE("vantlo takes all of a file or nothing, and names what is wrong with i
         shell.file("bad.json", row.content);
         const Finished finished = shell.vantlo("save bad.json");
         CHECK(finished.exit_code == 5);
-        CHECK(has(finished, "bad.json"));
-        CHECK_MESSAGE(has(finished, row.reason), finished.output);
+        CHECK(finished.has("bad.json"));
+        CHECK_MESSAGE(finished.has(row.reason), finished.output);
     }
     CHECK(shell.vantlo("save missing.json").exit_code == 5);
 }
@@ -140,7 +105,7 @@ TEST_CASE("vantlo answers a wrong command, a wrong kind and a database that cann
     shell.vantlo("init");
     const Finished unknown = shell.vantlo("delete gift B1");
     CHECK(unknown.exit_code == 2);
-    CHECK(has(unknown, "stock-in"));
+    CHECK(unknown.has("stock-in"));
     CHECK(shell.vantlo("--db sqlite:/no/such/folder/shop.db ledger").exit_code == 4);
     CHECK(shell.vantlo("--db 'Driver=none;' ledger").exit_code == 4);
 }
