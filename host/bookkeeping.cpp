@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include "automation/error.h"
-#include "automation/error_text.h"
 #include "dataaccess/platform.h"
 #include "dataaccess/sql_literals.h"
 
@@ -73,7 +72,8 @@ void collect_messages() {
 
 std::string take_messages() { return std::exchange(shown_messages, {}); }
 
-Bookkeeping::Bookkeeping(ObservedConnection& connection) : connection_(connection) {
+Bookkeeping::Bookkeeping(ObservedConnection& connection, Language language)
+    : connection_(connection), language_(language) {
     component_.let_DATAType(u"[Microsoft SQL Server]");  // whose date literals every native engine reads
     component_.set_ADOConn(&connection);
 }
@@ -143,7 +143,8 @@ void Bookkeeping::post(std::span<const MemberCall> calls, const Bill& bill) {
             const std::int32_t result = component_.call(member, arguments_for(call, bill, line));
             if (result == 0) return;
             throw PostingFailed(fmt::format("{} returned {} ({})\n{}{}", to_utf8(call.member), result,
-                                            to_utf8(standard_text(result)), take_messages(), connection_.account()));
+                                            to_utf8(standard_text(result, language_)), take_messages(),
+                                            connection_.account()));
         };
         if (!is_fed_lines(call)) post_one(nullptr);
         for (const Record& record : bill.lines) {

@@ -3,6 +3,7 @@
 #include <functional>
 #include <stdexcept>
 
+#include "automation/error_text.h"
 #include "component/inventory_class.h"
 #include "host/bill_file.h"
 #include "host/observed_connection.h"
@@ -18,7 +19,8 @@ class PostingFailed : public std::runtime_error {
 /// one transaction, through the component.
 class Bookkeeping {
 public:
-    explicit Bookkeeping(ObservedConnection& connection);
+    /// `language` is that of the error texts in PostingFailed; the component's own messages are Chinese.
+    explicit Bookkeeping(ObservedConnection& connection, Language language = Language::chinese);
     Bookkeeping(const Bookkeeping&) = delete;
     Bookkeeping& operator=(const Bookkeeping&) = delete;
     ~Bookkeeping();
@@ -41,6 +43,7 @@ private:
     void erase(const BillTable& table, const Text& id);
 
     ObservedConnection& connection_;
+    Language language_;
     Inventory_Class component_;
 };
 

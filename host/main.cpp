@@ -7,6 +7,7 @@
 #include <fstream>
 #include <iostream>
 #include <iterator>
+#include <map>
 
 #include "ado/open_connection.h"
 #include "automation/error.h"
@@ -25,6 +26,7 @@ enum ExitCode { done = 0, posting_failed = 1, usage = 2, no_database = 4, bad_in
 struct Options {
     std::string database = "vantlo.db";
     bool show_sql = false;
+    Language language = Language::chinese;
     std::vector<std::string> files;
     std::string kind;
     std::string id;
@@ -53,7 +55,7 @@ int save(NativeConnection& database, const Options& options) {
     std::vector<ShopFile> files;
     for (const std::string& path : options.files) files.push_back(read_shop_file(path));
     ObservedConnection connection = observed(database, options);
-    Bookkeeping bookkeeping(connection);
+    Bookkeeping bookkeeping(connection, options.language);
     std::size_t bills = 0, lines = 0;
     for (const ShopFile& file : files) {
         if (!file.master.empty()) bookkeeping.save_master(file.master);
@@ -76,7 +78,7 @@ int remove(NativeConnection& database, const Options& options) {
         return usage;
     }
     ObservedConnection connection = observed(database, options);
-    Bookkeeping(connection).remove(*kind, from_utf8(options.id));
+    Bookkeeping(connection, options.language).remove(*kind, from_utf8(options.id));
     std::cerr << fmt::format("Took {} {} back.\n", kind->name, options.id);
     return done;
 }
@@ -105,6 +107,10 @@ int main(int count, char** arguments) {
     app.add_option("--db", options.database, "Database: an SQLite file, sqlite:FILE, or an ODBC connection string")
         ->capture_default_str();
     app.add_flag("--show-sql", options.show_sql, "Show every statement on stderr as it is sent");
+    app.add_option("--lang", options.language, "Language of error texts: zh or en")
+        ->transform(
+            CLI::Transformer(std::map<std::string, Language>{{"zh", Language::chinese}, {"en", Language::english}}))
+        ->default_str("zh");
     app.add_subcommand("init", "Make the tables that are missing");
     app.add_subcommand("save", "Store bills and post them")
         ->add_option("FILE", options.files, "JSON files of master data and bills")
