@@ -2,9 +2,11 @@
 
 #include <chrono>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "ado/native_connection.h"
+#include "ado/sqlite/statement_cache.h"
 
 struct sqlite3;
 
@@ -13,12 +15,18 @@ namespace vantlo {
 struct SqliteOptions {
     bool may_create = true;                         ///< whether a file that does not exist is made
     std::chrono::milliseconds busy_time_out{5000};  ///< how long a statement waits for another connection's lock
+    bool lifts_literals = true;                     ///< whether statements that differ only in literals share one plan
 };
 
 /// An SQLite database: a file, or one in memory that lasts as long as the connection.
 ///
 /// A file is kept with a write-ahead log, so that readers and the one writer do not wait for each other, and a commit
 /// returns once it is on the disk: a saved bill survives a power cut.
+///
+/// Statements that differ only in their literals share one prepared statement. Results, failures and what is stored are
+/// those of the plain text; only the order of rows that no `order by` asks for can be another, and that on tables with
+/// indexes on part of the rows or on expressions.
+///
 /// Units    Quantities in `money` columns are stored as binary floating point (whole ones as integers) and read rounded
 ///          to four decimals. Adding and subtracting n quantities on one row, none of its values ever beyond m, reads
 ///          exact as long as n times the spacing of doubles at m stays under 0.00005: a million postings below 262 144
@@ -57,6 +65,7 @@ private:
     ~SqliteConnection() override = default;
 
     std::unique_ptr<sqlite3, Closer> database_;
+    std::optional<StatementCache> statement_cache_;  // after the database: it ends first
 };
 
 }  // namespace vantlo

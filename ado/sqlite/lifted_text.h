@@ -1,0 +1,46 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vantlo {
+
+/// A literal of a statement's text.
+struct Literal {
+    enum class Kind { text, integer, real };
+
+    Kind kind;
+    bool is_negative;           ///< of numbers: whether a minus sign belongs to it
+    std::string_view spelling;  ///< in the statement: the digits without the sign, the text between its quotes
+};
+
+/// A statement's text with its literals lifted out.
+/// Example  `… where id='G1' and Status=0` -> shape `… where id=? and Status=0`, literal text `G1`
+struct LiftedText {
+    std::string shape;
+    std::vector<Literal> literals;
+};
+
+/// Lifts the literals of a statement into `lifted`, whose memory is used again.
+///
+/// Shape    Every quoted text and every number becomes a `?`, except that whole numbers from -1 to 1 and those with
+///          leading zeros stay: the engine's planner looks at a comparison with -1, 0 or 1.
+/// Returns  whether each character was understood; not so with comments, names in quotes, parameters, semicolons,
+///          blobs, whole numbers beyond 18 digits, texts of more than 64 KiB, and whatever else is not plain.
+///          The literals look into `statement`.
+bool lift_literals(std::string_view statement, LiftedText& lifted);
+
+/// Whether a shape means with values bound to its marks what the statement meant with the literals in their places.
+///
+/// That holds for four forms, in which each mark is an operand of a comparison, an assignment or a value list:
+///
+///     select … from NAME … [where CONDITION] [order by NAME, …]     update NAME set NAME = SUM, … [where CONDITION]
+///     insert into NAME[(NAME, …)] values(SUM, …)                    delete from NAME [where CONDITION]
+///
+/// CONDITION is comparisons of two SUMs, joined by `and` and `or`; a SUM is names, marks, numbers and `null`, joined by
+/// `+ - * /`. There are no parentheses in either, no functions, and no keywords beyond those shown, the joins of a
+/// select and `asc` and `desc`.
+bool is_understood(std::string_view shape);
+
+}  // namespace vantlo
