@@ -15,6 +15,8 @@ template <typename... Functions>
 struct Overloaded : Functions... {
     using Functions::operator()...;
 };
+template <typename... Functions>
+Overloaded(Functions...) -> Overloaded<Functions...>;  // which clang before 17 cannot tell by itself
 
 // Calls `convert` with the number that a value stands for: an int32_t, a double, a Currency, or the text of one.
 template <typename Convert>
