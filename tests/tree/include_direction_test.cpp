@@ -1,9 +1,11 @@
 #include <doctest/doctest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
-#include <regex>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace {
@@ -17,8 +19,23 @@ struct Include {
     bool system = false;
 };
 
+/// What a line includes, or nothing when it is no `#include` line; `file` is left to the caller.
+std::optional<Include> include_of(std::string_view line) {
+    const auto skip = [&](std::string_view expected) {
+        line.remove_prefix(std::min(line.find_first_not_of(" \t"), line.size()));
+        if (!line.starts_with(expected)) return false;
+        line.remove_prefix(expected.size());
+        return true;
+    };
+    if (!skip("#") || !skip("include")) return std::nullopt;
+    const bool system = skip("<");
+    if (!system && !skip("\"")) return std::nullopt;
+    const auto end = line.find(system ? '>' : '"');
+    if (end == std::string_view::npos) return std::nullopt;
+    return Include{{}, std::string(line.substr(0, end)), system};
+}
+
 std::vector<Include> includes_below(const std::string& folder) {
-    static const std::regex line_form(R"(^\s*#\s*include\s*([<"])([^>"]+)[>"].*$)");
     const fs::path root = VANTLO_SOURCE_DIR;
     std::vector<Include> includes;
     for (const auto& entry : fs::recursive_directory_iterator(root / folder)) {
@@ -26,9 +43,10 @@ std::vector<Include> includes_below(const std::string& folder) {
         if (extension != ".h" && extension != ".cpp") continue;
         std::ifstream file(entry.path());
         for (std::string line; std::getline(file, line);) {
-            std::smatch match;
-            if (!std::regex_match(line, match, line_form)) continue;
-            includes.push_back({fs::relative(entry.path(), root).generic_string(), match[2], match[1] == "<"});
+            std::optional<Include> include = include_of(line);
+            if (!include) continue;
+            include->file = fs::relative(entry.path(), root).generic_string();
+            includes.push_back(*std::move(include));
         }
     }
     return includes;
