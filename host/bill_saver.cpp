@@ -8,7 +8,7 @@
 #include "automation/error.h"
 #include "dataaccess/sql_literals.h"
 
-namespace vantlo {
+namespace vantlo::host {
 
 namespace {
 
@@ -122,4 +122,4 @@ void BillSaver::pause(int failed_attempts) {
     std::this_thread::sleep_for(std::chrono::milliseconds(std::uniform_int_distribution<long>(0, longest)(random)));
 }
 
-}  // namespace vantlo
+}  // namespace vantlo::host

@@ -8,7 +8,7 @@
 
 #include "ado/native_connection.h"
 
-namespace vantlo {
+namespace vantlo::host {
 
 /// Opens a connection. Errors: Failure.
 using Connect = std::function<Owned<NativeConnection>()>;
@@ -64,4 +64,4 @@ private:
     long retries_ = 0;
 };
 
-}  // namespace vantlo
+}  // namespace vantlo::host

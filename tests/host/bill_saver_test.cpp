@@ -13,6 +13,8 @@
 namespace vantlo::test {
 namespace {
 
+using namespace vantlo::host;
+
 /// What goes wrong at one of the calls, counted over all connections.
 struct Fault {
     enum class Kind {

@@ -19,6 +19,8 @@
 namespace vantlo::test {
 namespace {
 
+using namespace vantlo::host;
+
 constexpr int writers = 16;
 constexpr int bills_per_writer = 12;
 constexpr int goods = 3;
