@@ -46,8 +46,9 @@ public:
     ///
     /// Returns  0 once the bill is in the database, and if it was there already; else what the last attempt returned, with
     ///          nothing in the database.
-    /// Errors   Failure, as the last attempt raised it, or as a statement of the bill did that the bill passed over. After a lost connection, whether the bill is in the database is
-    ///          known only by its marker: saving it again under the same one is always right.
+    /// Errors   Failure, as the last attempt raised it, or as a statement of the bill did that the bill passed over. After
+    ///          a lost connection, whether the bill is in the database is known only by its marker: saving it again under
+    ///          the same one is always right.
     std::int32_t save(TextView marker, const Bill& bill);
 
     /// How many attempts after the first all calls together have made.
