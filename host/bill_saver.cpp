@@ -35,7 +35,8 @@ bool insert_marker(NativeConnection& connection, TextView marker) {
 /// with the error number as the factor.
 class WatchedConnection final : public NativeConnection {
 public:
-    explicit WatchedConnection(NativeConnection& inner) : inner_(inner) {}
+    WatchedConnection(NativeConnection& inner, std::optional<Failure>& first_failure)
+        : inner_(inner), first_failure_(first_failure) {}
 
     ResultTable run(TextView statement) override {
         raise_first_failure();
@@ -59,7 +60,7 @@ public:
 
 private:
     NativeConnection& inner_;
-    std::optional<Failure> first_failure_;
+    std::optional<Failure>& first_failure_;
 };
 
 }  // namespace
@@ -78,39 +79,43 @@ Connect connect_in_turn(std::vector<std::string> databases) {
     };
 }
 
-std::int32_t BillSaver::save(TextView marker, const Bill& bill) {
+std::int32_t BillSaver::save(TextView marker, const Work& work) {
+    standing_key_.clear();
     for (int failed_attempts = 0;; pause(failed_attempts)) {
         const bool is_last = ++failed_attempts == policy_.attempts;
         try {
-            const std::int32_t result = attempt(marker, bill);
+            const std::int32_t result = attempt(marker, work);
             if (result == 0) return 0;
-            if (end_failed_attempt() == Remedy::none || is_last) return result;
-        } catch (const Failure&) {
-            if (end_failed_attempt() == Remedy::none || is_last) throw;
+            if (!roll_back_for_another() || is_last) return result;
+        } catch (...) {
+            if (!roll_back_for_another() || is_last) throw;
         }
     }
 }
 
-std::int32_t BillSaver::attempt(TextView marker, const Bill& bill) {
+std::int32_t BillSaver::attempt(TextView marker, const Work& work) {
+    first_failure_.reset();
     if (!connection_) connection_ = connect_();
     NativeConnection& connection = **connection_;
     connection.begin();
     if (!insert_marker(connection, marker)) return 0;
-    const Owned<WatchedConnection> watched(new WatchedConnection(connection));
-    const std::int32_t result = bill(*watched);
+    const Owned<WatchedConnection> watched(new WatchedConnection(connection, first_failure_));
+    const std::int32_t result = work(*watched);
     if (result != 0) return result;
     watched->raise_first_failure();
     connection.commit();
     return 0;
 }
 
-/// Rolls back, and lets go of a connection that is lost. Returns what helps.
-Remedy BillSaver::end_failed_attempt() {
-    if (!connection_) return Remedy::connect_again;
+bool BillSaver::roll_back_for_another() {
+    if (!connection_) return true;
     const Remedy remedy = (*connection_)->remedy();
     (*connection_)->roll_back();
     if (remedy == Remedy::connect_again) connection_.reset();
-    return remedy;
+    const bool is_key = first_failure_ && first_failure_->number() == error::constraint_violated;
+    const std::string key_before = std::exchange(standing_key_, is_key ? first_failure_->what() : "");
+    if (is_key && key_before == standing_key_) return false;
+    return remedy != Remedy::none;
 }
 
 void BillSaver::pause(int failed_attempts) {

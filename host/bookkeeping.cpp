@@ -2,7 +2,9 @@
 
 #include <fmt/format.h>
 
-#include "automation/error.h"
+#include <random>
+
+#include "component/inventory_class.h"
 #include "dataaccess/platform.h"
 #include "dataaccess/sql_literals.h"
 
@@ -72,54 +74,76 @@ void collect_messages() {
 
 std::string take_messages() { return std::exchange(shown_messages, {}); }
 
-Bookkeeping::Bookkeeping(ObservedConnection& connection, Language language)
-    : connection_(connection), language_(language) {
-    component_.let_DATAType(u"[Microsoft SQL Server]");  // whose date literals every native engine reads
-    component_.set_ADOConn(&connection);
+/// The work of one transaction, on the connection that it is open on.
+class Bookkeeping::Session {
+public:
+    Session(NativeConnection& database, const ObservedConnection::Show& show, Language language)
+        : connection_(database, show), language_(language) {
+        component_.let_DATAType(u"[Microsoft SQL Server]");  // whose date literals every native engine reads
+        component_.set_ADOConn(&connection_);
+    }
+    Session(const Session&) = delete;
+    Session& operator=(const Session&) = delete;
+    ~Session() { component_.set_ADOConn(nullptr); }
+
+    void store(const Bill& bill);
+    Bill stored(const BillKind& kind, const Text& id);
+    void post(std::span<const MemberCall> calls, const Bill& bill);
+    void insert(const char16_t* table, const Record& record);
+    void erase(const BillTable& table, const Text& id);
+
+private:
+    std::vector<Record> read_lines(const BillTable& table, const Text& id);
+
+    ObservedConnection connection_;
+    Language language_;
+    Inventory_Class component_;
+};
+
+Bookkeeping::Bookkeeping(Connect connect, ObservedConnection::Show show, Language language)
+    : saver_(std::move(connect)), show_(std::move(show)), language_(language) {
+    std::random_device random;
+    for (int word = 0; word < 4; ++word) name_ += from_utf8(fmt::format("{:08x}", random()));
 }
 
-Bookkeeping::~Bookkeeping() { component_.set_ADOConn(nullptr); }
-
 void Bookkeeping::save_master(const std::vector<MasterRow>& rows) {
-    in_transaction("master data", [&] {
-        for (const MasterRow& row : rows) insert(row.table, row.values);
+    in_transaction("master data", [&](Session& session) {
+        for (const MasterRow& row : rows) session.insert(row.table, row.values);
     });
 }
 
 void Bookkeeping::save(const Bill& bill) {
-    in_transaction(fmt::format("{} {}", bill.kind->name, to_utf8(bill.id)), [&] {
-        store(bill);
-        post(bill.kind->post, bill);
+    in_transaction(fmt::format("{} {}", bill.kind->name, to_utf8(bill.id)), [&](Session& session) {
+        session.store(bill);
+        session.post(bill.kind->post, bill);
     });
 }
 
 void Bookkeeping::remove(const BillKind& kind, const Text& id) {
-    in_transaction(fmt::format("{} {}", kind.name, to_utf8(id)), [&] {
-        const RecordsetVariable header =
-            connection_.execute(Text(u"select * from ") + kind.header->name + where_id(*kind.header, id));
-        if (header->eof() || to_text(header->field(u"Kind")) != from_utf8(kind.name)) {
-            throw PostingFailed("there is no such bill");
-        }
-        const Bill bill{&kind, id, read_row(*header, kind.header->columns), read_lines(*kind.lines, id)};
-        post(kind.take_back, bill);
-        erase(*kind.lines, id);
-        erase(*kind.header, id);
+    in_transaction(fmt::format("{} {}", kind.name, to_utf8(id)), [&](Session& session) {
+        session.post(kind.take_back, session.stored(kind, id));
+        session.erase(*kind.lines, id);
+        session.erase(*kind.header, id);
     });
 }
 
-void Bookkeeping::in_transaction(const std::string& what, const std::function<void()>& body) {
-    NativeConnection& database = connection_.database();
-    database.begin();
+void Bookkeeping::in_transaction(const std::string& what, const std::function<void(Session&)>& body) {
+    const auto work = [&](NativeConnection& database) {
+        take_messages();  // those of an attempt that failed
+        Session session(database, show_, language_);
+        body(session);
+        return std::int32_t{0};
+    };
     try {
-        body();
-        database.commit();
+        saver_.save(next_marker(), work);
     } catch (const std::exception& failure) {
-        database.roll_back();
         throw PostingFailed(fmt::format("{}: {}", what, failure.what()));
     }
 }
 
-void Bookkeeping::store(const Bill& bill) {
+Text Bookkeeping::next_marker() { return name_ + from_utf8(fmt::format("-{}", ++savings_)); }
+
+void Bookkeeping::Session::store(const Bill& bill) {
     const BillTable& header = *bill.kind->header;
     Record row;
     row.set(header.id_column, bill.id);
@@ -136,7 +160,16 @@ void Bookkeeping::store(const Bill& bill) {
     }
 }
 
-void Bookkeeping::post(std::span<const MemberCall> calls, const Bill& bill) {
+Bill Bookkeeping::Session::stored(const BillKind& kind, const Text& id) {
+    const RecordsetVariable header =
+        connection_.execute(Text(u"select * from ") + kind.header->name + where_id(*kind.header, id));
+    if (header->eof() || to_text(header->field(u"Kind")) != from_utf8(kind.name)) {
+        throw PostingFailed("there is no such bill");
+    }
+    return {&kind, id, read_row(*header, kind.header->columns), read_lines(*kind.lines, id)};
+}
+
+void Bookkeeping::Session::post(std::span<const MemberCall> calls, const Bill& bill) {
     for (const MemberCall& call : calls) {
         const Member& member = *find_method(call.member);
         const auto post_one = [&](Line* line) {
@@ -155,7 +188,7 @@ void Bookkeeping::post(std::span<const MemberCall> calls, const Bill& bill) {
     }
 }
 
-void Bookkeeping::insert(const char16_t* table, const Record& record) {
+void Bookkeeping::Session::insert(const char16_t* table, const Record& record) {
     Text columns;
     Text values;
     for (const Record::Field& field : record.fields()) {
@@ -166,7 +199,7 @@ void Bookkeeping::insert(const char16_t* table, const Record& record) {
     connection_.execute(Text(u"insert into ") + table + u"(" + columns + u") values(" + values + u")");
 }
 
-std::vector<Record> Bookkeeping::read_lines(const BillTable& table, const Text& id) {
+std::vector<Record> Bookkeeping::Session::read_lines(const BillTable& table, const Text& id) {
     const RecordsetVariable rows =
         connection_.execute(Text(u"select * from ") + table.name + where_id(table, id) + u" order by ItemNo");
     std::vector<Record> lines;
@@ -174,7 +207,7 @@ std::vector<Record> Bookkeeping::read_lines(const BillTable& table, const Text& 
     return lines;
 }
 
-void Bookkeeping::erase(const BillTable& table, const Text& id) {
+void Bookkeeping::Session::erase(const BillTable& table, const Text& id) {
     connection_.execute(Text(u"delete from ") + table.name + where_id(table, id));
 }
 

@@ -4,8 +4,8 @@
 #include <stdexcept>
 
 #include "automation/error_text.h"
-#include "component/inventory_class.h"
 #include "host/bill_file.h"
+#include "host/bill_saver.h"
 #include "host/observed_connection.h"
 
 namespace vantlo::host {
@@ -16,14 +16,13 @@ class PostingFailed : public std::runtime_error {
 };
 
 /// Keeps bills and the ledger of one database together: every bill is stored and posted, or taken back and deleted, in
-/// one transaction, through the component.
+/// one transaction, through the component, and again after a conflict or a lost connection (BillSaver).
 class Bookkeeping {
 public:
-    /// `language` is that of the error texts in PostingFailed; the component's own messages are Chinese.
-    explicit Bookkeeping(ObservedConnection& connection, Language language = Language::chinese);
-    Bookkeeping(const Bookkeeping&) = delete;
-    Bookkeeping& operator=(const Bookkeeping&) = delete;
-    ~Bookkeeping();
+    /// `show` sees every statement of a bill as it is sent; `language` is that of the error texts in PostingFailed, the
+    /// component's own messages are Chinese.
+    /// Errors   Failure, if no connection can be opened.
+    explicit Bookkeeping(Connect connect, ObservedConnection::Show show = {}, Language language = Language::chinese);
 
     /// Stores master rows in one transaction; a row that is there already is replaced.
     void save_master(const std::vector<MasterRow>& rows);
@@ -34,17 +33,20 @@ public:
     /// Takes a stored bill back and deletes it. Errors: PostingFailed; also if there is no such bill.
     void remove(const BillKind& kind, const Text& id);
 
-private:
-    void in_transaction(const std::string& what, const std::function<void()>& body);
-    void store(const Bill& bill);
-    void post(std::span<const MemberCall> calls, const Bill& bill);
-    void insert(const char16_t* table, const Record& record);
-    std::vector<Record> read_lines(const BillTable& table, const Text& id);
-    void erase(const BillTable& table, const Text& id);
+    /// How many attempts after the first all calls together have made.
+    [[nodiscard]] long retries() const { return saver_.retries(); }
 
-    ObservedConnection& connection_;
+private:
+    class Session;
+
+    void in_transaction(const std::string& what, const std::function<void(Session&)>& body);
+    [[nodiscard]] Text next_marker();
+
+    BillSaver saver_;
+    ObservedConnection::Show show_;
     Language language_;
-    Inventory_Class component_;
+    Text name_;  ///< no other Bookkeeping has it, in any process
+    long savings_ = 0;
 };
 
 /// Shows the messages of the component to the host: the platform's presenter, which keeps them until they are taken.

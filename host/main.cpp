@@ -9,7 +9,6 @@
 #include <iterator>
 #include <map>
 
-#include "ado/open_connection.h"
 #include "automation/error.h"
 #include "host/bookkeeping.h"
 #include "host/ledger_view.h"
@@ -24,7 +23,7 @@ using namespace vantlo::host;
 enum ExitCode { done = 0, posting_failed = 1, usage = 2, no_database = 4, bad_input = 5 };
 
 struct Options {
-    std::string database = "vantlo.db";
+    std::vector<std::string> databases = {"vantlo.db"};
     bool show_sql = false;
     Language language = Language::chinese;
     std::vector<std::string> files;
@@ -40,9 +39,9 @@ std::string connection_text(const std::string& database) {
     return names_a_driver ? database : "sqlite:" + database;
 }
 
-ObservedConnection observed(NativeConnection& database, const Options& options) {
-    if (!options.show_sql) return ObservedConnection(database);
-    return ObservedConnection(database, [](TextView statement) { std::cerr << to_utf8(statement) << '\n'; });
+ObservedConnection::Show shown(const Options& options) {
+    if (!options.show_sql) return {};
+    return [](TextView statement) { std::cerr << to_utf8(statement) << '\n'; };
 }
 
 int init(NativeConnection& database) {
@@ -51,11 +50,10 @@ int init(NativeConnection& database) {
     return done;
 }
 
-int save(NativeConnection& database, const Options& options) {
+int save(const Connect& connect, const Options& options) {
     std::vector<ShopFile> files;
     for (const std::string& path : options.files) files.push_back(read_shop_file(path));
-    ObservedConnection connection = observed(database, options);
-    Bookkeeping bookkeeping(connection, options.language);
+    Bookkeeping bookkeeping(connect, shown(options), options.language);
     std::size_t bills = 0, lines = 0;
     for (const ShopFile& file : files) {
         if (!file.master.empty()) bookkeeping.save_master(file.master);
@@ -69,7 +67,7 @@ int save(NativeConnection& database, const Options& options) {
     return done;
 }
 
-int remove(NativeConnection& database, const Options& options) {
+int remove(const Connect& connect, const Options& options) {
     const BillKind* const kind = find_bill_kind(options.kind);
     if (kind == nullptr) {
         std::string names;
@@ -77,8 +75,7 @@ int remove(NativeConnection& database, const Options& options) {
         std::cerr << fmt::format("vantlo: there is no kind of bill \"{}\"; the kinds are\n{}", options.kind, names);
         return usage;
     }
-    ObservedConnection connection = observed(database, options);
-    Bookkeeping(connection, options.language).remove(*kind, from_utf8(options.id));
+    Bookkeeping(connect, shown(options), options.language).remove(*kind, from_utf8(options.id));
     std::cerr << fmt::format("Took {} {} back.\n", kind->name, options.id);
     return done;
 }
@@ -89,12 +86,14 @@ int show_ledger(NativeConnection& database, const Options& options) {
 }
 
 int run(const CLI::App& app, const Options& options) {
-    const auto database = open_connection(connection_text(options.database));
+    std::vector<std::string> databases;
+    for (const std::string& database : options.databases) databases.push_back(connection_text(database));
+    const Connect connect = connect_in_turn(databases);
     collect_messages();
-    if (app.got_subcommand("init")) return init(*database);
-    if (app.got_subcommand("save")) return save(*database, options);
-    if (app.got_subcommand("delete")) return remove(*database, options);
-    return show_ledger(*database, options);
+    if (app.got_subcommand("init")) return init(*connect());
+    if (app.got_subcommand("save")) return save(connect, options);
+    if (app.got_subcommand("delete")) return remove(connect, options);
+    return show_ledger(*connect(), options);
 }
 
 }  // namespace
@@ -104,8 +103,11 @@ int main(int count, char** arguments) {
     CLI::App app("Keeps a shop's stock ledger in step with its bills.", "vantlo");
     app.require_subcommand(1);
     app.fallthrough();
-    app.add_option("--db", options.database, "Database: an SQLite file, sqlite:FILE, or an ODBC connection string")
-        ->capture_default_str();
+    app.add_option(
+           "--db", options.databases,
+           "Database: an SQLite file, sqlite:FILE, or an ODBC connection string; once for each node of a cluster")
+        ->allow_extra_args(false)
+        ->default_str("vantlo.db");
     app.add_flag("--show-sql", options.show_sql, "Show every statement on stderr as it is sent");
     app.add_option("--lang", options.language, "Language of error texts: zh or en")
         ->transform(

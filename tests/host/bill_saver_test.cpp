@@ -170,16 +170,19 @@ TEST_CASE("BillSaver gives a bill's own result back, rolled back and without ano
     CHECK(shop.ledger().empty());
 }
 
-TEST_CASE("BillSaver gives up after its attempts and raises the last failure") {
+TEST_CASE("BillSaver says at once that nobody answers, and later gives up after its attempts with the last failure") {
+    const Shop shop;
+    Fault lost{Fault::Kind::lost, 1};
     int asked = 0;
-    BillSaver saver(
-        [&asked]() -> Owned<NativeConnection> {
-            ++asked;
-            throw Failure(error::unspecified, "nobody answers");
-        },
-        {.attempts = 3, .first_pause = {}, .longest_pause = {}});
+    const Connect connect_once = [&]() -> Owned<NativeConnection> {
+        if (++asked > 1) throw Failure(error::unspecified, "nobody answers");
+        return Owned<NativeConnection>(new FaultyConnection(shop.open(), lost));
+    };
+    BillSaver saver(connect_once, {.attempts = 3, .first_pause = {}, .longest_pause = {}});
     CHECK(caught([&] { saver.save(u"bill 1", post); }).account == "nobody answers");
     CHECK(asked == 3);
+    CHECK(caught([&] { BillSaver(connect_once, {}); }).account == "nobody answers");
+    CHECK(asked == 4);
 }
 
 TEST_CASE("Two savings under one marker post one bill") {

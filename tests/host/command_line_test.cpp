@@ -98,6 +98,13 @@ TEST_CASE("vantlo takes all of a file or nothing, and names what is wrong with i
     CHECK(shell.vantlo("save missing.json").exit_code == 5);
 }
 
+TEST_CASE("vantlo takes the first database of a list that it can open") {
+    const Shell shell;
+    CHECK(shell.vantlo("--db sqlite:/no/such/folder/shop.db --db shop.db init").exit_code == 0);
+    CHECK(shell.vantlo("--db shop.db ledger").exit_code == 0);
+    CHECK(shell.vantlo("--db vantlo.db ledger").exit_code == 4);
+}
+
 TEST_CASE("vantlo answers a wrong command, a wrong kind and a database that cannot be opened by their exit codes") {
     const Shell shell;
     CHECK(shell.vantlo("").exit_code == 2);

@@ -6,15 +6,14 @@
 #include <thread>
 
 #include "ado/open_connection.h"
-#include "component/inventory_class.h"
-#include "dataaccess/platform.h"
-#include "host/bill_saver.h"
+#include "host/bookkeeping.h"
+#include "tests/host/stock_bills.h"
 #include "tests/support/recording.h"
 #include "tests/support/servers.h"
 #include "tests/support/test_database.h"
 
-// Many sessions save bills at once, each its own object on its own thread and connection, all of them on the same few
-// ledger rows.
+// Many sessions save bills and take some back, each on its own thread and connection, all of them on the same few ledger
+// rows.
 
 namespace vantlo::test {
 namespace {
@@ -25,47 +24,34 @@ constexpr int writers = 16;
 constexpr int bills_per_writer = 12;
 constexpr int goods = 3;
 
-/// Moves `quantity` units of a goods item from one warehouse to another through the component.
-std::int32_t move_goods(NativeConnection& connection, const Text& gid, bool forward, float quantity) {
-    Recorder reads;
-    RecordedLine line(reads, {{"Gid", gid},
-                              {"Unit", u"pcs"},
-                              {"Actualqty", quantity},
-                              {"Receiver", forward ? u"W1" : u"W2"},
-                              {"Supplier", forward ? u"W2" : u"W1"},
-                              {"Model1", u"red"},
-                              {"Model2", u""},
-                              {"Class", u"C1"},
-                              {"Remarks", u""}});
-    Inventory_Class object;
-    object.set_ADOConn(&connection);
-    const std::int32_t result = object.call(u"AddInventory_Db", {line});
-    object.set_ADOConn(nullptr);
-    return result;
-}
+Text goods_name(int item) { return from_utf8("G" + std::to_string(item)); }
 
-/// What a goods item has moved, by all bills together.
+/// What a goods item has moved by the bills that are kept, and how many these are.
 struct Moved {
     std::atomic<int> forward{0};
     std::atomic<int> backward{0};
+    std::atomic<int> bills{0};
 };
 
-/// Saves one writer's bills. Returns how many attempts failed.
-long save_bills(const Connect& connect, int writer, std::array<Moved, goods>& moved, std::atomic<int>& refused) {
-    BillSaver saver(connect);
-    for (int bill = 0; bill < bills_per_writer; ++bill) {
-        const auto item = static_cast<std::size_t>((writer + bill) % goods);
-        const bool forward = (writer + bill / goods) % 3 != 0;
-        const int quantity = bill + 1;
-        const std::string name = std::to_string(writer) + "/" + std::to_string(bill);
-        const std::int32_t result = saver.save(from_utf8(name), [&](NativeConnection& connection) {
-            const Text gid = from_utf8("G" + std::to_string(item));
-            return move_goods(connection, gid, forward, static_cast<float>(quantity));
-        });
-        if (result != 0) ++refused;
-        (forward ? moved[item].forward : moved[item].backward) += quantity;
+/// Saves one writer's bills, and takes every fourth back. Returns how many attempts failed.
+long save_bills(const Connect& connect, int writer, std::array<Moved, goods>& moved) {
+    Bookkeeping bookkeeping(connect);
+    for (int number = 0; number < bills_per_writer; ++number) {
+        const int item = (writer + number) % goods;
+        const bool forward = (writer + number / goods) % 3 != 0;
+        const int quantity = number + 1;
+        const Bill bill = stock_bill(from_utf8(std::to_string(writer) + "/" + std::to_string(number)), goods_name(item),
+                                     quantity, forward ? u"W1" : u"W2", forward ? u"W2" : u"W1");
+        bookkeeping.save(bill);
+        if (number % 4 == 3) {
+            bookkeeping.remove(*bill.kind, bill.id);
+            continue;
+        }
+        Moved& of_item = moved[static_cast<std::size_t>(item)];
+        (forward ? of_item.forward : of_item.backward) += quantity;
+        ++of_item.bills;
     }
-    return saver.retries();
+    return bookkeeping.retries();
 }
 
 /// Lets all writers save their bills at once, and checks every row of the ledger.
@@ -77,17 +63,25 @@ void check_writers(const Server& server, const char* settings) {
         return connection;
     };
     std::array<Moved, goods> moved;
-    std::atomic<int> refused{0};
     std::atomic<long> retries{0};
+    std::atomic<int> refused{0};
     {
         std::vector<std::jthread> threads;
         for (int writer = 0; writer < writers; ++writer) {
-            threads.emplace_back([&, writer] { retries += save_bills(connect, writer, moved, refused); });
+            threads.emplace_back([&, writer] {
+                try {
+                    retries += save_bills(connect, writer, moved);
+                } catch (const std::exception& failure) {
+                    ++refused;
+                    MESSAGE(std::string(failure.what()));
+                }
+            });
         }
     }
     CHECK(refused.load() == 0);
 
     std::vector<std::string> expected;
+    int bills = 0;
     for (std::size_t item = 0; item < goods; ++item) {
         const int forward = moved[item].forward;
         const int backward = moved[item].backward;
@@ -98,28 +92,47 @@ void check_writers(const Server& server, const char* settings) {
         };
         row("W1", forward, backward);
         row("W2", backward, forward);
+        bills += moved[item].bills;
     }
     std::ranges::sort(expected);
     const Owned<OdbcConnection> reader = server.connect();
     CHECK(joined(read_ledger(*reader)) == joined(expected));
-    CHECK(to_long(only_value(*reader, u"select count(*) from SavedBill")) == writers * bills_per_writer);
+    CHECK(to_long(only_value(*reader, u"select count(*) from StockBill")) == bills);
+    CHECK(to_long(only_value(*reader, u"select count(*) from StockBillItems")) == bills);
     MESSAGE(server.dialect << " " << std::string(settings) << ": " << writers * bills_per_writer << " bills by "
                            << writers << " writers, " << retries.load() << " attempts failed and were made again");
 }
+
+/// An empty ledger and no bills for the length of a test, with the unique key or without it.
+class EmptyShop {
+public:
+    EmptyShop(const Server& server, bool with_key) : owner_(server.connect()) {
+        owner_->run_script(schema_of(server.dialect));
+        owner_->run_script(emptying);
+        if (!with_key) return;
+        owner_->run_script(schema_of(server.dialect + "-unique"));
+        drop_key_ = server.dialect == "mariadb" ? "drop index InventoryUniqueKey on Inventory"
+                                                : "drop index InventoryUniqueKey";
+    }
+    EmptyShop(const EmptyShop&) = delete;
+    EmptyShop& operator=(const EmptyShop&) = delete;
+    ~EmptyShop() { owner_->run_script(emptying + drop_key_); }
+
+private:
+    inline static const std::string emptying =
+        "delete from Inventory; delete from StockBill; delete from StockBillItems; delete from SavedBill;";
+
+    Owned<OdbcConnection> owner_;
+    std::string drop_key_;
+};
 
 TEST_CASE("16 writers on the same few rows leave exact sums and one row a key, with the unique key") {
     for (const Server& server : servers()) {
         for (const char* settings : {"", "Protocol=7.4-0"}) {
             if (*settings != '\0' && server.dialect != "postgresql") continue;
             INFO(server.dialect << " " << std::string(settings));
-            const Owned<OdbcConnection> owner = server.connect();
-            owner->run_script(schema_of(server.dialect));
-            owner->run_script("delete from Inventory; delete from SavedBill");
-            owner->run_script(schema_of(server.dialect + "-unique"));
+            const EmptyShop shop(server, true);
             check_writers(server, settings);
-            owner->run_script("delete from Inventory; delete from SavedBill");
-            owner->run(server.dialect == "mariadb" ? u"drop index InventoryUniqueKey on Inventory"
-                                                   : u"drop index InventoryUniqueKey");
         }
     }
 }
@@ -127,14 +140,34 @@ TEST_CASE("16 writers on the same few rows leave exact sums and one row a key, w
 TEST_CASE("16 writers need no unique key where the rows are there already") {
     for (const Server& server : servers()) {
         INFO(server.dialect);
-        const Owned<OdbcConnection> owner = server.connect();
-        owner->run_script(schema_of(server.dialect));
-        owner->run_script("delete from Inventory; delete from SavedBill");
+        const EmptyShop shop(server, false);
+        Bookkeeping bookkeeping(connect_in_turn({server.connection_string}));
         for (int item = 0; item < goods; ++item) {
-            CHECK(move_goods(*owner, from_utf8("G" + std::to_string(item)), true, 0) == 0);
+            const Bill bill = stock_bill(goods_name(item), goods_name(item), 1, u"W1", u"W2");
+            bookkeeping.save(bill);
+            bookkeeping.remove(*bill.kind, bill.id);
         }
         check_writers(server, "");
-        owner->run_script("delete from Inventory; delete from SavedBill");
+    }
+}
+
+TEST_CASE("A bill whose id is there already is refused at its second attempt, and stays as it was") {
+    for (const Server& server : servers()) {
+        INFO(server.dialect);
+        const EmptyShop shop(server, true);
+        const Bill bill = stock_bill(u"B1", u"G1", 2, u"W1", u"W2");
+        Bookkeeping bookkeeping(connect_in_turn({server.connection_string}));
+        bookkeeping.save(bill);
+        std::string account;
+        try {
+            bookkeeping.save(bill);
+        } catch (const PostingFailed& failure) {
+            account = failure.what();
+        }
+        CHECK(account.starts_with("stock B1: ODBC "));
+        CHECK(bookkeeping.retries() == 1);
+        CHECK(joined(read_ledger(*server.connect())) == joined({"W1 G1 red '' 0 | in 2 out 0 current 2 | C1 pcs ''",
+                                                                "W2 G1 red '' 0 | in 0 out 2 current -2 | C1 pcs ''"}));
     }
 }
 
