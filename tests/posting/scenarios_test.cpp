@@ -5,17 +5,10 @@
 
 #include "automation/error_text.h"
 #include "component/member_table.h"
-#include "tests/support/scenario_runner.h"
+#include "tests/support/scenario_check.h"
 
 namespace vantlo::test {
 namespace {
-
-constexpr const char* scenario_folder = VANTLO_SOURCE_DIR "/tests/scenarios";
-
-const std::vector<Scenario>& scenarios() {
-    static const std::vector<Scenario> all = read_scenario_folder(scenario_folder);
-    return all;
-}
 
 bool changes_rows(const Event& event) {
     return event.what == "execute" && (event.text.starts_with("update") || event.text.starts_with("insert"));
@@ -37,29 +30,9 @@ bool shows(const Recorder& recorder, std::string_view beginning) {
     return std::ranges::any_of(messages, [&](const auto& message) { return message.starts_with(beginning); });
 }
 
-void check_ledger(const std::vector<std::string>& expected, const std::vector<std::string>& actual) {
-    std::vector<std::string> unmatched = actual;
-    for (const std::string& row : expected) {
-        const auto found = std::ranges::find_if(unmatched, [&](const auto& other) { return matches(row, other); });
-        CHECK_MESSAGE(found != unmatched.end(), "missing from the ledger: " << row);
-        if (found != unmatched.end()) unmatched.erase(found);
-    }
-    for (const std::string& row : unmatched) FAIL_CHECK("not expected in the ledger: " << row);
-}
-
-void check(const std::vector<Scenario>& told, TestDatabase& database) {
-    for (const Scenario& scenario : told) {
-        INFO(scenario.where());
-        const Outcome outcome = run_scenario(scenario, database);
-        CHECK(outcome.result == scenario.result);
-        CHECK(joined(outcome.recorder.trace(scenario.detail)) == joined(scenario.trace));
-        check_ledger(database.expected_ledger(scenario), outcome.ledger);
-    }
-}
-
 TEST_CASE("Every scenario returns its result, sends its statements and leaves its ledger") {
     const auto database = make_test_database();
-    check(scenarios(), *database);
+    check_scenarios(all_scenarios(), *database);
 }
 
 TEST_CASE("Where a bill has several header rows, the first counts") {
@@ -69,14 +42,14 @@ TEST_CASE("Where a bill has several header rows, the first counts") {
         database->connection().execute(u"drop table " + table);
         database->connection().execute(u"alter table Copied rename to " + table);
     }
-    const std::vector<Scenario> told = read_scenario_folder(std::string(scenario_folder) + "/without_keys");
+    const std::vector<Scenario> told = read_scenario_folder(scenario_folder + "/without_keys");
     CHECK(!told.empty());
-    check(told, *database);
+    check_scenarios(told, *database);
 }
 
 TEST_CASE("Every posting member has scenarios") {
     std::set<std::string> told;
-    for (const Scenario& scenario : scenarios()) told.insert(scenario.member);
+    for (const Scenario& scenario : all_scenarios()) told.insert(scenario.member);
     for (const Member& member : member_table()) {
         if (member.kind == MemberKind::method) CHECK_MESSAGE(told.contains(to_utf8(member.name)), to_utf8(member.name));
     }
@@ -122,13 +95,13 @@ std::vector<std::string> events_of_failure(const Recorder& baseline, const Recor
 TEST_CASE("A failure of any call, read or close gives its number, at most one message, and nothing after it") {
     const auto database = make_test_database();
     int points = 0;
-    for (const Scenario& scenario : scenarios()) {
+    for (const Scenario& scenario : all_scenarios()) {
         INFO(scenario.where());
         const Outcome whole = run_scenario(scenario, *database);
         const Member& member = *find_method(from_utf8(scenario.member));
         for (int n = 1; n <= whole.recorder.steps; ++n) {
             INFO("step " << n);
-            const Outcome failed = run_scenario(scenario, *database, n);
+            const Outcome failed = run_scenario(scenario, *database, {.at = n});
             ++points;
             const auto hit = static_cast<std::size_t>(failed.recorder.failed_event);
             REQUIRE(hit < failed.recorder.events.size());
@@ -158,7 +131,7 @@ TEST_CASE("A failure of any call, read or close gives its number, at most one me
             }
         }
     }
-    MESSAGE(points << " fault points of " << scenarios().size() << " scenarios, all of them tried");
+    MESSAGE(points << " fault points of " << all_scenarios().size() << " scenarios, all of them tried");
 }
 
 }  // namespace

@@ -34,17 +34,16 @@ std::int32_t call_member(const Scenario& scenario, Connection& connection, Line&
     return result;
 }
 
-Outcome run_scenario(const Scenario& scenario, TestDatabase& database, int fail_at, ErrorNumber fail_with,
-                     const std::function<void()>& before_call) {
+Outcome run_scenario(const Scenario& scenario, TestDatabase& database, Fault fault, const Call& call) {
     database.fill(scenario.given);
     Outcome outcome;
-    outcome.recorder.fail_at = fail_at;
-    outcome.recorder.fail_with = fail_with;
+    outcome.recorder.fail_at = fault.at;
+    outcome.recorder.fail_with = fault.number;
     {
         const RecordingPlatform platform(outcome.recorder);
         RecordingConnection connection(outcome.recorder, database.component_connection());
         RecordedLine line(outcome.recorder, scenario.line);
-        outcome.result = call_member(scenario, connection, line, before_call);
+        outcome.result = call ? call(scenario, connection, line) : call_member(scenario, connection, line);
         set_project_connection(nullptr);
         if (connection.references != 0) throw std::runtime_error(scenario.where() + ": a reference is left");
     }

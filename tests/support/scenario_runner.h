@@ -15,13 +15,20 @@ struct Outcome {
     std::vector<std::string> ledger;
 };
 
-/// Fills the database, calls the member on a recording connection and platform, and reads the ledger.
-/// With `fail_at` the n-th step of the call fails under the number `fail_with`; `before_call` runs right before the call.
-Outcome run_scenario(const Scenario& scenario, TestDatabase& database, int fail_at = 0, ErrorNumber fail_with = 1004,
-                     const std::function<void()>& before_call = {});
+/// How a scenario's member is called: on an object with that connection, with that line.
+using Call = std::function<std::int32_t(const Scenario& scenario, Connection& connection, Line& line)>;
 
-/// Calls the scenario's member on an object whose connection is the given one, with the given line.
+/// Calls it on the portable class; `before_call` runs right before.
 std::int32_t call_member(const Scenario& scenario, Connection& connection, Line& line,
                          const std::function<void()>& before_call = {});
+
+/// The n-th step of a call that fails, and under which number; 0: none.
+struct Fault {
+    int at = 0;
+    ErrorNumber number = 1004;  ///< one that nothing else gives
+};
+
+/// Fills the database, calls the member on a recording connection and platform, and reads the ledger.
+Outcome run_scenario(const Scenario& scenario, TestDatabase& database, Fault fault = {}, const Call& call = {});
 
 }  // namespace vantlo::test
