@@ -1,6 +1,7 @@
 # The warnings that every target of the project is built with; all of them are errors.
-add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor
-                    -Wold-style-cast -Woverloaded-virtual -Werror)
+set(warnings -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor -Wold-style-cast
+             -Woverloaded-virtual -Werror)
+add_compile_options("$<$<COMPILE_LANGUAGE:CXX>:${warnings}>")
 
 # 32-bit x86 would otherwise compute in 80-bit registers and round twice.
 if(CMAKE_CXX_COMPILER_TARGET MATCHES "i686" OR CMAKE_SYSTEM_PROCESSOR MATCHES "i686|x86$")

@@ -88,6 +88,9 @@ struct Fence {
 };
 const Fence fences[] = {
     {"windows.h",    {"com/", "ado/com/"}},
+    {"ole",          {"com/", "ado/com/"}},
+    {"dispex.h",     {"com/"}},
+    {"vantlo.h",     {"com/"}},
     {"sqlite3",      {"ado/sqlite/"}},
     {"sql.h",        {"ado/odbc/"}},
     {"sqlext.h",     {"ado/odbc/"}},

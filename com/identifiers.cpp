@@ -1,0 +1,3 @@
+// The identifiers that com/idl gives, defined here once for the whole library.
+#include <initguid.h>
+#include <vantlo.h>

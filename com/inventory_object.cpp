@@ -1,0 +1,112 @@
+#include "com/inventory_object.h"
+
+#include "ado/com/com_connection.h"
+#include "ado/com/hresult.h"
+#include "com/invocation.h"
+#include "com/server.h"
+
+namespace vantlo {
+
+namespace {
+
+/// Runs a body that must not let an exception out.
+template <typename Body>
+HRESULT guarded(Body body) noexcept {
+    try {
+        return body();
+    } catch (const Failure& failure) {
+        return failure.number() == error::type_mismatch ? DISP_E_TYPEMISMATCH : E_OUTOFMEMORY;
+    } catch (...) {
+        return E_OUTOFMEMORY;
+    }
+}
+
+}  // namespace
+
+InventoryObject::InventoryObject() { server::hold(); }
+
+InventoryObject::~InventoryObject() { server::let_go(); }
+
+HRESULT InventoryObject::QueryInterface(REFIID identifier, void** object) {
+    if (object == nullptr) return E_POINTER;
+    *object = nullptr;
+    if (identifier != IID_IUnknown && identifier != IID_IDispatch && identifier != IID__Inventory_Class) {
+        return E_NOINTERFACE;
+    }
+    *object = static_cast<_Inventory_Class*>(this);
+    AddRef();
+    return S_OK;
+}
+
+ULONG InventoryObject::AddRef() { return static_cast<ULONG>(InterlockedIncrement(&references_)); }
+
+ULONG InventoryObject::Release() {
+    const long left = InterlockedDecrement(&references_);
+    if (left == 0) delete this;
+    return static_cast<ULONG>(left);
+}
+
+HRESULT InventoryObject::GetTypeInfoCount(UINT* count) {
+    if (count == nullptr) return E_POINTER;
+    *count = 1;
+    return S_OK;
+}
+
+HRESULT InventoryObject::GetTypeInfo(UINT index, LCID, ITypeInfo** information) {
+    if (information == nullptr) return E_POINTER;
+    *information = nullptr;
+    if (index != 0) return DISP_E_BADINDEX;
+    return guarded([&] {
+        InterfacePointer<ITypeLib> library;
+        const HRESULT result = LoadTypeLibEx(server::path().c_str(), REGKIND_NONE, library.receive());
+        return FAILED(result) ? result : library->GetTypeInfoOfGuid(IID__Inventory_Class, information);
+    });
+}
+
+HRESULT InventoryObject::GetIDsOfNames(REFIID reserved, LPOLESTR* names, UINT count, LCID, DISPID* identifiers) {
+    if (reserved != IID_NULL) return DISP_E_UNKNOWNINTERFACE;
+    if (names == nullptr || identifiers == nullptr) return E_POINTER;
+    return guarded([&] { return dispatch_identifiers(std::span(names, count), identifiers); });
+}
+
+HRESULT InventoryObject::Invoke(DISPID identifier, REFIID reserved, LCID, WORD flags, DISPPARAMS* parameters,
+                                VARIANT* result, EXCEPINFO*, UINT* wrong_argument) {
+    if (reserved != IID_NULL) return DISP_E_UNKNOWNINTERFACE;
+    if (parameters == nullptr) return E_POINTER;
+    return guarded([&] { return Invocation{*this, flags, *parameters, result, wrong_argument}.run(identifier); });
+}
+
+HRESULT InventoryObject::get_DATAType(BSTR* value) {
+    if (value == nullptr) return E_POINTER;
+    *value = nullptr;
+    const Text& kind = component_.DATAType();
+    *value = SysAllocStringLen(reinterpret_cast<const OLECHAR*>(kind.data()), static_cast<UINT>(kind.size()));
+    return *value != nullptr ? S_OK : E_OUTOFMEMORY;
+}
+
+HRESULT InventoryObject::put_DATAType(BSTR value) {
+    return guarded([&] {
+        component_.let_DATAType(text_of(value));
+        return S_OK;
+    });
+}
+
+HRESULT InventoryObject::get_ADOConn(_Connection** value) {
+    if (value == nullptr) return E_POINTER;
+    *value = nullptr;
+    auto* const connection = static_cast<ComConnection*>(component_.ADOConn());
+    if (connection == nullptr) return S_OK;
+    *value = reinterpret_cast<_Connection*>(&connection->object());
+    (*value)->AddRef();
+    return S_OK;
+}
+
+HRESULT InventoryObject::putref_ADOConn(_Connection* value) {
+    return guarded([&] {
+        const ConnectionReference connection = value != nullptr ? ComConnection::of(*value) : ConnectionReference();
+        component_.set_ADOConn(connection.get());
+        return S_OK;
+    });
+}
+
+}  // namespace vantlo

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <cstdint>
+
+namespace vantlo {
+
+/// Shows a message to the user, and returns when it has been dismissed.
+///
+/// Where nobody could see it (a service, a session without a display, or VANTLO_UNATTENDED=1 in the environment) it
+/// returns at once, and the text goes to the debugger's output and to stderr, or to the event log if there is no stderr.
+void show_message_box(const char16_t* text, const char16_t* title, std::int32_t style) noexcept;
+
+}  // namespace vantlo

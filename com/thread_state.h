@@ -1,0 +1,27 @@
+#pragma once
+
+#include "dataaccess/platform.h"
+
+namespace vantlo::thread_state {
+
+// Each thread's project-wide copy in a thread slot of its own. A `thread_local` with a destructor would keep the library
+// loaded until every thread that used it has ended.
+
+/// Makes and gives back the slot, once for the process. Returns: whether there is one.
+bool open() noexcept;
+void close() noexcept;
+
+/// The calling thread's copy, made at its first use.
+ProjectState& current() noexcept;
+
+/// Makes the calling thread's copy, so that `current` finds it. Returns: whether there was memory for it.
+bool prepare() noexcept;
+
+/// Lets go of what the calling thread's copy refers to.
+void reset() noexcept;
+
+/// Frees the calling thread's copy as memory alone. A reference in it is left behind: a thread that ends inside the
+/// loader's lock must not call into a host's object.
+void discard() noexcept;
+
+}  // namespace vantlo::thread_state

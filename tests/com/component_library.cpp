@@ -1,0 +1,85 @@
+#include "tests/com/component_library.h"
+
+#include <stdexcept>
+
+#include "dataaccess/platform.h"
+#include "tests/support/com/script_host.h"
+
+namespace vantlo::test {
+
+namespace {
+
+int WINAPI show_on_platform(HWND, const wchar_t* text, const wchar_t* title, UINT style) {
+    platform().show_message(reinterpret_cast<const char16_t*>(text), reinterpret_cast<const char16_t*>(title),
+                            static_cast<std::int32_t>(style));
+    return IDOK;
+}
+
+template <typename Structure>
+Structure* at(HMODULE module, std::size_t offset) {
+    return reinterpret_cast<Structure*>(reinterpret_cast<std::byte*>(module) + offset);
+}
+
+/// Puts another function in the place of one that a module imports.
+void replace_import(HMODULE module, FARPROC imported, void* replacement) {
+    const auto* const dos = at<IMAGE_DOS_HEADER>(module, 0);
+    const auto* const headers = at<IMAGE_NT_HEADERS>(module, static_cast<std::size_t>(dos->e_lfanew));
+    const auto& directory = headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT];
+    for (auto* library = at<IMAGE_IMPORT_DESCRIPTOR>(module, directory.VirtualAddress); library->Name != 0; ++library) {
+        for (auto* slot = at<FARPROC>(module, library->FirstThunk); *slot != nullptr; ++slot) {
+            if (*slot != imported) continue;
+            DWORD protection = 0;
+            VirtualProtect(slot, sizeof *slot, PAGE_READWRITE, &protection);
+            *slot = reinterpret_cast<FARPROC>(replacement);
+            VirtualProtect(slot, sizeof *slot, protection, &protection);
+            return;
+        }
+    }
+    throw std::runtime_error("the library does not import the function");
+}
+
+}  // namespace
+
+ComponentLibrary::ComponentLibrary() : module_(LoadLibraryW(path().c_str())) {
+    if (module_ == nullptr) throw std::runtime_error("Vantlo.dll does not load");
+}
+
+ComponentLibrary::~ComponentLibrary() { FreeLibrary(module_); }
+
+FARPROC ComponentLibrary::address(const char* name) const {
+    const FARPROC found = GetProcAddress(module_, name);
+    if (found == nullptr) throw std::runtime_error(std::string("Vantlo.dll does not export ") + name);
+    return found;
+}
+
+ComPointer<IClassFactory> ComponentLibrary::factory() const {
+    using GetClassObject = HRESULT(STDAPICALLTYPE*)(REFCLSID, REFIID, void**);
+    ComPointer<IClassFactory> made;
+    const auto get_class_object = function<GetClassObject>("DllGetClassObject");
+    if (FAILED(get_class_object(CLSID_Inventory_Class, IID_IClassFactory, made.out_untyped()))) {
+        throw std::runtime_error("Vantlo.dll has no class factory");
+    }
+    return made;
+}
+
+ComPointer<_Inventory_Class> ComponentLibrary::make_object() const {
+    ComPointer<_Inventory_Class> made;
+    if (FAILED(factory()->CreateInstance(nullptr, IID__Inventory_Class, made.out_untyped()))) {
+        throw std::runtime_error("the object cannot be made");
+    }
+    return made;
+}
+
+bool ComponentLibrary::can_unload() const { return function<HRESULT(STDAPICALLTYPE*)()>("DllCanUnloadNow")() == S_OK; }
+
+void ComponentLibrary::show_messages_on_platform() const {
+    const FARPROC shown = GetProcAddress(GetModuleHandleW(L"user32.dll"), "MessageBoxW");
+    replace_import(module_, shown, reinterpret_cast<void*>(show_on_platform));
+}
+
+std::wstring ComponentLibrary::path() {
+    const Text path = windows_path(VANTLO_COMPONENT);
+    return {path.begin(), path.end()};
+}
+
+}  // namespace vantlo::test

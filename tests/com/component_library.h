@@ -1,0 +1,55 @@
+#pragma once
+
+// ADO's own headers first: they are what the component's header then takes for a connection.
+#include "tests/support/ado_stand_in/ado_interfaces.h"
+// Made from com/idl/vantlo.idl.
+#include <vantlo.h>
+
+#include <string>
+
+#include "tests/support/com/automation_object.h"
+
+namespace vantlo::test {
+
+/// A thread's own apartment.
+class Apartment {
+public:
+    Apartment() { CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED); }
+    Apartment(const Apartment&) = delete;
+    Apartment& operator=(const Apartment&) = delete;
+    ~Apartment() { CoUninitialize(); }
+};
+
+/// Vantlo.dll, loaded and used without being registered.
+class ComponentLibrary {
+public:
+    /// Errors: std::runtime_error.
+    ComponentLibrary();
+    ComponentLibrary(const ComponentLibrary&) = delete;
+    ComponentLibrary& operator=(const ComponentLibrary&) = delete;
+    ~ComponentLibrary();
+
+    /// An export by name. Errors: std::runtime_error.
+    template <typename Function>
+    Function function(const char* name) const {
+        return reinterpret_cast<Function>(reinterpret_cast<void*>(address(name)));
+    }
+
+    [[nodiscard]] ComPointer<IClassFactory> factory() const;
+    [[nodiscard]] ComPointer<_Inventory_Class> make_object() const;
+    [[nodiscard]] bool can_unload() const;
+    [[nodiscard]] HMODULE module() const { return module_; }
+
+    /// Gives the messages that the library shows to the test's platform instead of a window.
+    void show_messages_on_platform() const;
+
+    /// The file as it was built.
+    static std::wstring path();
+
+private:
+    [[nodiscard]] FARPROC address(const char* name) const;
+
+    HMODULE module_;
+};
+
+}  // namespace vantlo::test

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <vector>
+
+#include "posting/line.h"
+#include "tests/support/com/automation_object.h"
+
+namespace vantlo::test {
+
+/// A line as a host's automation object: every property that it is asked for is asked of the line behind it.
+class LineObject final : public AutomationObject<LineObject, IDispatch> {
+public:
+    explicit LineObject(Line& line) : line_(line) {}
+
+    static std::span<const IID> identifiers() { return {}; }
+    static std::span<const ScriptMember<LineObject>> script_members() { return {}; }
+
+    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR* names, UINT, LCID, DISPID* ids) override {
+        ids[0] = static_cast<DISPID>(names_.size());
+        names_.emplace_back(reinterpret_cast<const char16_t*>(names[0]));
+        return S_OK;
+    }
+    HRESULT STDMETHODCALLTYPE Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS*, VARIANT* result, EXCEPINFO* exception,
+                                     UINT*) override {
+        const HRESULT outcome =
+            trapped([&] { *result = OwnedVariant(line_.value(names_.at(static_cast<std::size_t>(id)))).detach(); });
+        if (SUCCEEDED(outcome)) return S_OK;
+        *exception = EXCEPINFO();
+        exception->scode = outcome;
+        return DISP_E_EXCEPTION;
+    }
+
+private:
+    ~LineObject() override = default;
+
+    Line& line_;
+    std::vector<Text> names_;
+};
+
+}  // namespace vantlo::test

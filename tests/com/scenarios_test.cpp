@@ -1,0 +1,86 @@
+#include <doctest/doctest.h>
+
+#include "ado/native_connection.h"
+#include "tests/com/line_object.h"
+#include "tests/com/member_call.h"
+#include "tests/support/ado_stand_in/ado_recordset.h"
+#include "tests/support/com/class_factory.h"
+#include "tests/support/scenario_check.h"
+
+// What the portable class is tested with, through the library as hosts call it: ADO's interfaces below, COM above.
+
+namespace vantlo::test {
+namespace {
+
+/// The library with ADO's recordsets as the test's platform makes them.
+struct LibraryFixture {
+    LibraryFixture() { library.show_messages_on_platform(); }
+
+    /// Calls a scenario's member on a new object, and lets everything go.
+    Call call_through(Road road) {
+        return [this, road](const Scenario& scenario, Connection& connection, Line& line) {
+            const ComPointer<AdoConnection> host_connection(new AdoConnection(connection));
+            const ComPointer<LineObject> line_object(new LineObject(line));
+            const Member& member = *find_method(from_utf8(scenario.member));
+            std::vector<ComArgument> arguments;
+            for (std::size_t i = 0; i < scenario.arguments.size(); ++i) {
+                const bool is_line = member.parameters()[i].type == ParameterType::line;
+                arguments.push_back(is_line ? ComArgument{line_object.get(), {}}
+                                            : ComArgument{nullptr, from_utf8(scenario.arguments[i])});
+            }
+            const ComPointer<_Inventory_Class> object = library.make_object();
+            CHECK(object->put_DATAType(OwnedBstr(from_utf8(scenario.data_type)).get()) == S_OK);
+            CHECK(object->putref_ADOConn(host_connection.get()) == S_OK);
+            const std::int32_t result = call_method(road, *object.get(), member, arguments);
+            CHECK(object->putref_ADOConn(nullptr) == S_OK);
+            CHECK(line_object->references() == 1);
+            CHECK(host_connection->references() == 1);
+            return result;
+        };
+    }
+
+    Apartment apartment;
+    ComponentLibrary library;
+    ClassRegistration recordsets{ado::recordset_class,
+                                 [] { return ComPointer<IUnknown>(new AdoRecordset(platform().create_recordset())); }};
+    std::unique_ptr<TestDatabase> database = make_sqlite_database();
+};
+
+TEST_CASE_FIXTURE(LibraryFixture, "Every scenario holds through the vtable") {
+    const long alive = objects_alive;
+    check_scenarios(all_scenarios(), *database, call_through(Road::early_bound));
+    CHECK(objects_alive == alive);
+    CHECK(library.can_unload());
+}
+
+TEST_CASE_FIXTURE(LibraryFixture, "Every scenario holds through IDispatch") {
+    const long alive = objects_alive;
+    check_scenarios(all_scenarios(), *database, call_through(Road::by_name));
+    CHECK(objects_alive == alive);
+    CHECK(library.can_unload());
+}
+
+TEST_CASE_FIXTURE(LibraryFixture, "A failure of any step does through the library what it does without it") {
+    constexpr int stride = 5;  // every fifth step of each scenario: all of them are tried on the portable class
+    const long alive = objects_alive;
+    int points = 0;
+    for (const Scenario& scenario : all_scenarios()) {
+        INFO(scenario.where());
+        const int steps = run_scenario(scenario, *database).recorder.steps;
+        for (int n = 1 + points % stride; n <= steps; n += stride) {
+            INFO("step " << n);
+            const Road road = points++ % 2 == 0 ? Road::early_bound : Road::by_name;
+            const Outcome expected = run_scenario(scenario, *database, {.at = n});
+            const Outcome through = run_scenario(scenario, *database, {.at = n}, call_through(road));
+            CHECK(through.result == expected.result);
+            CHECK(joined(through.recorder.trace(Detail::everything)) ==
+                  joined(expected.recorder.trace(Detail::everything)));
+            CHECK(joined(through.ledger) == joined(expected.ledger));
+        }
+    }
+    CHECK(objects_alive == alive);
+    MESSAGE(points << " fault points through the library");
+}
+
+}  // namespace
+}  // namespace vantlo::test
