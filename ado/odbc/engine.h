@@ -14,6 +14,8 @@ struct Engine {
     const char* dialect;
     const char16_t* settings[3];
     const char16_t* probe;  ///< a select whose one row literal_hazard judges
+    const char16_t*
+        cluster_probe;  ///< tells the setting that makes a server the node of a cluster; null if it has none
 };
 
 /// The engine that gives itself a name; a general one for every other name.

@@ -148,6 +148,9 @@ Variant read_field(SQLHSTMT statement, SQLUSMALLINT column, FieldType type) {
     return Other{};
 }
 
+/// Whether a setting and its value, if there is one, is on.
+bool says_on(const ResultTable& setting) { return !setting.rows.empty() && setting.rows[0].at(1) == Variant(u"ON"); }
+
 /// Reads the result that a statement stands on, or none, to its end.
 ResultTable read_result(SQLHSTMT statement) {
     SQLSMALLINT count = 0;
@@ -210,6 +213,7 @@ void OdbcConnection::make_safe() {
     }
     const std::string hazard = literal_hazard(run(own.probe).rows.at(0));
     if (!hazard.empty()) throw Failure(error::unspecified, engine() + " " + hazard);
+    is_cluster_ = own.cluster_probe != nullptr && says_on(run(own.cluster_probe));
 }
 
 ResultTable OdbcConnection::run(TextView text) {
@@ -237,6 +241,7 @@ void OdbcConnection::begin() {
     in_transaction_ = true;
     transaction_failure_.reset();
     remedy_ = Remedy::none;
+    if (is_cluster_) run(u"savepoint vantlo");
 }
 
 void OdbcConnection::commit() {
@@ -245,10 +250,20 @@ void OdbcConnection::commit() {
         roll_back();
         throw failure;
     }
+    if (is_cluster_) require_whole_transaction();
     if (!succeeded(SQLEndTran(SQL_HANDLE_DBC, connection_.get(), SQL_COMMIT))) {
         fail(SQL_HANDLE_DBC, connection_.get(), "committing");
     }
     leave_transaction();
+}
+
+void OdbcConnection::require_whole_transaction() {
+    try {
+        run(u"release savepoint vantlo");
+    } catch (const Failure&) {
+        remedy_ = std::max(remedy_, Remedy::save_again);
+        throw;
+    }
 }
 
 void OdbcConnection::roll_back() {

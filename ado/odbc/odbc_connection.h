@@ -41,7 +41,10 @@ public:
 
     /// Errors   if a statement has failed since `begin`: rolls back and raises that failure again. An engine may have
     ///          ended the transaction at that point, and would commit the rest alone or say that it committed nothing
-    ///          only in a way that drivers do not pass on.
+    ///          only in a way that drivers do not pass on. A Galera node rolls back for another node's sake and says so in
+    ///          its answer to the next command; where that one has no answer, such as the driver's closing of a prepared
+    ///          select, nobody is told and what follows is a new transaction. A savepoint, which ends with the transaction
+    ///          that it was made in, tells.
     void commit() override;
 
     /// Does nothing if no transaction is open. A connection that cannot roll back is closed, and its server does it.
@@ -62,6 +65,7 @@ private:
     ~OdbcConnection() override = default;
 
     void make_safe();
+    void require_whole_transaction();
     void leave_transaction();
     bool set_autocommit(bool on);
 
@@ -70,6 +74,7 @@ private:
 
     std::unique_ptr<void, EnvironmentCloser> environment_;
     std::unique_ptr<void, ConnectionCloser> connection_;
+    bool is_cluster_ = false;
     bool in_transaction_ = false;
     std::optional<Failure> transaction_failure_;  // the first one since begin
     Remedy remedy_ = Remedy::none;
