@@ -15,7 +15,7 @@ install_without_starting() {
 
 install_postgresql() { install_without_starting postgresql odbc-postgresql unixodbc; }
 install_mariadb() { install_without_starting mariadb-server odbc-mariadb unixodbc; }
-install_galera() { install_without_starting mariadb-server galera-4 rsync odbc-mariadb unixodbc; }
+install_galera() { install_without_starting mariadb-server galera-4 rsync iproute2 odbc-mariadb unixodbc; }
 
 # Makes the folder $servers for data, sockets and logs, and sees to it that everything ends with this script.
 make_server_folder() {
