@@ -6,10 +6,11 @@
 
 namespace vantlo {
 
-Owned<NativeConnection> open_connection(std::string_view database) {
+Owned<NativeConnection> open_connection(std::string_view database, bool may_create) {
     constexpr std::string_view sqlite = "sqlite:";
     if (database.starts_with(sqlite)) {
-        return Owned<NativeConnection>(new SqliteConnection(std::string(database.substr(sqlite.size()))));
+        const SqliteOptions options{.may_create = may_create};
+        return Owned<NativeConnection>(new SqliteConnection(std::string(database.substr(sqlite.size())), options));
     }
     if (database.find('=') == std::string_view::npos) {
         throw Failure(error::bad_argument, "neither sqlite:FILE nor an ODBC connection string such as DSN=shop");

@@ -7,6 +7,7 @@
 #include "ado/open_connection.h"
 #include "automation/error.h"
 #include "dataaccess/sql_literals.h"
+#include "host/interrupt.h"
 
 namespace vantlo::host {
 
@@ -65,13 +66,13 @@ private:
 
 }  // namespace
 
-Connect connect_in_turn(std::vector<std::string> databases) {
-    return [databases = std::move(databases), next = std::size_t{0}]() mutable {
+Connect connect_in_turn(std::vector<std::string> databases, bool may_create) {
+    return [databases = std::move(databases), may_create, next = std::size_t{0}]() mutable {
         for (std::size_t tried = 1;; ++tried) {
             const std::string& database = databases.at(next);
             next = (next + 1) % databases.size();
             try {
-                return open_connection(database);
+                return open_connection(database, may_create);
             } catch (const Failure&) {
                 if (tried == databases.size()) throw;
             }
@@ -94,6 +95,7 @@ std::int32_t BillSaver::save(TextView marker, const Work& work) {
 }
 
 std::int32_t BillSaver::attempt(TextView marker, const Work& work) {
+    stop_if_interrupted();
     first_failure_.reset();
     if (!connection_) connection_ = connect_();
     NativeConnection& connection = **connection_;

@@ -16,7 +16,8 @@ using Connect = std::function<Owned<NativeConnection>()>;
 
 /// Opens the databases of a list, named as open_connection names them, in turn: each call begins with the one after the
 /// one that the call before it opened, and raises the last failure if none can be opened. For the nodes of a cluster.
-Connect connect_in_turn(std::vector<std::string> databases);
+/// `may_create` says whether an SQLite file that does not exist is made.
+Connect connect_in_turn(std::vector<std::string> databases, bool may_create = true);
 
 /// How often a bill is saved again, and how long after the failure: each pause is up to twice as long as the one before.
 struct RetryPolicy {

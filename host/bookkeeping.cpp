@@ -7,6 +7,7 @@
 #include "component/inventory_class.h"
 #include "dataaccess/platform.h"
 #include "dataaccess/sql_literals.h"
+#include "host/interrupt.h"
 
 namespace vantlo::host {
 
@@ -136,6 +137,8 @@ void Bookkeeping::in_transaction(const std::string& what, const std::function<vo
     };
     try {
         saver_.save(next_marker(), work);
+    } catch (const Interrupted&) {
+        throw;
     } catch (const std::exception& failure) {
         throw PostingFailed(fmt::format("{}: {}", what, failure.what()));
     }
@@ -175,6 +178,7 @@ void Bookkeeping::Session::post(std::span<const MemberCall> calls, const Bill& b
         const auto post_one = [&](Line* line) {
             const std::int32_t result = component_.call(member, arguments_for(call, bill, line));
             if (result == 0) return;
+            stop_if_interrupted();  // then it is the statement that was not sent which failed
             throw PostingFailed(fmt::format("{} returned {} ({})\n{}{}", to_utf8(call.member), result,
                                             to_utf8(standard_text(result, language_)), take_messages(),
                                             connection_.account()));

@@ -17,6 +17,9 @@ class PostingFailed : public std::runtime_error {
 
 /// Keeps bills and the ledger of one database together: every bill is stored and posted, or taken back and deleted, in
 /// one transaction, through the component, and again after a conflict or a lost connection (BillSaver).
+///
+/// Errors   besides those below, every call raises Interrupted if the user asks to stop meanwhile; its transaction is then
+///          rolled back.
 class Bookkeeping {
 public:
     /// `show` sees every statement of a bill as it is sent; `language` is that of the error texts in PostingFailed, the

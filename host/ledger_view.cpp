@@ -6,6 +6,7 @@
 #include "automation/number_text.h"
 #include "dataaccess/sql_literals.h"
 #include "host/table_output.h"
+#include "host/words.h"
 
 namespace vantlo::host {
 
@@ -43,16 +44,16 @@ std::vector<LedgerRow> read_ledger(NativeConnection& database, const LedgerFilte
     return ledger;
 }
 
-std::string ledger_table(const std::vector<LedgerRow>& rows) {
+std::string ledger_table(const std::vector<LedgerRow>& rows, Language language) {
     constexpr auto right = TableOutput::Align::right;
-    TableOutput table({{"仓库"},
-                       {"商品"},
-                       {"型号一"},
-                       {"型号二"},
-                       {"状态", right},
-                       {"收入", right},
-                       {"发出", right},
-                       {"结存", right}});
+    TableOutput table({{words::warehouse.in(language)},
+                       {words::goods.in(language)},
+                       {words::model1.in(language)},
+                       {words::model2.in(language)},
+                       {words::status.in(language), right},
+                       {words::received.in(language), right},
+                       {words::issued.in(language), right},
+                       {words::on_hand.in(language), right}});
     std::int64_t received = 0, issued = 0, on_hand = 0;
     for (const LedgerRow& row : rows) {
         table.add_row({named(row.warehouse, row.warehouse_name), named(row.goods, row.goods_name), to_utf8(row.model1),
@@ -63,7 +64,7 @@ std::string ledger_table(const std::vector<LedgerRow>& rows) {
         on_hand += row.on_hand.ten_thousandths();
     }
     const auto total = [](std::int64_t sum) { return utf8_of(Currency::from_ten_thousandths(sum)); };
-    table.set_totals({"合计 " + std::to_string(rows.size()) + " 行", "", "", "", "", total(received), total(issued),
+    table.set_totals({say(language, words::total_of_rows, rows.size()), "", "", "", "", total(received), total(issued),
                       total(on_hand)});
     return table.text();
 }

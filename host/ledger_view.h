@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "ado/native_connection.h"
+#include "automation/error_text.h"
 
 namespace vantlo::host {
 
@@ -27,6 +28,6 @@ struct LedgerRow {
 std::vector<LedgerRow> read_ledger(NativeConnection& database, const LedgerFilter& filter);
 
 /// The rows as a table for people, with the totals of the three quantities.
-std::string ledger_table(const std::vector<LedgerRow>& rows);
+std::string ledger_table(const std::vector<LedgerRow>& rows, Language language);
 
 }  // namespace vantlo::host

@@ -1,42 +1,99 @@
 // vantlo: the native reference host. It stores bills and posts them through the component.
 
-#include <iostream>
-#include <map>
+#include <fmt/ranges.h>
 
+#include <algorithm>
+#include <iostream>
+#include <span>
+
+#include "ado/odbc/connection_string.h"
 #include "automation/error.h"
 #include "host/commands/command.h"
+#include "host/interrupt.h"
 
 namespace {
 
 using namespace vantlo;
 using namespace vantlo::host;
 
-void add_common_options(CLI::App& app, CommonOptions& common) {
-    app.add_option(
-           "--db", common.databases,
-           "Database: an SQLite file, sqlite:FILE, or an ODBC connection string; once for each node of a cluster")
-        ->allow_extra_args(false)
-        ->default_str("vantlo.db");
-    app.add_flag("--show-sql", common.show_sql, "Show every statement on stderr as it is sent");
-    app.add_option("--lang", common.language, "Language of error texts: zh or en")
-        ->transform(
-            CLI::Transformer(std::map<std::string, Language>{{"zh", Language::chinese}, {"en", Language::english}}))
-        ->default_str("zh");
+/// The language that the arguments ask for: the help is written in it, before anything else is read.
+Language language_of(std::span<char* const> arguments) {
+    Language language = language_of_locale();
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        std::string_view argument = arguments[i];
+        if (argument == "--") break;
+        if (argument == "--lang" && i + 1 < arguments.size())
+            argument = arguments[i + 1];
+        else if (argument.starts_with("--lang="))
+            argument.remove_prefix(7);
+        else
+            continue;
+        language = argument == "zh" ? Language::chinese : Language::english;
+    }
+    return language;
 }
 
-ExitCode run(const std::function<ExitCode()>& work) {
+void add_help(CLI::App& app, const CommonOptions& common) {
+    const auto formatter = app.get_formatter();
+    formatter->label("Usage", common.say(words::usage));
+    formatter->label("Positionals", common.say(words::arguments));
+    formatter->label("OPTIONS", common.say(words::option_badge));
+    formatter->label("SUBCOMMAND", common.say(words::command_badge));
+    formatter->label("REQUIRED", common.say(words::required));
+    app.set_help_flag("-h,--help", common.say(words::help_option));
+    app.footer(common.say(words::main_footer) + "\n\n" + common.say(words::exit_codes));
+}
+
+void add_common_options(CLI::App& app, CommonOptions& common) {
+    app.add_option("--db", common.databases, common.say(words::db_option))->allow_extra_args(false);
+    app.add_flag("--show-sql", common.show_sql, common.say(words::show_sql_option));
+    const std::string about_language = common.say(words::lang_option);  // language_of has read its value
+    app.add_option("--lang", about_language)->check(CLI::IsMember({"zh", "en"}))->type_name("LANGUAGE");
+    // Its work comes after the options above, so that it knows the database.
+    app.set_version_flag(
+        "--version", [&common] { return "vantlo " VANTLO_VERSION "\n" + common.engine(); },
+        common.say(words::version_option));
+}
+
+/// What is wrong with a command line, in the user's language before the parser's own words.
+std::string explanation(const CLI::ParseError& failure, const CommonOptions& common) {
+    struct Row {
+        const char* name;
+        const Wording& wording;
+    };
+    static constexpr Row rows[] = {
+        {"RequiredError", words::something_missing}, {"ArgumentMismatch", words::something_missing},
+        {"ExtrasError", words::something_unknown},   {"ConversionError", words::bad_value},
+        {"ValidationError", words::bad_value},
+    };
+    for (const Row& row : rows) {
+        if (failure.get_name() == row.name) return common.say(row.wording, failure.what());
+    }
+    return failure.what();
+}
+
+int usage_error(const std::string& what) {
+    std::cerr << "vantlo: " << what << '\n';
+    return static_cast<int>(ExitCode::usage);
+}
+
+ExitCode run(const Invocation& invocation) {
     collect_messages();
+    ask_before_interrupting();
+    const auto tell = [](const std::exception& failure, ExitCode code) {
+        std::cerr << "vantlo: " << failure.what() << '\n';
+        return code;
+    };
     try {
-        return work();
+        return invocation.work();
     } catch (const BadInput& failure) {
-        std::cerr << "vantlo: " << failure.what() << '\n';
-        return ExitCode::bad_input;
+        return tell(failure, ExitCode::bad_input);
     } catch (const PostingFailed& failure) {
-        std::cerr << "vantlo: " << failure.what() << '\n';
-        return ExitCode::posting_failed;
-    } catch (const Failure& failure) {
-        std::cerr << "vantlo: " << failure.what() << '\n';
-        return ExitCode::no_database;
+        return tell(failure, ExitCode::posting_failed);
+    } catch (const Interrupted& failure) {
+        return tell(failure, ExitCode::interrupted);
+    } catch (const std::exception& failure) {
+        return tell(failure, ExitCode::no_database);
     }
 }
 
@@ -44,15 +101,27 @@ ExitCode run(const std::function<ExitCode()>& work) {
 
 int main(int count, char** arguments) {
     Invocation invocation;
-    CLI::App app("Keeps a shop's stock ledger in step with its bills.", "vantlo");
+    CommonOptions& common = invocation.common;
+    common.language = language_of({arguments, static_cast<std::size_t>(count)});
+    CLI::App app(common.say(words::about), "vantlo");
     app.require_subcommand(1);
     app.fallthrough();
-    add_common_options(app, invocation.common);
+    app.option_defaults()->group(common.say(words::options));
+    add_help(app, common);
+    add_common_options(app, common);
     for (const auto add_command : add_commands) add_command(app, invocation);
     try {
         app.parse(count, arguments);
     } catch (const CLI::ParseError& failure) {
-        return static_cast<int>(app.exit(failure) == 0 ? ExitCode::done : ExitCode::usage);
+        if (failure.get_exit_code() == 0) return app.exit(failure);
+        const std::vector<std::string> unknown = app.remaining(true);
+        const std::string what = unknown.empty() ? explanation(failure, common)
+                                                 : common.say(words::something_unknown, fmt::join(unknown, " "));
+        return usage_error(what + "\n" + common.say(words::see_help, "vantlo"));
+    } catch (const Failure& failure) {
+        std::cerr << "vantlo: " << failure.what() << '\n';
+        return static_cast<int>(ExitCode::no_database);
     }
-    return static_cast<int>(run(invocation.work));
+    if (std::ranges::any_of(common.databases, has_password)) return usage_error(common.say(words::password_shown));
+    return static_cast<int>(run(invocation));
 }

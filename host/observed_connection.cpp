@@ -1,10 +1,12 @@
 #include "host/observed_connection.h"
 
 #include "automation/error.h"
+#include "host/interrupt.h"
 
 namespace vantlo::host {
 
 RecordsetVariable ObservedConnection::execute(TextView statement) {
+    stop_if_interrupted();
     if (show_) show_(statement);
     try {
         return database_.execute(statement);

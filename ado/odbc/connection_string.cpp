@@ -48,4 +48,9 @@ std::string without_password(std::string text, std::string_view connection_strin
     return text;
 }
 
+bool has_password(std::string_view connection_string) {
+    const std::string text(connection_string);
+    return without_password(text, text) != text;
+}
+
 }  // namespace vantlo

@@ -10,4 +10,7 @@ namespace vantlo {
 ///          two of those stand for one.
 std::string without_password(std::string text, std::string_view connection_string);
 
+/// Whether an ODBC connection string has a password that is not empty.
+bool has_password(std::string_view connection_string);
+
 }  // namespace vantlo

@@ -5,20 +5,30 @@
 #include <string>
 #include <vector>
 
-#include "automation/error_text.h"
 #include "host/bookkeeping.h"
 #include "host/exit_code.h"
+#include "host/words.h"
 
 namespace vantlo::host {
 
 /// The options that every command takes, before its name or after it.
 struct CommonOptions {
-    std::vector<std::string> databases = {"vantlo.db"};
+    std::vector<std::string> databases;
     bool show_sql = false;
-    Language language = Language::chinese;
+    Language language = language_of_locale();
 
-    /// Opens the databases in turn; a bare file name stands for an SQLite file.
-    [[nodiscard]] Connect connect() const;
+    /// A text of the program in the user's language, its places filled.
+    template <typename... Values>
+    [[nodiscard]] std::string say(const Wording& wording, const Values&... values) const {
+        return host::say(language, wording, values...);
+    }
+
+    /// Opens the databases in turn; a bare file name stands for an SQLite file. Without any, VANTLO_DB names it.
+    /// `may_create` says whether an SQLite file that does not exist is made.
+    [[nodiscard]] Connect connect(bool may_create = false) const;
+
+    /// Engine and driver of the database, with their versions; without a database, those of the embedded engine.
+    [[nodiscard]] std::string engine() const;
 
     /// The bookkeeping of every command that posts or takes back, told all that these options say.
     [[nodiscard]] Bookkeeping bookkeeping() const;
@@ -30,8 +40,19 @@ struct Invocation {
     std::function<ExitCode()> work;
 };
 
+/// A command line that the help shows, and what it does.
+struct Example {
+    const char* command_line;
+    const Wording& meaning;
+};
+
+/// Adds a subcommand whose help ends with examples.
+CLI::App* add_command(CLI::App& app, const CommonOptions& common, const char* name, const Wording& about,
+                      std::initializer_list<Example> examples);
+
 // Each command adds its subcommand with its options, and puts its work into the invocation when it is named.
-// Errors   BadInput, PostingFailed and Failure may leave the work; the program turns them into words and an exit code.
+// Errors   BadInput, PostingFailed, Interrupted and Failure may leave the work; the program turns them into words and an
+//          exit code.
 
 void add_init(CLI::App& app, Invocation& invocation);
 void add_save(CLI::App& app, Invocation& invocation);

@@ -1,5 +1,3 @@
-#include <fmt/format.h>
-
 #include <iostream>
 
 #include "host/commands/command.h"
@@ -16,23 +14,26 @@ struct Named {
 ExitCode remove(const CommonOptions& common, const Named& bill) {
     const BillKind* const kind = find_bill_kind(bill.kind);
     if (kind == nullptr) {
-        std::string names;
-        for (const BillKind& known : bill_kinds()) names += fmt::format("  {:20} {}\n", known.name, known.chinese_name);
-        std::cerr << fmt::format("vantlo: there is no kind of bill \"{}\"; the kinds are\n{}", bill.kind, names);
+        std::cerr << "vantlo: " << common.say(words::unknown_kind, bill.kind) << '\n';
+        for (const BillKind& known : bill_kinds()) {
+            std::cerr << fmt::format("  {:20} {}\n", known.name, known.chinese_name);
+        }
         return ExitCode::usage;
     }
     common.bookkeeping().remove(*kind, from_utf8(bill.id));
-    std::cerr << fmt::format("Took {} {} back.\n", kind->name, bill.id);
+    std::cerr << common.say(words::taken_back, kind->name, bill.id) << '\n';
     return ExitCode::done;
 }
 
 }  // namespace
 
 void add_delete(CLI::App& app, Invocation& invocation) {
-    CLI::App* const command = app.add_subcommand("delete", "Take a stored bill back and delete it");
+    const CommonOptions& common = invocation.common;
+    CLI::App* const command = add_command(app, common, "delete", words::delete_about,
+                                          {{"vantlo delete stock-in R1001", words::delete_example}});
     const auto bill = std::make_shared<Named>();
-    command->add_option("KIND", bill->kind, "Kind of bill")->required();
-    command->add_option("ID", bill->id, "The bill's identifier")->required();
+    command->add_option("KIND", bill->kind, common.say(words::bill_kind))->required();
+    command->add_option("ID", bill->id, common.say(words::bill_id))->required();
     command->callback([&invocation, bill] {
         invocation.work = [&common = invocation.common, bill] { return remove(common, *bill); };
     });

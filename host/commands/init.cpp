@@ -1,5 +1,3 @@
-#include <fmt/format.h>
-
 #include <iostream>
 
 #include "host/commands/command.h"
@@ -10,18 +8,17 @@ namespace vantlo::host {
 namespace {
 
 ExitCode init(const CommonOptions& common) {
-    const auto database = common.connect()();
+    const auto database = common.connect(true)();
     database->run_script(schema_for(database->dialect()));
-    std::cerr << fmt::format("The tables are there ({}).\n", database->engine());
+    std::cerr << common.say(words::tables_ready, database->engine()) << '\n';
     return ExitCode::done;
 }
 
 }  // namespace
 
 void add_init(CLI::App& app, Invocation& invocation) {
-    app.add_subcommand("init", "Make the tables that are missing")->callback([&invocation] {
-        invocation.work = [&common = invocation.common] { return init(common); };
-    });
+    add_command(app, invocation.common, "init", words::init_about, {{"vantlo --db shop.db init", words::init_example}})
+        ->callback([&invocation] { invocation.work = [&common = invocation.common] { return init(common); }; });
 }
 
 }  // namespace vantlo::host

@@ -1,8 +1,8 @@
-#include <fmt/format.h>
-
 #include <iostream>
 
+#include "host/bill_file.h"
 #include "host/commands/command.h"
+#include "host/interrupt.h"
 
 namespace vantlo::host {
 
@@ -16,21 +16,28 @@ ExitCode save(const CommonOptions& common, const std::vector<std::string>& paths
     for (const ShopFile& file : files) {
         if (!file.master.empty()) bookkeeping.save_master(file.master);
         for (const Bill& bill : file.bills) {
-            bookkeeping.save(bill);
+            try {
+                bookkeeping.save(bill);
+            } catch (const Interrupted&) {
+                throw Interrupted(common.say(words::interrupted_at, bills, lines, bill.kind->name, to_utf8(bill.id)));
+            }
             ++bills;
             lines += bill.lines.size();
         }
     }
-    std::cerr << fmt::format("Saved {} bills with {} lines.\n", bills, lines);
+    std::cerr << common.say(words::saved, bills, lines) << '\n';
     return ExitCode::done;
 }
 
 }  // namespace
 
 void add_save(CLI::App& app, Invocation& invocation) {
-    CLI::App* const command = app.add_subcommand("save", "Store bills and post them");
+    const CommonOptions& common = invocation.common;
+    CLI::App* const command = add_command(app, common, "save", words::save_about,
+                                          {{"vantlo save bills.json", words::save_example},
+                                           {"vantlo --show-sql save bills.json", words::save_sql_example}});
     const auto paths = std::make_shared<std::vector<std::string>>();
-    command->add_option("FILE", *paths, "JSON files of master data and bills")->required();
+    command->add_option("FILE", *paths, common.say(words::save_files))->required();
     command->callback([&invocation, paths] {
         invocation.work = [&common = invocation.common, paths] { return save(common, *paths); };
     });

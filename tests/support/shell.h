@@ -24,8 +24,11 @@ struct Finished {
 class Shell {
 public:
     /// Runs the built program with the arguments, as a shell reads them.
-    Finished vantlo(const std::string& arguments) const {
-        const std::string command = "cd '" + folder_.file("") + "' && { " + program() + " " + arguments + "; } 2>&1";
+    Finished vantlo(const std::string& arguments) const { return run(program() + " " + arguments); }
+
+    /// Runs a command in the folder; the program speaks English, unless the command says otherwise.
+    Finished run(const std::string& line) const {
+        const std::string command = in_folder("{ " + line + "; } 2>&1");
         FILE* const pipe = ::popen(command.c_str(), "r");
         REQUIRE(pipe != nullptr);
         Finished finished;
@@ -37,7 +40,14 @@ public:
         return finished;
     }
 
+    /// A command in front of which the shell goes into the folder.
+    [[nodiscard]] std::string in_folder(const std::string& command) const {
+        return "cd '" + folder_.file("") + "' && export LC_ALL=C.UTF-8 && unset VANTLO_DB VANTLO_PASSWORD; " + command;
+    }
+
     [[nodiscard]] static std::string program() { return VANTLO_PROGRAM; }
+
+    [[nodiscard]] std::string path(const std::string& name) const { return folder_.file(name); }
 
     /// Writes a file, with the folders on its way. Returns its name.
     std::string file(const std::string& name, const std::string& content) const {

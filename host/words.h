@@ -1,0 +1,122 @@
+#pragma once
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+#include "automation/error_text.h"
+
+namespace vantlo::host {
+
+/// A text of the program in both its languages (UTF-8), with {fmt}'s places for what varies.
+class Wording {
+public:
+    /// Does not compile for texts with different numbers of places.
+    consteval Wording(const char* chinese, const char* english) : chinese_(chinese), english_(english) {
+        if (places(chinese) != places(english)) throw std::logic_error("the two languages have different places");
+    }
+
+    [[nodiscard]] constexpr const char* in(Language language) const {
+        return language == Language::chinese ? chinese_ : english_;
+    }
+
+private:
+    static constexpr std::ptrdiff_t places(std::string_view text) { return std::ranges::count(text, '{'); }
+
+    const char* chinese_;
+    const char* english_;
+};
+
+/// The text with its places filled.
+template <typename... Values>
+std::string say(Language language, const Wording& wording, const Values&... values) {
+    return fmt::format(fmt::runtime(wording.in(language)), values...);
+}
+
+/// The language of the user's locale: Chinese for every zh, English for all others.
+/// Source   the first of LC_ALL, LC_MESSAGES and LANG that is set and not empty, as POSIX orders them.
+Language language_of_locale();
+
+/// Every text that the program says of itself, but for those of the component, which are Chinese.
+namespace words {
+
+// clang-format off
+
+// Help
+inline constexpr Wording about          = {"使商店的库存台账与单据保持一致。", "Keeps a shop's stock ledger in step with its bills."};
+inline constexpr Wording usage          = {"用法", "Usage"};
+inline constexpr Wording arguments      = {"参数", "Arguments"};
+inline constexpr Wording options        = {"选项", "Options"};
+inline constexpr Wording option_badge   = {"选项", "OPTIONS"};
+inline constexpr Wording command_badge  = {"命令", "COMMAND"};
+inline constexpr Wording commands       = {"命令", "Commands"};
+inline constexpr Wording examples       = {"示例", "Examples"};
+inline constexpr Wording required       = {"（必填）", "(required)"};
+inline constexpr Wording help_option    = {"显示此帮助并退出", "Show this help and exit"};
+inline constexpr Wording version_option = {"显示版本、数据库引擎和驱动程序并退出", "Show the versions of the program, the engine and its driver, and exit"};
+inline constexpr Wording db_option      = {"数据库：SQLite 文件、sqlite:文件，或 ODBC 连接字符串；集群的每个节点写一次。缺省为环境变量 VANTLO_DB，再缺省为 vantlo.db",
+                                           "Database: an SQLite file, sqlite:FILE, or an ODBC connection string; once for each node of a cluster. By default the environment's VANTLO_DB, else vantlo.db"};
+inline constexpr Wording show_sql_option = {"在标准错误上显示每条发出的语句", "Show every statement on stderr as it is sent"};
+inline constexpr Wording lang_option    = {"语言：zh 或 en；缺省取自区域设置", "Language: zh or en; by default that of the locale"};
+inline constexpr Wording exit_codes     = {
+    "退出码：0 完成，1 过账失败，2 命令行有误，3 台账与单据不符，4 数据库不可用，\n5 输入有误，6 被中断，7 被拒绝。",
+    "Exit codes: 0 done, 1 posting failed, 2 wrong command line, 3 the ledger differs,\n4 no database, 5 bad input, 6 interrupted, 7 refused."};
+
+inline constexpr Wording main_footer     = {
+    "每个命令都有自己的帮助和示例：vantlo save --help",
+    "Every command has help and examples of its own: vantlo save --help"};
+
+inline constexpr Wording command_footer   = {
+    "对所有命令都有效的选项见 vantlo --help。",
+    "The options of every command: vantlo --help."};
+
+inline constexpr Wording init_about     = {"建立缺少的数据表", "Make the tables that are missing"};
+inline constexpr Wording init_example   = {"在 shop.db 中建立数据表", "Make the tables in shop.db"};
+inline constexpr Wording save_about     = {"保存单据并过账", "Store bills and post them"};
+inline constexpr Wording save_files     = {"含基础资料和单据的 JSON 文件", "JSON files of master data and bills"};
+inline constexpr Wording save_example   = {"保存文件中的单据，每张单据一个事务", "Save the bills of a file, each in a transaction of its own"};
+inline constexpr Wording save_sql_example = {"同时显示发出的每条语句", "Show every statement beside it"};
+inline constexpr Wording delete_about   = {"冲回一张已保存的单据并删除它", "Take a stored bill back and delete it"};
+inline constexpr Wording bill_kind      = {"单据种类", "Kind of bill"};
+inline constexpr Wording bill_id        = {"单据编号", "The bill's identifier"};
+inline constexpr Wording delete_example = {"冲回入库单 R1001", "Take the stock-in bill R1001 back"};
+inline constexpr Wording ledger_about   = {"显示库存台账", "Show the stock ledger"};
+inline constexpr Wording only_warehouse = {"只显示此仓库", "Only this warehouse"};
+inline constexpr Wording only_goods     = {"只显示此商品", "Only these goods"};
+inline constexpr Wording ledger_example = {"显示仓库 W01 的台账", "Show the ledger of warehouse W01"};
+
+// What was done
+inline constexpr Wording tables_ready   = {"数据表已齐备（{}）。", "The tables are there ({})."};
+inline constexpr Wording saved          = {"已保存 {} 张单据，共 {} 行。", "Saved {} bills with {} lines."};
+inline constexpr Wording taken_back     = {"已冲回 {} {}。", "Took {} {} back."};
+
+// What was not
+inline constexpr Wording interrupted_at = {"已中断：已保存 {} 张单据，共 {} 行；{} {} 已回滚，其后的单据未处理。",
+                                           "Interrupted: {} bills with {} lines were saved; {} {} was rolled back, and none after it begun."};
+inline constexpr Wording unknown_kind   = {"没有“{}”这种单据；单据种类有", "there is no kind of bill \"{}\"; the kinds are"};
+inline constexpr Wording password_shown = {"命令行参数中不得有密码，本机的其他用户都能看到；请放入环境变量 VANTLO_PASSWORD，或将整个连接字符串放入 VANTLO_DB",
+                                           "no passwords in arguments, where everybody on the machine can read them: put it into the environment's VANTLO_PASSWORD, or the whole connection string into VANTLO_DB"};
+inline constexpr Wording something_missing = {"缺少参数或命令（{}）", "something is missing ({})"};
+inline constexpr Wording something_unknown = {"不认识的参数或命令（{}）", "something is unknown ({})"};
+inline constexpr Wording bad_value      = {"值无效（{}）", "a value is wrong ({})"};
+inline constexpr Wording see_help       = {"运行 {} --help 查看用法。", "Run {} --help for more."};
+
+// The ledger
+inline constexpr Wording warehouse      = {"仓库", "Warehouse"};
+inline constexpr Wording goods          = {"商品", "Goods"};
+inline constexpr Wording model1         = {"型号一", "Model 1"};
+inline constexpr Wording model2         = {"型号二", "Model 2"};
+inline constexpr Wording status         = {"状态", "Status"};
+inline constexpr Wording received       = {"收入", "Received"};
+inline constexpr Wording issued         = {"发出", "Issued"};
+inline constexpr Wording on_hand        = {"结存", "On hand"};
+inline constexpr Wording total_of_rows  = {"合计 {} 行", "Total of {} rows"};
+
+// clang-format on
+
+}  // namespace words
+
+}  // namespace vantlo::host
