@@ -61,31 +61,45 @@ Variant empty_value(ColumnType type) {
     return Text();
 }
 
+/// A value as it is named in a refusal. A list or object is named by its type alone: it may be nested without end.
+std::string shown(const json& value) { return value.is_structured() ? value.type_name() : value.dump(); }
+
+/// A number of the file in the type of its column. Errors: refused if it does not fit.
+template <typename Number>
+Number number_in_range(const json& value, const Place& place) {
+    const auto number = value.get<double>();
+    using Limits = std::numeric_limits<Number>;
+    if (number < double{Limits::lowest()} || number > double{Limits::max()}) {
+        place.refuse("the number " + value.dump() + " is too large");
+    }
+    return static_cast<Number>(number);
+}
+
 Variant value_of(const json& value, ColumnType type, const Place& place) {
     switch (type) {
         case ColumnType::text:
-            if (!value.is_string()) place.refuse("a text is expected, not " + value.dump());
+            if (!value.is_string()) place.refuse("a text is expected, not " + shown(value));
             return from_utf8(value.get_ref<const std::string&>());
         case ColumnType::single:
             if (value.is_null()) return Null{};
-            if (!value.is_number()) place.refuse("a number is expected, not " + value.dump());
-            return value.get<float>();
+            if (!value.is_number()) place.refuse("a number is expected, not " + shown(value));
+            return number_in_range<float>(value, place);
         case ColumnType::whole_number:
             if (value.is_null()) return Null{};
-            if (!value.is_number_integer()) place.refuse("a whole number is expected, not " + value.dump());
-            return value.get<std::int32_t>();
+            if (!value.is_number_integer()) place.refuse("a whole number is expected, not " + shown(value));
+            return number_in_range<std::int32_t>(value, place);
         case ColumnType::date: break;
     }
     const std::optional<Date> date =
         value.is_string() ? date_from_text(from_utf8(value.get_ref<const std::string&>())) : std::nullopt;
-    if (!date) place.refuse("a date like 2024-03-05 is expected, not " + value.dump());
+    if (!date) place.refuse("a date like 2024-03-05 is expected, not " + shown(value));
     return *date;
 }
 
 /// Takes the columns' fields out of an object; what else it has must be among `others`.
 Record read_record(const json& object, std::span<const BillColumn> columns, std::initializer_list<const char*> others,
                    const Place& place) {
-    if (!object.is_object()) place.refuse("an object is expected, not " + object.dump());
+    if (!object.is_object()) place.refuse("an object is expected, not " + shown(object));
     for (const auto& [field, value] : object.items()) {
         const bool known =
             std::ranges::find(columns, field, &BillColumn::field) != columns.end() ||
@@ -107,7 +121,7 @@ Bill read_bill(const json& object, const Place& place) {
         place.refuse("a bill has a \"kind\" and an \"id\"");
     }
     Bill bill;
-    const std::string kind = object["kind"].is_string() ? object["kind"].get<std::string>() : object["kind"].dump();
+    const std::string kind = object["kind"].is_string() ? object["kind"].get<std::string>() : shown(object["kind"]);
     bill.kind = find_bill_kind(kind);
     if (bill.kind == nullptr) place.refuse("unknown kind of bill \"" + kind + "\"");
     bill.id = to_text(value_of(object["id"], ColumnType::text, place.at("id")));
@@ -128,7 +142,7 @@ json parsed(const std::string& path) {
     if (!file) throw BadInput(path + ": the file cannot be read");
     try {
         return json::parse(file);
-    } catch (const json::parse_error& failure) {
+    } catch (const json::exception& failure) {
         throw BadInput(path + ": this is no JSON: " + failure.what());
     }
 }
