@@ -32,7 +32,7 @@ create table if not exists Inventory (
     GId         varchar(40),
     Model1      varchar(100),
     Model2      varchar(100),
-    Status      int,
+    Status      integer,
     Class       varchar(40),
     Unit        varchar(40),
     InQty       decimal(19,4),
