@@ -15,6 +15,12 @@ const Variant& Record::value(TextView column) const {
     return found->value;
 }
 
+Record read_row(Recordset& rows, std::span<const BillColumn> columns) {
+    Record record;
+    for (const BillColumn& column : columns) record.set(column.column, rows.field(column.column));
+    return record;
+}
+
 Variant RecordLine::value(TextView name) {
     const bool is_warehouse = warehouse_column_ != nullptr && equal_ignoring_case(name, u"WarehouseId");
     return record_.value(is_warehouse ? warehouse_column_ : name);

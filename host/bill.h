@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "ado/recordset.h"
 #include "automation/variant.h"
 #include "host/bill_kinds.h"
 #include "posting/line.h"
@@ -26,6 +27,9 @@ public:
 private:
     std::vector<Field> fields_;
 };
+
+/// The columns of the row that a recordset stands on.
+Record read_row(Recordset& rows, std::span<const BillColumn> columns);
 
 /// A record as the line object that a native host hands to the component.
 class RecordLine final : public Line {

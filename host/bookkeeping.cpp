@@ -7,6 +7,7 @@
 #include "component/inventory_class.h"
 #include "dataaccess/platform.h"
 #include "dataaccess/sql_literals.h"
+#include "host/bill_history.h"
 #include "host/interrupt.h"
 
 namespace vantlo::host {
@@ -56,13 +57,6 @@ std::vector<Argument> arguments_for(const MemberCall& call, const Bill& bill, Li
     return arguments;
 }
 
-/// The columns of the row that a recordset stands on.
-Record read_row(Recordset& rows, std::span<const BillColumn> columns) {
-    Record record;
-    for (const BillColumn& column : columns) record.set(column.column, rows.field(column.column));
-    return record;
-}
-
 bool is_fed_lines(const MemberCall& call) { return call.arguments.front() == Feed::line; }
 
 }  // namespace
@@ -80,8 +74,7 @@ class Bookkeeping::Session {
 public:
     Session(NativeConnection& database, const ObservedConnection::Show& show, Language language)
         : connection_(database, show), language_(language) {
-        // Every engine but Access reads the date literals of SQL Server.
-        component_.let_DATAType(database.dialect() == "access" ? u"[Microsoft Access]" : u"[Microsoft SQL Server]");
+        component_.let_DATAType(u"[Microsoft SQL Server]");  // whose date literals every native engine reads
         component_.set_ADOConn(&connection_);
     }
     Session(const Session&) = delete;
@@ -93,6 +86,8 @@ public:
     void post(std::span<const MemberCall> calls, const Bill& bill);
     void insert(const char16_t* table, const Record& record);
     void erase(const BillTable& table, const Text& id);
+    /// Enters what was done into the history: the last statement, so that bills on the same ledger rows stand in its order.
+    void record(TextView action, const Bill& bill, const Variant& content);
 
 private:
     std::vector<Record> read_lines(const BillTable& table, const Text& id);
@@ -118,14 +113,17 @@ void Bookkeeping::save(const Bill& bill) {
     in_transaction(fmt::format("{} {}", bill.kind->name, to_utf8(bill.id)), [&](Session& session) {
         session.store(bill);
         session.post(bill.kind->post, bill);
+        session.record(history_action::save, bill, Null{});
     });
 }
 
 void Bookkeeping::remove(const BillKind& kind, const Text& id) {
     in_transaction(fmt::format("{} {}", kind.name, to_utf8(id)), [&](Session& session) {
-        session.post(kind.take_back, session.stored(kind, id));
+        const Bill bill = session.stored(kind, id);
+        session.post(kind.take_back, bill);
         session.erase(*kind.lines, id);
         session.erase(*kind.header, id);
+        session.record(history_action::take_back, bill, bill_content(bill));
     });
 }
 
@@ -214,6 +212,15 @@ std::vector<Record> Bookkeeping::Session::read_lines(const BillTable& table, con
 
 void Bookkeeping::Session::erase(const BillTable& table, const Text& id) {
     connection_.execute(Text(u"delete from ") + table.name + where_id(table, id));
+}
+
+void Bookkeeping::Session::record(TextView action, const Bill& bill, const Variant& content) {
+    Record entry;
+    entry.set(u"Kind", from_utf8(bill.kind->name));
+    entry.set(u"BillId", bill.id);
+    entry.set(u"Action", Text(action));
+    entry.set(u"Content", content);
+    insert(u"BillHistory", entry);
 }
 
 }  // namespace vantlo::host

@@ -74,7 +74,6 @@ inline constexpr Wording command_footer   = {
     "The options of every command: vantlo --help."};
 
 inline constexpr Wording init_about     = {"建立缺少的数据表", "Make the tables that are missing"};
-inline constexpr Wording unique_key_option = {"禁止同一键有两行台账；多个主机同时记账时使用", "Forbid two ledger rows of one key; for several hosts at once"};
 inline constexpr Wording init_example   = {"在 shop.db 中建立数据表", "Make the tables in shop.db"};
 inline constexpr Wording save_about     = {"保存单据并过账", "Store bills and post them"};
 inline constexpr Wording save_files     = {"含基础资料和单据的 JSON 文件", "JSON files of master data and bills"};
@@ -88,6 +87,8 @@ inline constexpr Wording ledger_about   = {"显示库存台账", "Show the stock
 inline constexpr Wording only_warehouse = {"只显示此仓库", "Only this warehouse"};
 inline constexpr Wording only_goods     = {"只显示此商品", "Only these goods"};
 inline constexpr Wording ledger_example = {"显示仓库 W01 的台账", "Show the ledger of warehouse W01"};
+inline constexpr Wording verify_about   = {"将台账与单据逐行核对；不符时退出码为 3", "Compare the ledger row by row with what the bills make of it; exit code 3 if they differ"};
+inline constexpr Wording verify_example = {"核对 vantlo.db 的台账", "Verify the ledger of vantlo.db"};
 
 // What was done
 inline constexpr Wording tables_ready   = {"数据表已齐备（{}）。", "The tables are there ({})."};
@@ -115,6 +116,22 @@ inline constexpr Wording received       = {"收入", "Received"};
 inline constexpr Wording issued         = {"发出", "Issued"};
 inline constexpr Wording on_hand        = {"结存", "On hand"};
 inline constexpr Wording total_of_rows  = {"合计 {} 行", "Total of {} rows"};
+
+// What verify reports
+inline constexpr Wording ledger_agrees  = {"台账与单据相符：单据 {} 张，台账 {} 行。",
+                                           "The ledger agrees with the bills: {} bills, {} ledger rows."};
+inline constexpr Wording ledger_differs = {"台账与单据不符：原因 {} 种，{} 处，台账 {} 行。",
+                                           "The ledger differs from the bills: causes {}, cases {}, ledger rows {}."};
+inline constexpr Wording stored_row     = {"台账", "ledger"};
+inline constexpr Wording expected_row   = {"单据", "bills "};
+inline constexpr Wording no_row         = {"无此行", "no such row"};
+inline constexpr Wording amounts        = {"收入 {}  发出 {}  结存 {}", "received {}  issued {}  on hand {}"};
+inline constexpr Wording null_amount    = {"空", "null"};
+inline constexpr Wording touched_by     = {"涉及单据：", "touched by "};
+inline constexpr Wording more_bills     = {" 等 {} 张", " and others, {} in all"};
+inline constexpr Wording no_bills       = {"没有单据", "no bill"};
+inline constexpr Wording took_back      = {"（冲回）", " (taken back)"};
+inline constexpr Wording steps_there    = {"前 {} 步已过账，共 {} 步", "the first {} of {} statements are there"};
 
 // clang-format on
 

@@ -160,3 +160,15 @@ create table SavedBill (
     Marker   text(64) not null primary key,
     SavedAt  datetime
 );
+
+-- What hosts did with bills, in the order in which it reached the ledger: an entry is the last statement of its transaction,
+-- which holds the bill's ledger rows by then. Content keeps a bill that was taken back as it was. `vantlo verify` posts all
+-- again in this order; stored bills without an entry come before all others, by date and id.
+create table BillHistory (
+    EntryNo  counter primary key,
+    Kind     text(40) not null,
+    BillId   text(40) not null,
+    Action   text(20) not null,
+    Content  memo,
+    DoneAt   datetime
+);

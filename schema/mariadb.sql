@@ -32,7 +32,7 @@ create table if not exists Inventory (
     GId         varchar(40),
     Model1      varchar(100),
     Model2      varchar(100),
-    Status      integer,
+    Status      int,
     Class       varchar(40),
     Unit        varchar(40),
     InQty       decimal(19,4),
@@ -159,4 +159,16 @@ create table if not exists GoodsBillItems (
 create table if not exists SavedBill (
     Marker   varchar(64) not null primary key,
     SavedAt  datetime default current_timestamp
+) engine = InnoDB default character set utf8mb4 collate utf8mb4_nopad_bin;
+
+-- What hosts did with bills, in the order in which it reached the ledger: an entry is the last statement of its transaction,
+-- which holds the bill's ledger rows by then. Content keeps a bill that was taken back as it was. `vantlo verify` posts all
+-- again in this order; stored bills without an entry come before all others, by date and id.
+create table if not exists BillHistory (
+    EntryNo  integer not null auto_increment primary key,
+    Kind     varchar(40) not null,
+    BillId   varchar(40) not null,
+    Action   varchar(20) not null,
+    Content  longtext,
+    DoneAt   datetime default current_timestamp
 ) engine = InnoDB default character set utf8mb4 collate utf8mb4_nopad_bin;

@@ -161,3 +161,15 @@ create table if not exists SavedBill (
     Marker   nvarchar(64) not null primary key,
     SavedAt  datetime default current_timestamp
 );
+
+-- What hosts did with bills, in the order in which it reached the ledger: an entry is the last statement of its transaction,
+-- which holds the bill's ledger rows by then. Content keeps a bill that was taken back as it was. `vantlo verify` posts all
+-- again in this order; stored bills without an entry come before all others, by date and id.
+create table if not exists BillHistory (
+    EntryNo  integer primary key,
+    Kind     nvarchar(40) not null,
+    BillId   nvarchar(40) not null,
+    Action   nvarchar(20) not null,
+    Content  nvarchar(1000000),
+    DoneAt   datetime default current_timestamp
+);

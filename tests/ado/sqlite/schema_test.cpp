@@ -30,6 +30,7 @@ TEST_CASE("The tables have the columns of the system under their own names") {
         {"GoodsUnit", "id,Unit,UnitConverter"},
         {"Goods", "ID,Class,GCZYCPFlag"},
         {"SavedBill", "Marker,SavedAt"},
+        {"BillHistory", "EntryNo,Kind,BillId,Action,Content,DoneAt"},
         {"Warehouse", "ID,Name"},
         {"StockBill", "Id,Kind,BillDate,ReferFlag,Remarks"},
         {"StockBillItems",

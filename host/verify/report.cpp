@@ -1,0 +1,126 @@
+#include "host/verify/report.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "automation/number_text.h"
+#include "host/words.h"
+
+namespace vantlo::host {
+
+namespace {
+
+struct CauseRow {
+    Cause cause;
+    Wording wording;
+};
+
+// clang-format off
+constexpr CauseRow causes[] = {
+    {Cause::refused_bill,     {"单据无法过账",                     "A bill cannot be posted"}},
+    {Cause::not_posted,       {"单据未过账",                       "A stored bill is not posted"}},
+    {Cause::posted_in_part,   {"单据只过账了一部分",               "A bill is posted in part"}},
+    {Cause::posted_twice,     {"单据过账了两次",                   "A bill is posted twice"}},
+    {Cause::not_taken_back,   {"单据已冲回，台账仍含其数量",       "A bill was taken back, but its posting is there still"}},
+    {Cause::taken_back_twice, {"单据冲回了两次",                   "A bill is taken back twice"}},
+    {Cause::null_quantity,    {"数量为空",                         "A quantity is null"}},
+    {Cause::duplicate_key,    {"同一键有多行",                     "Several rows have one key"}},
+    {Cause::blanks_in_key,    {"键的首尾有空白",                   "A key has blanks around it"}},
+    {Cause::width_of_key,     {"键的全角半角不同",                 "A key is written in another width"}},
+    {Cause::wrong_status,     {"状态有误",                         "A row has the wrong status"}},
+    {Cause::unbalanced,       {"收入减发出不等于结存",             "Received less issued is not on hand"}},
+    {Cause::negative_stock,   {"结存为负，单据并非如此",           "Stock is negative, by the bills it is not"}},
+    {Cause::missing_row,      {"台账缺行",                         "A row is missing"}},
+    {Cause::extra_row,        {"台账多行，没有单据",               "A row has no bill"}},
+    {Cause::changed_quantity, {"数量与单据不符",                   "A quantity is not what the bills say"}},
+};
+// clang-format on
+
+class Report {
+public:
+    Report(const CourseOfBills& course, Language language) : course_(course), language_(language) {}
+
+    std::string text(const std::vector<Finding>& findings, std::size_t ledger_rows) {
+        if (findings.empty()) {
+            const auto saved = std::ranges::count(course_.events, BillEvent::Action::save, &BillEvent::action);
+            const auto gone = static_cast<std::ptrdiff_t>(course_.events.size()) - saved;
+            return say(language_, words::ledger_agrees, saved - gone, ledger_rows) + "\n";
+        }
+        std::size_t number = 0;
+        for (auto first = findings.begin(); first != findings.end();) {
+            const auto last =
+                std::find_if(first, findings.end(), [&](const Finding& f) { return f.cause != first->cause; });
+            text_ += fmt::format("\n{}. {} ({})\n", ++number, cause_text(first->cause, language_), last - first);
+            for (; first != last; ++first) add(*first);
+        }
+        return say(language_, words::ledger_differs, number, findings.size(), ledger_rows) + "\n" + text_;
+    }
+
+private:
+    void add(const Finding& finding) {
+        if (finding.event) {
+            text_ += "   " + bill(*finding.event);
+            if (finding.cause == Cause::posted_in_part) {
+                text_ += "  " + say(language_, words::steps_there, finding.steps_there, finding.steps);
+            }
+            text_ += "\n";
+        }
+        if (!finding.reason.empty()) text_ += "     " + finding.reason + "\n";
+        for (const Difference& rows : finding.differences) add(rows);
+    }
+
+    void add(const Difference& rows) {
+        text_ += "   " + to_utf8(condition_of(rows.key)) + "\n";
+        add(words::stored_row, rows.stored);
+        add(words::expected_row, rows.expected);
+        text_ += "     " + touches(rows.events) + "\n";
+    }
+
+    void add(const Wording& name, const std::vector<LedgerEntry>& entries) {
+        if (entries.empty()) text_ += fmt::format("     {}  {}\n", name.in(language_), words::no_row.in(language_));
+        for (const LedgerEntry& entry : entries) {
+            const auto shown = [&](std::size_t column) {
+                const std::optional<std::int64_t>& quantity = entry.quantities[column];
+                if (!quantity) return std::string(words::null_amount.in(language_));
+                return to_utf8(number_text(Currency::from_ten_thousandths(*quantity)));
+            };
+            text_ += fmt::format("     {}  {}\n", name.in(language_),
+                                 say(language_, words::amounts, shown(0), shown(1), shown(2)));
+        }
+    }
+
+    [[nodiscard]] std::string touches(const std::vector<std::size_t>& events) const {
+        constexpr std::size_t shown_at_most = 6;
+        if (events.empty()) return std::string(words::no_bills.in(language_));
+        std::string names;
+        for (std::size_t i = 0; i < std::min(events.size(), shown_at_most); ++i) {
+            names += (i == 0 ? "" : ", ") + bill(events[i]);
+        }
+        if (events.size() > shown_at_most) names += say(language_, words::more_bills, events.size());
+        return std::string(words::touched_by.in(language_)) + names;
+    }
+
+    [[nodiscard]] std::string bill(std::size_t event) const {
+        const auto& [action, bill, is_recorded] = course_.events[event];
+        const std::string name = fmt::format("{} {}", bill.kind->name, to_utf8(bill.id));
+        return action == BillEvent::Action::save ? name : name + std::string(words::took_back.in(language_));
+    }
+
+    const CourseOfBills& course_;
+    Language language_;
+    std::string text_;
+};
+
+}  // namespace
+
+std::string report_of(const std::vector<Finding>& findings, const CourseOfBills& course, std::size_t ledger_rows,
+                      Language language) {
+    return Report(course, language).text(findings, ledger_rows);
+}
+
+std::string cause_text(Cause cause, Language language) {
+    return std::string(std::ranges::find(causes, cause, &CauseRow::cause)->wording.in(language));
+}
+
+}  // namespace vantlo::host

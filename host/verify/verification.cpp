@@ -1,0 +1,14 @@
+#include "host/verify/verification.h"
+
+namespace vantlo::host {
+
+Verification verify(NativeConnection& database, Language language) {
+    Verification verification;
+    verification.course = read_course(database);
+    verification.stored = read_entries(database);
+    verification.expected = recompute(database, verification.course, language);
+    verification.findings = compare(verification.stored, verification.expected, verification.course);
+    return verification;
+}
+
+}  // namespace vantlo::host

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "host/verify/comparison.h"
+
+namespace vantlo::host {
+
+/// A ledger compared with the bills of its database.
+struct Verification {
+    CourseOfBills course;
+    Recomputation expected;
+    std::vector<LedgerEntry> stored;
+    std::vector<Finding> findings;
+};
+
+/// Reads the bills and the ledger, and compares. What is saved meanwhile may show as a difference.
+Verification verify(NativeConnection& database, Language language);
+
+}  // namespace vantlo::host
