@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "ado/native_connection.h"
+#include "component/inventory_class.h"
+#include "host/bill.h"
+
+namespace vantlo::bench {
+
+/// Lines of goods moved between two warehouses, in boxes of 12: the same ones in every run.
+/// Shape    over `goods` kinds of goods in eight models each: every row of the ledger is met again after 8 * `goods`.
+std::vector<host::Record> movements(std::size_t count, std::size_t goods);
+
+/// The statements, in UTF-8, that make the tables where they are missing and fill in the units of so many kinds of goods.
+std::vector<std::string> shop_statements(const std::string& dialect, std::size_t goods);
+
+/// The statement that empties the ledger.
+std::string clearing_statement(const std::string& dialect);
+
+/// Runs statements given in UTF-8, in one transaction.
+void run_all(NativeConnection& database, const std::vector<std::string>& statements);
+
+/// Posts lines through the component, as a host does that saves stock bills.
+class Poster {
+public:
+    explicit Poster(Connection& connection);
+    Poster(const Poster&) = delete;
+    Poster& operator=(const Poster&) = delete;
+    ~Poster();
+
+    /// Errors   std::runtime_error unless the component answers 0.
+    void post(const host::Record& line);
+
+private:
+    Inventory_Class component_;
+    const Member& member_;
+};
+
+}  // namespace vantlo::bench
