@@ -103,8 +103,8 @@ void post(NativeConnection& database, Connection& connection, const Bill& bill) 
 /// Posts bills and keeps the statements of each, as the component issues them.
 std::vector<BillStatements> post_and_capture(NativeConnection& database, const std::vector<Bill>& bills) {
     std::vector<BillStatements> statements;
-    host::ObservedConnection observed(
-        database, [&](TextView statement) { statements.back().push_back(to_utf8(statement)); });
+    host::ObservedConnection observed(database,
+                                      [&](TextView statement) { statements.back().push_back(to_utf8(statement)); });
     for (const Bill& bill : bills) {
         statements.emplace_back();
         post(database, observed, bill);
@@ -119,7 +119,8 @@ Currency goods_received(NativeConnection& database) {
 /// For each row of the ledger a query that finds this row and no other.
 std::vector<std::string> queries_of_ledger(NativeConnection& database) {
     std::vector<std::string> queries;
-    const ResultTable ledger = database.run(u"select WID,GId,Model1,Model2,InQty,OutQty,CurrentQty from Inventory order by WID,GId,Model1,Model2");
+    const ResultTable ledger = database.run(
+        u"select WID,GId,Model1,Model2,InQty,OutQty,CurrentQty from Inventory order by WID,GId,Model1,Model2");
     for (const std::vector<Variant>& row : ledger.rows) {
         Text query = u"select 1 from Inventory where 1=1";
         for (std::size_t column = 0; column < row.size(); ++column) {
@@ -190,7 +191,7 @@ int measure(const std::string& name, int rounds, double at_most) {
 
     const auto per_line = [](double seconds) { return seconds / lines_in_a_bill * 1e6; };
     const double ratio = median(times.ratio);
-    fmt::print("| {} | {:.1f} µs | {:.1f} µs | {:.3f} | {:.3f}–{:.3f} | {} |\n", database->engine(),
+    fmt::print("| {} | {:.1f} µs | {:.1f} µs | {:.2f} | {:.2f}–{:.2f} | {} |\n", database->engine(),
                per_line(median(times.floor)), per_line(median(times.own)), ratio, quantile(times.ratio, 0.25),
                quantile(times.ratio, 0.75), at_most);
     return ratio <= at_most ? 0 : 1;
