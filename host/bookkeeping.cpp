@@ -105,7 +105,7 @@ Bookkeeping::Bookkeeping(Connect connect, ObservedConnection::Show show, Languag
 
 void Bookkeeping::save_master(const std::vector<MasterRow>& rows) {
     in_transaction("master data", [&](Session& session) {
-        for (const MasterRow& row : rows) session.insert(row.table, row.values);
+        for (const MasterRow& row : rows) session.insert(row.table->name, row.values);
     });
 }
 

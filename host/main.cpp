@@ -87,7 +87,8 @@ ExitCode run(const Invocation& invocation) {
     try {
         return invocation.work();
     } catch (const BadInput& failure) {
-        return tell(failure, ExitCode::bad_input);
+        std::cerr << failure.what() << '\n';  // a line for each error, which begins with its place
+        return ExitCode::bad_input;
     } catch (const PostingFailed& failure) {
         return tell(failure, ExitCode::posting_failed);
     } catch (const Interrupted& failure) {

@@ -79,6 +79,12 @@ inline constexpr Wording save_about     = {"保存单据并过账", "Store bills
 inline constexpr Wording save_files     = {"含基础资料和单据的 JSON 文件", "JSON files of master data and bills"};
 inline constexpr Wording save_example   = {"保存文件中的单据，每张单据一个事务", "Save the bills of a file, each in a transaction of its own"};
 inline constexpr Wording save_sql_example = {"同时显示发出的每条语句", "Show every statement beside it"};
+inline constexpr Wording import_about   = {"从文件导入基础资料和单据，先全部检查", "Take over master data and bills from files, all checked first"};
+inline constexpr Wording import_files   = {"含基础资料和单据的文件：.csv、.jsonl 或 .json", "Files of master data and bills: .csv, .jsonl or .json"};
+inline constexpr Wording import_example = {"导入商品、单位和单据", "Import goods, units and bills"};
+inline constexpr Wording import_gb_example = {"导入电子表格以 GB18030 编码保存的单据", "Import bills that a spreadsheet has written in GB18030"};
+inline constexpr Wording encoding_option = {"文件的编码：utf-8 或 gb18030", "Encoding of the files: utf-8 or gb18030"};
+inline constexpr Wording table_option   = {"CSV 文件的行是什么（文件不以此命名时）：warehouses、goods 或 units", "What the rows of a CSV file are that is not named after it: warehouses, goods or units"};
 inline constexpr Wording delete_about   = {"冲回一张已保存的单据并删除它", "Take a stored bill back and delete it"};
 inline constexpr Wording bill_kind      = {"单据种类", "Kind of bill"};
 inline constexpr Wording bill_id        = {"单据编号", "The bill's identifier"};
@@ -93,6 +99,7 @@ inline constexpr Wording verify_example = {"核对 vantlo.db 的台账", "Verify
 // What was done
 inline constexpr Wording tables_ready   = {"数据表已齐备（{}）。", "The tables are there ({})."};
 inline constexpr Wording saved          = {"已保存 {} 张单据，共 {} 行。", "Saved {} bills with {} lines."};
+inline constexpr Wording imported       = {"已导入 {} 行基础资料和 {} 张单据。", "Imported {} rows of master data and {} bills."};
 inline constexpr Wording taken_back     = {"已冲回 {} {}。", "Took {} {} back."};
 
 // What was not

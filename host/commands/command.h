@@ -56,12 +56,13 @@ CLI::App* add_command(CLI::App& app, const CommonOptions& common, const char* na
 
 void add_init(CLI::App& app, Invocation& invocation);
 void add_save(CLI::App& app, Invocation& invocation);
+void add_import(CLI::App& app, Invocation& invocation);
 void add_delete(CLI::App& app, Invocation& invocation);
 void add_ledger(CLI::App& app, Invocation& invocation);
 void add_verify(CLI::App& app, Invocation& invocation);
 
 /// The commands in the order in which the help lists them.
-inline constexpr void (*add_commands[])(CLI::App&, Invocation&) = {add_init, add_save, add_delete, add_ledger,
-                                                                   add_verify};
+inline constexpr void (*add_commands[])(CLI::App&, Invocation&) = {add_init,   add_save,   add_import,
+                                                                   add_delete, add_ledger, add_verify};
 
 }  // namespace vantlo::host

@@ -1,0 +1,294 @@
+#include "host/import/shop_reader.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+
+#include "automation/number_text.h"
+#include "host/import/csv_records.h"
+#include "host/import/json_reader.h"
+
+namespace vantlo::host {
+
+namespace {
+
+using Kind = InputValue::Kind;
+
+bool is_text(const InputValue& value) { return value.kind == Kind::text || value.kind == Kind::cell; }
+bool is_number(const InputValue& value) { return value.kind == Kind::number || value.kind == Kind::cell; }
+
+/// A value as an error shows it: texts quoted, long ones cut.
+std::string shown(const InputValue& value) {
+    constexpr std::size_t longest = 40;
+    switch (value.kind) {
+        case Kind::list: return "a list";
+        case Kind::object: return "an object";
+        case Kind::null:
+        case Kind::boolean:
+        case Kind::number: return value.text;
+        case Kind::text:
+        case Kind::cell: break;
+    }
+    const Text text = from_utf8(value.text);
+    if (text.size() <= longest) return fmt::format("\"{}\"", value.text);
+    return fmt::format("\"{}...\"", to_utf8(text.substr(0, longest)));
+}
+
+/// All of the text as a number, read without regard to the locale.
+template <typename Number>
+std::optional<Number> number_from(const std::string& text) {
+    Number number{};
+    const char* const end = text.data() + text.size();
+    const auto [stopped, problem] = std::from_chars(text.data(), end, number);
+    if (stopped != end || problem == std::errc::invalid_argument) return std::nullopt;
+    if (problem == std::errc::result_out_of_range) return std::numeric_limits<Number>::max();
+    return number;
+}
+
+/// What a line of a bill, or a bill that is about one kind of goods, cannot be without.
+constexpr std::string_view needed_fields[] = {"goods", "quantity"};
+
+Variant empty_value(ColumnType type) {
+    switch (type) {
+        case ColumnType::single: return 0.0F;
+        case ColumnType::whole_number: return std::int32_t{0};
+        case ColumnType::date: return Null{};
+        case ColumnType::text: break;
+    }
+    return Text();
+}
+
+}  // namespace
+
+void ShopReader::read(const std::string& path, const FileOptions& options) {
+    DecodedFile decoded;
+    try {
+        decoded = read_file(path, options.encoding);
+    } catch (const BadInput& failure) {
+        errors_.add(failure.what());
+        return;
+    }
+    source_ = sources_.emplace_back(std::make_unique<const SourceText>(path, std::move(decoded.text))).get();
+    const bool is_utf8 = options.encoding == Encoding::utf8;
+    for (const DecodedFile::Fault& fault : decoded.faults) {
+        tell(fault.offset, fmt::format("the byte 0x{:02X} is no {}", fault.byte,
+                                       is_utf8 ? "UTF-8; for a file in GB18030, say --encoding gb18030" : "GB18030"));
+    }
+    if (path.ends_with(".csv")) {
+        read_csv(*source_, options.table, errors_, [&](const MasterTable* table, const InputValue& record) {
+            table == nullptr ? take_bill(record) : take_row(*table, record);
+        });
+    } else if (path.ends_with(".jsonl") || path.ends_with(".ndjson")) {
+        read_json_lines(*source_, errors_, [&](InputValue& document) { take_json_line(document); });
+    } else {
+        read_document();
+    }
+}
+
+void ShopReader::read_document() {
+    const auto take_element = [&](const InputValue& list, const InputValue& element) {
+        const MasterTable* const table = find_master_table(list.name);
+        if (table != nullptr) take_row(*table, element);
+        if (list.name == "bills") take_bill(element);
+    };
+    const std::optional<InputValue> document = read_json(*source_, errors_, take_element);
+    if (!document || !expect_object(*document)) return;
+    for (const InputValue& part : document->children) {
+        if (find_master_table(part.name) == nullptr && part.name != "bills") {
+            tell(part.name_offset, fmt::format("unknown part \"{}\"", part.name));
+        } else if (part.kind != Kind::list) {
+            tell(part.offset, fmt::format("{}: a list is expected, not {}", part.name, shown(part)));
+        }
+    }
+}
+
+void ShopReader::take_json_line(InputValue& document) {
+    if (!expect_object(document)) return;
+    const InputValue* const name = document.member("table");
+    if (name == nullptr) return take_bill(document);
+    const MasterTable* const table = is_text(*name) ? find_master_table(name->text) : nullptr;
+    if (table == nullptr) return tell(name->offset, fmt::format("unknown table {}", shown(*name)));
+    std::erase_if(document.children, [](const InputValue& member) { return member.name == "table"; });
+    take_row(*table, document);
+}
+
+void ShopReader::take_row(const MasterTable& table, const InputValue& row) {
+    if (!expect_object(row)) return;
+    const std::span<const BillColumn> keys = table.columns.first(table.keys);
+    for (const BillColumn& column : keys) {
+        if (!is_given(row, column.field)) return;
+    }
+    Record values = read_record(row, table.name, table.columns, {});
+    std::string key(table.field), what;
+    for (const BillColumn& column : keys) {
+        const Text text = to_text(values.value(column.column));
+        if (text.empty()) return;  // no text, which is told
+        what += (what.empty() ? "" : " ") + to_utf8(trim_blanks(text));
+        key += "\n" + to_utf8(trim_blanks(text));
+    }
+    if (is_new(key, fmt::format("{} {}", table.field, what), row.offset)) {
+        shop_.master.push_back({&table, std::move(values)});
+    }
+}
+
+void ShopReader::take_bill(const InputValue& object) {
+    if (!expect_object(object) || !is_given(object, "kind") || !is_given(object, "id")) return;
+    const InputValue& kind = *object.member("kind");
+    Bill bill{find_bill_kind(kind.text), {}, {}, {}};
+    if (!is_text(kind) || bill.kind == nullptr)
+        return tell(kind.offset, fmt::format("unknown kind of bill {}", shown(kind)));
+    const BillTable& header = *bill.kind->header;
+    const InputValue& id = *object.member("id");
+    bill.id = read_text(id, "id", limits_.of(header.name, header.id_column));
+    if (bill.id.empty()) return;  // no text, which is told
+    bill.header = read_record(object, header.name, header.columns, {"kind", "id", "lines"});
+    check_needed(object, header.columns);
+    const InputValue* const lines = object.member("lines");
+    if (lines == nullptr) return tell_missing(object, "lines");
+    if (lines->kind != Kind::list) return tell(lines->offset, "lines: a list is expected, not " + shown(*lines));
+    if (lines->children.empty()) return tell(lines->offset, "the bill has no lines");
+    for (const InputValue& line : lines->children) {
+        if (!expect_object(line)) continue;
+        check_needed(line, bill.kind->lines->columns);
+        bill.lines.push_back(read_record(line, bill.kind->lines->name, bill.kind->lines->columns, {}));
+    }
+    const std::string trimmed = to_utf8(trim_blanks(bill.id));
+    const std::string what = fmt::format("{} {}", bill.kind->name, trimmed);
+    if (!is_new(to_utf8(header.name) + "\n" + trimmed, what, id.offset)) return;
+    shop_.bills.push_back(std::move(bill));
+    bill_origins_.push_back({source_, id.offset});
+}
+
+Record ShopReader::read_record(const InputValue& object, TextView table, std::span<const BillColumn> columns,
+                               std::initializer_list<std::string_view> others) {
+    for (const InputValue& member : object.children) {
+        const bool is_known = std::ranges::find(columns, member.name, &BillColumn::field) != columns.end() ||
+                              std::ranges::find(others, member.name) != others.end();
+        if (!is_known) tell(member.name_offset, fmt::format("unknown field \"{}\"", member.name));
+    }
+    Record record;
+    std::string_view field_before;
+    for (const BillColumn& column : columns) {
+        if (std::exchange(field_before, column.field) == column.field) {  // one field fills two columns
+            record.set(column.column, Variant(record.fields().back().value));
+            continue;
+        }
+        const InputValue* const value = object.member(column.field);
+        record.set(column.column, value == nullptr ? empty_value(column.type)
+                                                   : read_value(*value, column, limits_.of(table, column.column)));
+    }
+    return record;
+}
+
+void ShopReader::tell_missing(const InputValue& object, std::string_view field) {
+    tell(object.offset, fmt::format("\"{}\" is missing", field));
+}
+
+void ShopReader::check_needed(const InputValue& object, std::span<const BillColumn> columns) {
+    for (const std::string_view field : needed_fields) {
+        const auto column = std::ranges::find(columns, field, &BillColumn::field);
+        if (column == columns.end()) continue;
+        if (column->type == ColumnType::text) {
+            is_given(object, field);
+        } else if (object.member(field) == nullptr) {
+            tell_missing(object, field);
+        }
+    }
+}
+
+Variant ShopReader::read_value(const InputValue& value, const BillColumn& column, const ColumnLimits::Limit& limit) {
+    switch (column.type) {
+        case ColumnType::text: return read_text(value, column.field, limit);
+        case ColumnType::single: return read_single(value, column.field);
+        case ColumnType::whole_number: return read_whole_number(value, column.field, limit);
+        case ColumnType::date: break;
+    }
+    if (value.kind == Kind::null) return Null{};
+    // A time alone would be a time on the calendar's first day.
+    const bool has_day = is_text(value) && value.text.find_first_of("-/") != std::string::npos;
+    const std::optional<Date> date = has_day ? date_from_text(from_utf8(value.text)) : std::nullopt;
+    if (date) return *date;
+    tell(value.offset, fmt::format("{}: a date like 2024-03-05 is expected, not {}", column.field, shown(value)));
+    return Null{};
+}
+
+Text ShopReader::read_text(const InputValue& value, std::string_view field, const ColumnLimits::Limit& limit) {
+    if (!is_text(value)) {
+        tell(value.offset, fmt::format("{}: a text is expected, not {}", field, shown(value)));
+        return {};
+    }
+    Text text = from_utf8(value.text);
+    if (text.find(u'\0') != Text::npos) {
+        tell(value.offset, fmt::format("{}: the text contains the character NUL", field));
+    } else if (text.size() > limit.longest_text) {
+        tell(value.offset, fmt::format("{}: {} characters, where only {} are kept: {}", field, text.size(),
+                                       limit.longest_text, shown(value)));
+    }
+    return text;
+}
+
+Variant ShopReader::read_single(const InputValue& value, std::string_view field) {
+    if (value.kind == Kind::null) return Null{};
+    const std::optional<double> number = is_number(value) ? number_from<double>(value.text) : std::nullopt;
+    if (!number || !std::isfinite(*number)) {
+        tell(value.offset, fmt::format("{}: a number is expected, not {}", field, shown(value)));
+    } else if (std::abs(*number) > double{std::numeric_limits<float>::max()}) {
+        tell(value.offset, fmt::format("{}: {} is too large", field, shown(value)));
+    } else {
+        const auto single = static_cast<float>(*number);
+        const Text kept = number_text(single);
+        // What the file says is what people will see: a Single keeps seven digits.
+        if (double_from_text(kept) == number) return single;
+        tell(value.offset, fmt::format("{}: {} would be kept as {}", field, shown(value), to_utf8(kept)));
+    }
+    return 0.0F;
+}
+
+Variant ShopReader::read_whole_number(const InputValue& value, std::string_view field,
+                                      const ColumnLimits::Limit& limit) {
+    if (value.kind == Kind::null) return Null{};
+    const std::optional<std::int64_t> number = is_number(value) ? number_from<std::int64_t>(value.text) : std::nullopt;
+    const std::int64_t least =
+        limit.is_short ? std::numeric_limits<std::int16_t>::min() : std::numeric_limits<std::int32_t>::min();
+    const std::int64_t greatest = -1 - least;
+    if (!number) {
+        tell(value.offset, fmt::format("{}: a whole number is expected, not {}", field, shown(value)));
+    } else if (*number < least || *number > greatest) {
+        tell(value.offset, fmt::format("{}: {} is outside {} to {}", field, shown(value), least, greatest));
+    } else {
+        return static_cast<std::int32_t>(*number);
+    }
+    return std::int32_t{0};
+}
+
+bool ShopReader::expect_object(const InputValue& value) {
+    if (value.kind == Kind::object) return true;
+    tell(value.offset, "an object is expected, not " + shown(value));
+    return false;
+}
+
+/// Whether the object has something in that field, and be it of the wrong type; missing and blank texts are told.
+bool ShopReader::is_given(const InputValue& object, std::string_view field) {
+    const InputValue* const value = object.member(field);
+    if (value == nullptr) {
+        tell_missing(object, field);
+    } else if (is_text(*value) && value->text.find_first_not_of(' ') == std::string::npos) {
+        tell(value->offset, fmt::format("\"{}\" is empty", field));
+    } else {
+        return true;
+    }
+    return false;
+}
+
+bool ShopReader::is_new(const std::string& key, const std::string& what, std::size_t offset) {
+    const auto [first, is_inserted] = seen_.try_emplace(key, Origin{source_, offset});
+    if (is_inserted) return true;
+    const Place place = first->second.source->place(first->second.offset);
+    tell(offset, fmt::format("{} is given twice; it stands at {}:{}:{} already", what, first->second.source->file(),
+                             place.line, place.column));
+    return false;
+}
+
+}  // namespace vantlo::host
