@@ -74,7 +74,8 @@ class Bookkeeping::Session {
 public:
     Session(NativeConnection& database, const ObservedConnection::Show& show, Language language)
         : connection_(database, show), language_(language) {
-        component_.let_DATAType(u"[Microsoft SQL Server]");  // whose date literals every native engine reads
+        // Every engine but Access reads the date literals of SQL Server.
+        component_.let_DATAType(database.dialect() == "access" ? u"[Microsoft Access]" : u"[Microsoft SQL Server]");
         component_.set_ADOConn(&connection_);
     }
     Session(const Session&) = delete;

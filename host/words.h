@@ -74,6 +74,7 @@ inline constexpr Wording command_footer   = {
     "The options of every command: vantlo --help."};
 
 inline constexpr Wording init_about     = {"建立缺少的数据表", "Make the tables that are missing"};
+inline constexpr Wording unique_key_option = {"禁止同一键有两行台账；多个主机同时记账时使用", "Forbid two ledger rows of one key; for several hosts at once"};
 inline constexpr Wording init_example   = {"在 shop.db 中建立数据表", "Make the tables in shop.db"};
 inline constexpr Wording save_about     = {"保存单据并过账", "Store bills and post them"};
 inline constexpr Wording save_files     = {"含基础资料和单据的 JSON 文件", "JSON files of master data and bills"};

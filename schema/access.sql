@@ -168,7 +168,7 @@ create table BillHistory (
     EntryNo  counter primary key,
     Kind     text(40) not null,
     BillId   text(40) not null,
-    Action   text(20) not null,
+    Action   text(40) not null,
     Content  memo,
     DoneAt   datetime
 );

@@ -32,7 +32,7 @@ create table if not exists Inventory (
     GId         varchar(40),
     Model1      varchar(100),
     Model2      varchar(100),
-    Status      int,
+    Status      integer,
     Class       varchar(40),
     Unit        varchar(40),
     InQty       decimal(19,4),
@@ -168,7 +168,7 @@ create table if not exists BillHistory (
     EntryNo  integer not null auto_increment primary key,
     Kind     varchar(40) not null,
     BillId   varchar(40) not null,
-    Action   varchar(20) not null,
+    Action   varchar(40) not null,
     Content  longtext,
     DoneAt   datetime default current_timestamp
 ) engine = InnoDB default character set utf8mb4 collate utf8mb4_nopad_bin;

@@ -169,7 +169,7 @@ create table if not exists BillHistory (
     EntryNo  integer primary key,
     Kind     nvarchar(40) not null,
     BillId   nvarchar(40) not null,
-    Action   nvarchar(20) not null,
+    Action   nvarchar(40) not null,
     Content  nvarchar(1000000),
     DoneAt   datetime default current_timestamp
 );

@@ -174,10 +174,10 @@ if object_id('SavedBill') is null create table SavedBill (
 -- which holds the bill's ledger rows by then. Content keeps a bill that was taken back as it was. `vantlo verify` posts all
 -- again in this order; stored bills without an entry come before all others, by date and id.
 if object_id('BillHistory') is null create table BillHistory (
-    EntryNo  integer identity primary key,
+    EntryNo  int identity primary key,
     Kind     nvarchar(40) collate Chinese_PRC_BIN2 not null,
     BillId   nvarchar(40) collate Chinese_PRC_BIN2 not null,
-    Action   nvarchar(20) collate Chinese_PRC_BIN2 not null,
+    Action   nvarchar(40) collate Chinese_PRC_BIN2 not null,
     Content  nvarchar(max) collate Chinese_PRC_BIN2,
     DoneAt   datetime default current_timestamp
 );

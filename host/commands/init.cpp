@@ -7,9 +7,10 @@ namespace vantlo::host {
 
 namespace {
 
-ExitCode init(const CommonOptions& common) {
+ExitCode init(const CommonOptions& common, bool with_unique_key) {
     const auto database = common.connect(true)();
     database->run_script(schema_for(database->dialect()));
+    if (with_unique_key) database->run_script(unique_key_for(database->dialect()));
     std::cerr << common.say(words::tables_ready, database->engine()) << '\n';
     return ExitCode::done;
 }
@@ -17,8 +18,14 @@ ExitCode init(const CommonOptions& common) {
 }  // namespace
 
 void add_init(CLI::App& app, Invocation& invocation) {
-    add_command(app, invocation.common, "init", words::init_about, {{"vantlo --db shop.db init", words::init_example}})
-        ->callback([&invocation] { invocation.work = [&common = invocation.common] { return init(common); }; });
+    const CommonOptions& common = invocation.common;
+    CLI::App* const command =
+        add_command(app, common, "init", words::init_about, {{"vantlo --db shop.db init", words::init_example}});
+    const auto with_unique_key = std::make_shared<bool>(false);
+    command->add_flag("--unique-key", *with_unique_key, common.say(words::unique_key_option));
+    command->callback([&invocation, with_unique_key] {
+        invocation.work = [&common = invocation.common, with_unique_key] { return init(common, *with_unique_key); };
+    });
 }
 
 }  // namespace vantlo::host

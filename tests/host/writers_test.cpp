@@ -7,10 +7,9 @@
 
 #include "ado/open_connection.h"
 #include "host/bookkeeping.h"
+#include "tests/host/empty_shop.h"
 #include "tests/host/stock_bills.h"
 #include "tests/support/recording.h"
-#include "tests/support/servers.h"
-#include "tests/support/test_database.h"
 
 // Many sessions save bills and take some back, each on its own thread and connection, all of them on the same few ledger
 // rows.
@@ -102,30 +101,6 @@ void check_writers(const Server& server, const char* settings) {
     MESSAGE(server.dialect << " " << std::string(settings) << ": " << writers * bills_per_writer << " bills by "
                            << writers << " writers, " << retries.load() << " attempts failed and were made again");
 }
-
-/// An empty ledger and no bills for the length of a test, with the unique key or without it.
-class EmptyShop {
-public:
-    EmptyShop(const Server& server, bool with_key) : owner_(server.connect()) {
-        owner_->run_script(schema_of(server.dialect));
-        owner_->run_script(emptying);
-        if (!with_key) return;
-        owner_->run_script(schema_of(server.dialect + "-unique"));
-        drop_key_ = server.dialect == "mariadb" ? "drop index InventoryUniqueKey on Inventory"
-                                                : "drop index InventoryUniqueKey";
-    }
-    EmptyShop(const EmptyShop&) = delete;
-    EmptyShop& operator=(const EmptyShop&) = delete;
-    ~EmptyShop() { owner_->run_script(emptying + drop_key_); }
-
-private:
-    inline static const std::string emptying =
-        "delete from Inventory; delete from StockBill; delete from StockBillItems; delete from SavedBill; delete from "
-        "BillHistory;";
-
-    Owned<OdbcConnection> owner_;
-    std::string drop_key_;
-};
 
 TEST_CASE("16 writers on the same few rows leave exact sums and one row a key, with the unique key") {
     for (const Server& server : servers()) {

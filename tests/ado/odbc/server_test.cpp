@@ -201,12 +201,36 @@ TEST_CASE("A database whose character set loses characters is refused at connect
     }
 }
 
-TEST_CASE("A character set asked for in the connection string does not change what texts become") {
+TEST_CASE("A character set asked for in the connection string changes no text, and frees none from its literal") {
+    // 縗 ends in the byte 0x97, 稞 in 0x9E: in GBK, Big5 and Shift-JIS either would swallow what follows.
+    const Text attack = u"縗\\' or 1=1 -- 稞\\";
     for (const Server& server : servers()) {
         if (server.dialect != "mariadb") continue;
-        const Owned<OdbcConnection> connection = server.connect("CHARSET=latin1");
-        CHECK(only_value(*connection, u"select '𠮷野家' as a") == Variant(u"𠮷野家"));
-        CHECK(to_text(only_value(*connection, u"select hex('𠮷') as a")) == u"F0A0AEB7");
+        for (const char* set : {"latin1", "utf8mb3", "gbk", "big5", "sjis"}) {
+            INFO(std::string(set));
+            const Owned<OdbcConnection> connection = server.connect(std::string("CHARSET=") + set);
+            CHECK(only_value(*connection, u"select '𠮷野家' as a") == Variant(u"𠮷野家"));
+            CHECK(to_text(only_value(*connection, u"select hex('𠮷') as a")) == u"F0A0AEB7");
+            CHECK(only_value(*connection, u"select " + literal(attack) + u" as a") == Variant(attack));
+            make_table(*connection, u"a varchar(40)");
+            connection->run(u"insert into T values ('secret')");
+            CHECK(connection->run(u"select a from T where a=" + literal(attack) + u"\n").rows.empty());
+        }
+    }
+}
+
+TEST_CASE("Two minus signs begin a comment on PostgreSQL, WHERE included, and are two signs on MariaDB") {
+    for (const Server& server : servers()) {
+        INFO(server.dialect);
+        const Owned<OdbcConnection> connection = server.connect();
+        make_table(*connection, u"a integer, q integer");
+        connection->run(u"insert into T values (1, 10), (2, 20)");
+        connection->run(u"update T set q = q--3 where a = 1");
+        const bool is_comment = server.dialect == "postgresql";
+        CHECK(to_long(only_value(*connection, u"select q from T where a = 1")) == (is_comment ? 10 : 13));
+        connection->run(u"update T set a = 9, q = q--3 where a = 1");
+        const std::int32_t changed = to_long(only_value(*connection, u"select count(*) from T where a = 9"));
+        CHECK(changed == (is_comment ? 2 : 1));
     }
 }
 
