@@ -125,7 +125,8 @@ void ShopReader::take_row(const MasterTable& table, const InputValue& row) {
     for (const BillColumn& column : keys) {
         const Text text = to_text(values.value(column.column));
         if (text.empty()) return;  // no text, which is told
-        what += (what.empty() ? "" : " ") + to_utf8(trim_blanks(text));
+        if (!what.empty()) what += ' ';
+        what += to_utf8(trim_blanks(text));
         key += "\n" + to_utf8(trim_blanks(text));
     }
     if (is_new(key, fmt::format("{} {}", table.field, what), row.offset)) {
