@@ -72,8 +72,8 @@ std::string take_messages() { return std::exchange(shown_messages, {}); }
 /// The work of one transaction, on the connection that it is open on.
 class Bookkeeping::Session {
 public:
-    Session(NativeConnection& database, const ObservedConnection::Show& show, Language language)
-        : connection_(database, show), language_(language) {
+    Session(NativeConnection& database, const ObservedConnection::Show& show, Language language, PostingWatch* watch)
+        : connection_(database, show, watch), language_(language), watch_(watch) {
         // Every engine but Access reads the date literals of SQL Server.
         component_.let_DATAType(database.dialect() == "access" ? u"[Microsoft Access]" : u"[Microsoft SQL Server]");
         component_.set_ADOConn(&connection_);
@@ -95,11 +95,13 @@ private:
 
     ObservedConnection connection_;
     Language language_;
+    PostingWatch* watch_;
     Inventory_Class component_;
 };
 
-Bookkeeping::Bookkeeping(Connect connect, ObservedConnection::Show show, Language language)
-    : saver_(std::move(connect)), show_(std::move(show)), language_(language) {
+Bookkeeping::Bookkeeping(Connect connect, std::shared_ptr<BookkeepingObserver> observer, Language language,
+                         std::optional<Guard> guard)
+    : saver_(std::move(connect)), observer_(std::move(observer)), language_(language), guard_(guard) {
     std::random_device random;
     for (int word = 0; word < 4; ++word) name_ += from_utf8(fmt::format("{:08x}", random()));
 }
@@ -129,19 +131,38 @@ void Bookkeeping::remove(const BillKind& kind, const Text& id) {
 }
 
 void Bookkeeping::in_transaction(const std::string& what, const std::function<void(Session&)>& body) {
+    ObservedConnection::Show show;
+    if (observer_ != nullptr) show = [this](TextView statement) { observer_->sends(statement); };
+    std::vector<LedgerChange> changes;
     const auto work = [&](NativeConnection& database) {
         take_messages();  // those of an attempt that failed
-        Session session(database, show_, language_);
+        findings_.warnings.clear();
+        if (observer_ != nullptr) observer_->begins(what);
+        std::optional<PostingWatch> watch;
+        if (guard_) watch.emplace(database, *guard_, language_, findings_);
+        Session session(database, show, language_, watch ? &*watch : nullptr);
         body(session);
+        if (watch) changes = watch->changes();
+        if (watch) watch->look_at_stock(changes);
         return std::int32_t{0};
+    };
+    const auto tell_warnings = [&] {
+        if (observer_ == nullptr) return;
+        for (const std::string& warning : findings_.warnings) observer_->warns(what, warning);
     };
     try {
         saver_.save(next_marker(), work);
     } catch (const Interrupted&) {
         throw;
+    } catch (const Refused& refusal) {
+        tell_warnings();
+        throw Refused(fmt::format("{}: {}", what, refusal.what()));
     } catch (const std::exception& failure) {
+        tell_warnings();
         throw PostingFailed(fmt::format("{}: {}", what, failure.what()));
     }
+    tell_warnings();
+    if (observer_ != nullptr) observer_->ends(changes);
 }
 
 Text Bookkeeping::next_marker() { return name_ + from_utf8(fmt::format("-{}", ++savings_)); }
@@ -173,12 +194,15 @@ Bill Bookkeeping::Session::stored(const BillKind& kind, const Text& id) {
 }
 
 void Bookkeeping::Session::post(std::span<const MemberCall> calls, const Bill& bill) {
+    if (watch_ != nullptr) watch_->look_at(bill);
     for (const MemberCall& call : calls) {
         const Member& member = *find_method(call.member);
         const auto post_one = [&](Line* line) {
             const std::int32_t result = component_.call(member, arguments_for(call, bill, line));
             if (result == 0) return;
-            stop_if_interrupted();  // then it is the statement that was not sent which failed
+            // The statement that was not sent is the one which failed then.
+            stop_if_interrupted();
+            if (watch_ != nullptr) watch_->raise_refusal();
             throw PostingFailed(fmt::format("{} returned {} ({})\n{}{}", to_utf8(call.member), result,
                                             to_utf8(standard_text(result, language_)), take_messages(),
                                             connection_.account()));

@@ -1,18 +1,39 @@
 #pragma once
 
 #include <functional>
+#include <memory>
+#include <optional>
 #include <stdexcept>
 
 #include "automation/error_text.h"
 #include "host/bill_file.h"
 #include "host/bill_saver.h"
 #include "host/observed_connection.h"
+#include "host/posting_watch.h"
 
 namespace vantlo::host {
 
 /// A bill that could not be saved or taken back; nothing of it was left behind.
 class PostingFailed : public std::runtime_error {
     using std::runtime_error::runtime_error;
+};
+
+/// What a host sees of its bookkeeping, call by call; every call does nothing unless it is told to.
+class BookkeepingObserver {
+public:
+    BookkeepingObserver() = default;
+    BookkeepingObserver(const BookkeepingObserver&) = delete;
+    BookkeepingObserver& operator=(const BookkeepingObserver&) = delete;
+    virtual ~BookkeepingObserver() = default;
+
+    /// An attempt to save or take back begins.
+    virtual void begins(const std::string& /*bill*/) {}
+    /// A statement is sent.
+    virtual void sends(TextView /*statement*/) {}
+    /// Something is dubious; told once the bill is in the database, or has failed.
+    virtual void warns(const std::string& /*bill*/, const std::string& /*what*/) {}
+    /// The bill is in the database, and has moved these rows.
+    virtual void ends(const std::vector<LedgerChange>& /*changes*/) {}
 };
 
 /// Keeps bills and the ledger of one database together: every bill is stored and posted, or taken back and deleted, in
@@ -22,18 +43,21 @@ class PostingFailed : public std::runtime_error {
 ///          rolled back.
 class Bookkeeping {
 public:
-    /// `show` sees every statement of a bill as it is sent; `language` is that of the error texts in PostingFailed, the
-    /// component's own messages are Chinese.
+    /// The observer may be null. `language` is that of the error texts in PostingFailed, the
+    /// component's own messages are Chinese. Without a guard nothing is refused and no warning given.
     /// Errors   Failure, if no connection can be opened.
-    explicit Bookkeeping(Connect connect, ObservedConnection::Show show = {}, Language language = Language::chinese);
+    explicit Bookkeeping(Connect connect, std::shared_ptr<BookkeepingObserver> observer = {},
+                         Language language = Language::chinese, std::optional<Guard> guard = {});
 
     /// Stores master rows in one transaction; a row that is there already is replaced.
     void save_master(const std::vector<MasterRow>& rows);
 
-    /// Stores a bill and posts it. Errors: PostingFailed with the user's messages and the database's words.
+    /// Stores a bill and posts it. Errors: PostingFailed with the user's messages and the database's words;
+    /// Refused by the guard.
     void save(const Bill& bill);
 
-    /// Takes a stored bill back and deletes it. Errors: PostingFailed; also if there is no such bill.
+    /// Takes a stored bill back and deletes it. Errors: PostingFailed, also if there is no such bill;
+    /// Refused by the guard.
     void remove(const BillKind& kind, const Text& id);
 
     /// How many attempts after the first all calls together have made.
@@ -46,8 +70,10 @@ private:
     [[nodiscard]] Text next_marker();
 
     BillSaver saver_;
-    ObservedConnection::Show show_;
+    std::shared_ptr<BookkeepingObserver> observer_;
     Language language_;
+    std::optional<Guard> guard_;
+    Findings findings_;
     Text name_;  ///< no other Bookkeeping has it, in any process
     long savings_ = 0;
 };

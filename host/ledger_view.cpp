@@ -16,11 +16,28 @@ Text text_of(const Variant& value) { return value.is<Null>() ? Text() : to_text(
 
 Currency quantity_of(const Variant& value) { return value.is<Null>() ? Currency() : to_currency(value); }
 
-std::string utf8_of(Currency value) { return to_utf8(number_text(value)); }
-
 std::string named(const Text& id, const Text& name) { return to_utf8(name.empty() ? id : id + u" " + name); }
 
 }  // namespace
+
+LedgerRow ledger_row(Recordset& rows, bool has_names) {
+    const auto text = [&](TextView column) { return text_of(rows.field(column)); };
+    const auto name = [&](TextView column) { return has_names ? text(column) : Text(); };
+    const auto quantity = [&](TextView column) { return quantity_of(rows.field(column)); };
+    return {text(u"WID"),       name(u"WarehouseName"), text(u"GId"),           name(u"GoodsName"),
+            text(u"Model1"),    text(u"Model2"),        text(u"Status"),        text(u"Unit"),
+            quantity(u"InQty"), quantity(u"OutQty"),    quantity(u"CurrentQty")};
+}
+
+std::string key_text(const LedgerRow& row, Language language) {
+    std::string key = to_utf8(row.warehouse);
+    for (const Text* const part : {&row.goods, &row.model1, &row.model2}) {
+        if (!part->empty()) key += " " + to_utf8(*part);
+    }
+    return say(language, words::key_with_status, key, to_utf8(row.status));
+}
+
+std::string quantity_text(Currency value) { return to_utf8(number_text(value)); }
 
 std::vector<LedgerRow> read_ledger(NativeConnection& database, const LedgerFilter& filter) {
     Text select =
@@ -30,13 +47,7 @@ std::vector<LedgerRow> read_ledger(NativeConnection& database, const LedgerFilte
     if (!filter.goods.empty()) select += u" and Inventory.GId=" + GetSqlVal(filter.goods);
     std::vector<LedgerRow> ledger;
     const RecordsetVariable rows = database.execute(select);
-    for (; !rows->eof(); rows->move_next()) {
-        const auto text = [&](TextView column) { return text_of(rows->field(column)); };
-        const auto quantity = [&](TextView column) { return quantity_of(rows->field(column)); };
-        ledger.push_back({text(u"WID"), text(u"WarehouseName"), text(u"GId"), text(u"GoodsName"), text(u"Model1"),
-                          text(u"Model2"), text(u"Status"), text(u"Unit"), quantity(u"InQty"), quantity(u"OutQty"),
-                          quantity(u"CurrentQty")});
-    }
+    for (; !rows->eof(); rows->move_next()) ledger.push_back(ledger_row(*rows, true));
     const auto key = [](const LedgerRow& row) {
         return std::tie(row.warehouse, row.goods, row.model1, row.model2, row.status);
     };
@@ -57,13 +68,13 @@ std::string ledger_table(const std::vector<LedgerRow>& rows, Language language) 
     std::int64_t received = 0, issued = 0, on_hand = 0;
     for (const LedgerRow& row : rows) {
         table.add_row({named(row.warehouse, row.warehouse_name), named(row.goods, row.goods_name), to_utf8(row.model1),
-                       to_utf8(row.model2), to_utf8(row.status), utf8_of(row.received), utf8_of(row.issued),
-                       utf8_of(row.on_hand)});
+                       to_utf8(row.model2), to_utf8(row.status), quantity_text(row.received), quantity_text(row.issued),
+                       quantity_text(row.on_hand)});
         received += row.received.ten_thousandths();
         issued += row.issued.ten_thousandths();
         on_hand += row.on_hand.ten_thousandths();
     }
-    const auto total = [](std::int64_t sum) { return utf8_of(Currency::from_ten_thousandths(sum)); };
+    const auto total = [](std::int64_t sum) { return quantity_text(Currency::from_ten_thousandths(sum)); };
     table.set_totals({say(language, words::total_of_rows, rows.size()), "", "", "", "", total(received), total(issued),
                       total(on_hand)});
     return table.text();

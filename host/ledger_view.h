@@ -24,6 +24,16 @@ struct LedgerRow {
     Currency received, issued, on_hand;
 };
 
+/// The row that a recordset of the ledger stands on; it knows the names only where the recordset has them.
+LedgerRow ledger_row(Recordset& rows, bool has_names = false);
+
+/// The key of a row, for people.
+/// Example  `W01 G009 曜石黑, status 0`
+std::string key_text(const LedgerRow& row, Language language);
+
+/// A quantity as number_text writes it, in UTF-8.
+std::string quantity_text(Currency value);
+
 /// The wanted rows, by warehouse, goods, models and status.
 std::vector<LedgerRow> read_ledger(NativeConnection& database, const LedgerFilter& filter);
 

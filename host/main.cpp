@@ -91,6 +91,8 @@ ExitCode run(const Invocation& invocation) {
         return ExitCode::bad_input;
     } catch (const PostingFailed& failure) {
         return tell(failure, ExitCode::posting_failed);
+    } catch (const Refused& refusal) {
+        return tell(refusal, ExitCode::refused);
     } catch (const Interrupted& failure) {
         return tell(failure, ExitCode::interrupted);
     } catch (const std::exception& failure) {

@@ -7,9 +7,12 @@ namespace vantlo::host {
 
 RecordsetVariable ObservedConnection::execute(TextView statement) {
     stop_if_interrupted();
+    if (watch_ != nullptr) watch_->before(statement);
     if (show_) show_(statement);
     try {
-        return database_.execute(statement);
+        ResultTable result = database_.run(statement);
+        if (watch_ != nullptr) watch_->after(statement, result);
+        return make_client_recordset(std::move(result));
     } catch (const Failure& failure) {
         account_ = failure.what();
         throw;

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "ado/native_connection.h"
+#include "host/posting_watch.h"
 
 namespace vantlo::host {
 
@@ -14,8 +15,9 @@ class ObservedConnection final : public Connection {
 public:
     using Show = std::function<void(TextView statement)>;
 
-    explicit ObservedConnection(NativeConnection& database, Show show = {})
-        : database_(database), show_(std::move(show)) {}
+    /// `watch` sees every statement before it is sent, and its result; it may be null.
+    explicit ObservedConnection(NativeConnection& database, Show show = {}, PostingWatch* watch = nullptr)
+        : database_(database), show_(std::move(show)), watch_(watch) {}
 
     void add_reference() noexcept override {}  // it lives with the host, which lets go of it last
     void release() noexcept override {}
@@ -29,6 +31,7 @@ public:
 private:
     NativeConnection& database_;
     Show show_;
+    PostingWatch* watch_;
     std::string account_;
 };
 

@@ -76,10 +76,12 @@ inline constexpr Wording command_footer   = {
 inline constexpr Wording init_about     = {"建立缺少的数据表", "Make the tables that are missing"};
 inline constexpr Wording unique_key_option = {"禁止同一键有两行台账；多个主机同时记账时使用", "Forbid two ledger rows of one key; for several hosts at once"};
 inline constexpr Wording init_example   = {"在 shop.db 中建立数据表", "Make the tables in shop.db"};
+inline constexpr Wording init_dry_run_option = {"只显示将执行的语句", "Only show the statements"};
 inline constexpr Wording save_about     = {"保存单据并过账", "Store bills and post them"};
 inline constexpr Wording save_files     = {"含基础资料和单据的 JSON 文件", "JSON files of master data and bills"};
 inline constexpr Wording save_example   = {"保存文件中的单据，每张单据一个事务", "Save the bills of a file, each in a transaction of its own"};
 inline constexpr Wording save_sql_example = {"同时显示发出的每条语句", "Show every statement beside it"};
+inline constexpr Wording save_dry_example = {"只显示会发生什么", "Show what would happen"};
 inline constexpr Wording import_about   = {"从文件导入基础资料和单据，先全部检查", "Take over master data and bills from files, all checked first"};
 inline constexpr Wording import_files   = {"含基础资料和单据的文件：.csv、.jsonl 或 .json", "Files of master data and bills: .csv, .jsonl or .json"};
 inline constexpr Wording import_example = {"导入商品、单位和单据", "Import goods, units and bills"};
@@ -101,11 +103,13 @@ inline constexpr Wording verify_example = {"核对 vantlo.db 的台账", "Verify
 inline constexpr Wording tables_ready   = {"数据表已齐备（{}）。", "The tables are there ({})."};
 inline constexpr Wording saved          = {"已保存 {} 张单据，共 {} 行。", "Saved {} bills with {} lines."};
 inline constexpr Wording imported       = {"已导入 {} 行基础资料和 {} 张单据。", "Imported {} rows of master data and {} bills."};
+inline constexpr Wording would_import   = {"将导入 {} 行基础资料和 {} 张单据；未写入任何数据。", "Would import {} rows of master data and {} bills; nothing was written."};
 inline constexpr Wording taken_back     = {"已冲回 {} {}。", "Took {} {} back."};
 
 // What was not
 inline constexpr Wording interrupted_at = {"已中断：已保存 {} 张单据，共 {} 行；{} {} 已回滚，其后的单据未处理。",
                                            "Interrupted: {} bills with {} lines were saved; {} {} was rolled back, and none after it begun."};
+inline constexpr Wording interrupted_rehearsal = {"已中断；未写入任何数据。", "Interrupted; nothing was written."};
 inline constexpr Wording unknown_kind   = {"没有“{}”这种单据；单据种类有", "there is no kind of bill \"{}\"; the kinds are"};
 inline constexpr Wording password_shown = {"命令行参数中不得有密码，本机的其他用户都能看到；请放入环境变量 VANTLO_PASSWORD，或将整个连接字符串放入 VANTLO_DB",
                                            "no passwords in arguments, where everybody on the machine can read them: put it into the environment's VANTLO_PASSWORD, or the whole connection string into VANTLO_DB"};
@@ -114,7 +118,27 @@ inline constexpr Wording something_unknown = {"不认识的参数或命令（{}�
 inline constexpr Wording bad_value      = {"值无效（{}）", "a value is wrong ({})"};
 inline constexpr Wording see_help       = {"运行 {} --help 查看用法。", "Run {} --help for more."};
 
+// What the guard says
+inline constexpr Wording warning        = {"警告：{}：{}", "warning: {}: {}"};
+inline constexpr Wording null_quantity  = {"第 {} 行没有数量", "line {} has no quantity"};
+inline constexpr Wording null_header    = {"表头没有数量", "the header has no quantity"};
+inline constexpr Wording unknown_unit   = {"商品 {} 没有单位“{}”，按 1 个基本单位计", "goods {} have no unit \"{}\": it counts as one base unit"};
+inline constexpr Wording negative_stock = {"{} 的结存将变为 {}", "{} goes to {} on hand"};
+inline constexpr Wording comment_in_statement = {
+    "数量为负：两个减号之后的部分连同 WHERE 子句都会被当作注释，每一行台账都会改变（--force 仍然执行）：{}",
+    "the quantity is negative, so that everything behind the two minus signs would be a comment, the WHERE clause too, and every row of the ledger would change (--force sends it all the same): {}"};
+inline constexpr Wording force_option   = {"即使语句会改变每一行台账也执行", "Send even a statement that changes every row of the ledger"};
+inline constexpr Wording negative_option = {"拒绝使结存变为负数的单据", "Refuse bills that take stock below zero"};
+inline constexpr Wording dry_run_option = {"只显示将发出的语句以及台账的前后变化，不写入任何数据", "Show the statements and what they change in the ledger, and write nothing"};
+
+// A dry run
+inline constexpr Wording change_of_row  = {"{}：收入 {} → {}，发出 {} → {}，结存 {} → {}", "{}: received {} → {}, issued {} → {}, on hand {} → {}"};
+inline constexpr Wording nothing        = {"无", "none"};
+inline constexpr Wording would_save     = {"将保存 {} 张单据，共 {} 行；未写入任何数据。", "Would save {} bills with {} lines; nothing was written."};
+inline constexpr Wording would_take_back = {"将冲回 {} {}；未写入任何数据。", "Would take {} {} back; nothing was written."};
+
 // The ledger
+inline constexpr Wording key_with_status = {"{} 状态 {}", "{}, status {}"};
 inline constexpr Wording warehouse      = {"仓库", "Warehouse"};
 inline constexpr Wording goods          = {"商品", "Goods"};
 inline constexpr Wording model1         = {"型号一", "Model 1"};

@@ -5,6 +5,7 @@
 
 #include "ado/odbc/connection_string.h"
 #include "ado/open_connection.h"
+#include "host/rehearsal.h"
 
 namespace vantlo::host {
 
@@ -25,14 +26,60 @@ std::string connection_text(std::string database) {
     return database + (database.ends_with(';') ? "" : ";") + "PWD={" + password + "}";
 }
 
+std::string change_text(const LedgerChange& change, const CommonOptions& common) {
+    const auto quantity = [&](const std::optional<LedgerRow>& row, Currency LedgerRow::*counter) {
+        return row ? quantity_text((*row).*counter) : common.say(words::nothing);
+    };
+    const auto& [before, after] = change;
+    return common.say(words::change_of_row, key_text(after ? *after : *before, common.language),
+                      quantity(before, &LedgerRow::received), quantity(after, &LedgerRow::received),
+                      quantity(before, &LedgerRow::issued), quantity(after, &LedgerRow::issued),
+                      quantity(before, &LedgerRow::on_hand), quantity(after, &LedgerRow::on_hand));
+}
+
+/// Tells the user what is posted. What a dry run writes to stdout is SQL with comments.
+class PostingReport final : public BookkeepingObserver {
+public:
+    explicit PostingReport(const CommonOptions& common) : common_(common) {}
+
+    void begins(const std::string& bill) override {
+        if (common_.dry_run) std::cout << "-- " << bill << '\n';
+    }
+    void sends(TextView statement) override {
+        if (common_.dry_run)
+            std::cout << to_utf8(statement) << ";\n";
+        else if (common_.show_sql)
+            std::cerr << to_utf8(statement) << '\n';
+    }
+    void warns(const std::string& bill, const std::string& what) override {
+        std::cerr << "vantlo: " << common_.say(words::warning, bill, what) << '\n';
+    }
+    void ends(const std::vector<LedgerChange>& changes) override {
+        if (!common_.dry_run) return;
+        for (const LedgerChange& change : changes) std::cout << "-- " << change_text(change, common_) << '\n';
+    }
+
+private:
+    const CommonOptions& common_;
+};
+
 }  // namespace
 
-Connect CommonOptions::connect(bool may_create) const {
+std::vector<std::string> CommonOptions::connection_texts() const {
     std::vector<std::string> named = databases;
     if (named.empty()) named.push_back(environment("VANTLO_DB"));
     if (named.front().empty()) named.front() = "vantlo.db";
     for (std::string& database : named) database = connection_text(database);
-    return connect_in_turn(named, may_create);
+    return named;
+}
+
+Connect CommonOptions::connect(bool may_create) const {
+    const Connect connect = connect_in_turn(connection_texts(), may_create);
+    return dry_run ? rehearsing(connect) : connect;
+}
+
+std::string CommonOptions::dialect() const {
+    return connection_texts().front().starts_with("sqlite:") ? "sqlite" : connect()()->dialect();
 }
 
 std::string CommonOptions::engine() const {
@@ -41,8 +88,13 @@ std::string CommonOptions::engine() const {
 }
 
 Bookkeeping CommonOptions::bookkeeping() const {
-    const auto show = [](TextView statement) { std::cerr << to_utf8(statement) << '\n'; };
-    return Bookkeeping(connect(), show_sql ? show : ObservedConnection::Show(), language);
+    return Bookkeeping(connect(), std::make_shared<PostingReport>(*this), language, guard);
+}
+
+void add_posting_options(CLI::App& command, CommonOptions& common) {
+    command.add_flag("--dry-run", common.dry_run, common.say(words::dry_run_option));
+    command.add_flag("--force", common.guard.lets_comments_pass, common.say(words::force_option));
+    command.add_flag("--fail-on-negative", common.guard.refuses_negative, common.say(words::negative_option));
 }
 
 CLI::App* add_command(CLI::App& app, const CommonOptions& common, const char* name, const Wording& about,

@@ -16,6 +16,8 @@ struct CommonOptions {
     std::vector<std::string> databases;
     bool show_sql = false;
     Language language = language_of_locale();
+    Guard guard;
+    bool dry_run = false;
 
     /// A text of the program in the user's language, its places filled.
     template <typename... Values>
@@ -23,14 +25,21 @@ struct CommonOptions {
         return host::say(language, wording, values...);
     }
 
-    /// Opens the databases in turn; a bare file name stands for an SQLite file. Without any, VANTLO_DB names it.
+    /// Opens the databases in turn, for a rehearsal in a dry run; a bare file name stands for an SQLite file. Without any, VANTLO_DB names it.
     /// `may_create` says whether an SQLite file that does not exist is made.
     [[nodiscard]] Connect connect(bool may_create = false) const;
+
+    /// The database's kind of SQL; a file of the embedded engine need not be there for it.
+    [[nodiscard]] std::string dialect() const;
 
     /// Engine and driver of the database, with their versions; without a database, those of the embedded engine.
     [[nodiscard]] std::string engine() const;
 
-    /// The bookkeeping of every command that posts or takes back, told all that these options say.
+    /// The names of the databases as open_connection reads them.
+    [[nodiscard]] std::vector<std::string> connection_texts() const;
+
+    /// The bookkeeping of every command that posts or takes back, told all that these options say: it warns on stderr, shows
+    /// statements there, and in a dry run writes them to stdout with the rows that they change.
     [[nodiscard]] Bookkeeping bookkeeping() const;
 };
 
@@ -46,12 +55,15 @@ struct Example {
     const Wording& meaning;
 };
 
+/// Adds the options of every command that posts or takes back: --dry-run, --force, --fail-on-negative.
+void add_posting_options(CLI::App& command, CommonOptions& common);
+
 /// Adds a subcommand whose help ends with examples.
 CLI::App* add_command(CLI::App& app, const CommonOptions& common, const char* name, const Wording& about,
                       std::initializer_list<Example> examples);
 
 // Each command adds its subcommand with its options, and puts its work into the invocation when it is named.
-// Errors   BadInput, PostingFailed, Interrupted and Failure may leave the work; the program turns them into words and an
+// Errors   BadInput, PostingFailed, Refused, Interrupted and Failure may leave the work; the program turns them into words and an
 //          exit code.
 
 void add_init(CLI::App& app, Invocation& invocation);

@@ -21,14 +21,14 @@ ExitCode import(const CommonOptions& common, const ImportOptions& options) {
     Bookkeeping bookkeeping = common.bookkeeping();
     if (!shop.master.empty()) bookkeeping.save_master(shop.master);
     for (const Bill& bill : shop.bills) bookkeeping.save(bill);
-    std::cerr << common.say(words::imported, shop.master.size(), shop.bills.size()) << '\n';
+    std::cerr << common.say(common.dry_run ? words::would_import : words::imported, shop.master.size(), shop.bills.size()) << '\n';
     return ExitCode::done;
 }
 
 }  // namespace
 
 void add_import(CLI::App& app, Invocation& invocation) {
-    const CommonOptions& common = invocation.common;
+    CommonOptions& common = invocation.common;
     CLI::App* const command = add_command(app, common, "import", words::import_about,
                                           {{"vantlo import goods.csv units.csv bills.csv", words::import_example},
                                            {"vantlo import --encoding gb18030 bills.csv", words::import_gb_example}});
@@ -40,6 +40,7 @@ void add_import(CLI::App& app, Invocation& invocation) {
                              CLI::ignore_case))
         ->default_str("utf-8");
     command->add_option("--table", options->files.table, common.say(words::table_option));
+    add_posting_options(*command, common);
     command->callback([&invocation, options] {
         invocation.work = [&common = invocation.common, options] { return import(common, *options); };
     });

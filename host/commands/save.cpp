@@ -19,25 +19,31 @@ ExitCode save(const CommonOptions& common, const std::vector<std::string>& paths
             try {
                 bookkeeping.save(bill);
             } catch (const Interrupted&) {
+                if (common.dry_run) throw Interrupted(common.say(words::interrupted_rehearsal));
                 throw Interrupted(common.say(words::interrupted_at, bills, lines, bill.kind->name, to_utf8(bill.id)));
+            } catch (...) {
+                if (!common.dry_run) std::cerr << common.say(words::saved, bills, lines) << '\n';
+                throw;
             }
             ++bills;
             lines += bill.lines.size();
         }
     }
-    std::cerr << common.say(words::saved, bills, lines) << '\n';
+    std::cerr << common.say(common.dry_run ? words::would_save : words::saved, bills, lines) << '\n';
     return ExitCode::done;
 }
 
 }  // namespace
 
 void add_save(CLI::App& app, Invocation& invocation) {
-    const CommonOptions& common = invocation.common;
+    CommonOptions& common = invocation.common;
     CLI::App* const command = add_command(app, common, "save", words::save_about,
                                           {{"vantlo save bills.json", words::save_example},
+                                           {"vantlo save --dry-run bills.json", words::save_dry_example},
                                            {"vantlo --show-sql save bills.json", words::save_sql_example}});
     const auto paths = std::make_shared<std::vector<std::string>>();
     command->add_option("FILE", *paths, common.say(words::save_files))->required();
+    add_posting_options(*command, common);
     command->callback([&invocation, paths] {
         invocation.work = [&common = invocation.common, paths] { return save(common, *paths); };
     });
