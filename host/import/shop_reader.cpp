@@ -127,7 +127,8 @@ void ShopReader::take_row(const MasterTable& table, const InputValue& row) {
         if (text.empty()) return;  // no text, which is told
         if (!what.empty()) what += ' ';
         what += to_utf8(trim_blanks(text));
-        key += "\n" + to_utf8(trim_blanks(text));
+        key += '\n';
+        key += to_utf8(trim_blanks(text));
     }
     if (is_new(key, fmt::format("{} {}", table.field, what), row.offset)) {
         shop_.master.push_back({&table, std::move(values)});
