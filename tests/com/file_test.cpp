@@ -1,0 +1,86 @@
+#include <doctest/doctest.h>
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "tests/com/component_library.h"
+
+// The library's file: what it needs of a machine, what it offers, and what it says of itself.
+
+namespace vantlo::test {
+namespace {
+
+template <typename Structure>
+const Structure* at(HMODULE module, std::size_t offset) {
+    return reinterpret_cast<const Structure*>(reinterpret_cast<const std::byte*>(module) + offset);
+}
+
+const IMAGE_DATA_DIRECTORY& directory(HMODULE module, std::size_t entry) {
+    const auto* const dos = at<IMAGE_DOS_HEADER>(module, 0);
+    return at<IMAGE_NT_HEADERS>(module, static_cast<std::size_t>(dos->e_lfanew))->OptionalHeader.DataDirectory[entry];
+}
+
+TEST_CASE("The library imports nothing but the system's own libraries") {
+    const std::set<std::string> of_the_system = {"advapi32.dll", "kernel32.dll", "msvcrt.dll",
+                                                 "ole32.dll",    "oleaut32.dll", "user32.dll"};
+    const ComponentLibrary library;
+    const HMODULE module = library.module();
+    int seen = 0;
+    for (auto* import = at<IMAGE_IMPORT_DESCRIPTOR>(module, directory(module, IMAGE_DIRECTORY_ENTRY_IMPORT).VirtualAddress);
+         import->Name != 0; ++import, ++seen) {
+        std::string name = at<char>(module, import->Name);
+        std::ranges::transform(name, name.begin(), [](char c) { return 'A' <= c && c <= 'Z' ? char(c + 32) : c; });
+        CHECK_MESSAGE(of_the_system.contains(name), name);
+    }
+    CHECK(seen > 3);
+}
+
+TEST_CASE("The library exports its five functions undecorated, and nothing else") {
+    const ComponentLibrary library;
+    const HMODULE module = library.module();
+    const auto* const exports = at<IMAGE_EXPORT_DIRECTORY>(module, directory(module, IMAGE_DIRECTORY_ENTRY_EXPORT).VirtualAddress);
+    std::set<std::string> names;
+    for (DWORD i = 0; i < exports->NumberOfNames; ++i) {
+        names.insert(at<char>(module, at<DWORD>(module, exports->AddressOfNames)[i]));
+    }
+    CHECK(names == std::set<std::string>{"DllCanUnloadNow", "DllGetClassObject", "DllInstall", "DllRegisterServer",
+                                         "DllUnregisterServer"});
+}
+
+TEST_CASE("The resource _IID_INVENTORY_CLASS is the interface identifier behind its length") {
+    const ComponentLibrary library;
+    const HRSRC found = FindResourceW(library.module(), L"_IID_INVENTORY_CLASS", RT_RCDATA);
+    REQUIRE(found != nullptr);
+    REQUIRE(SizeofResource(library.module(), found) == 20);
+    std::array<std::byte, 20> expected = {std::byte{16}};
+    std::memcpy(expected.data() + 4, &IID__Inventory_Class, sizeof IID__Inventory_Class);
+    CHECK(std::memcmp(LockResource(LoadResource(library.module(), found)), expected.data(), expected.size()) == 0);
+}
+
+std::wstring version_text(const std::vector<std::byte>& version, const wchar_t* language, const wchar_t* name) {
+    const std::wstring key = std::wstring(L"\\StringFileInfo\\") + language + L"\\" + name;
+    void* value = nullptr;
+    UINT length = 0;
+    if (!VerQueryValueW(version.data(), key.c_str(), &value, &length) || length == 0) return L"(absent)";
+    return {static_cast<const wchar_t*>(value), length - 1};
+}
+
+TEST_CASE("The file's version is told in Chinese and in English") {
+    const std::wstring path = ComponentLibrary::path();
+    std::vector<std::byte> version(GetFileVersionInfoSizeW(path.c_str(), nullptr));
+    REQUIRE(!version.empty());
+    REQUIRE(GetFileVersionInfoW(path.c_str(), 0, static_cast<DWORD>(version.size()), version.data()));
+    CHECK(version_text(version, L"080404b0", L"FileDescription") == L"Vantlo 库存台账组件");
+    CHECK(version_text(version, L"040904b0", L"FileDescription") == L"Vantlo stock ledger component");
+    for (const wchar_t* language : {L"080404b0", L"040904b0"}) {
+        CHECK(version_text(version, language, L"FileVersion") == L"3.0.0");
+        CHECK(version_text(version, language, L"OLESelfRegister") != L"(absent)");
+    }
+}
+
+}  // namespace
+}  // namespace vantlo::test
