@@ -40,6 +40,9 @@ public:
     [[nodiscard]] bool can_unload() const;
     [[nodiscard]] HMODULE module() const { return module_; }
 
+    /// Sends the messages that the library shows to stderr, as where nobody sits in front of the machine.
+    void show_messages_on_stderr() const { SetEnvironmentVariableW(L"VANTLO_UNATTENDED", L"1"); }
+
     /// Gives the messages that the library shows to the test's platform instead of a window.
     void show_messages_on_platform() const;
 

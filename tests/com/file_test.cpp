@@ -30,7 +30,8 @@ TEST_CASE("The library imports nothing but the system's own libraries") {
     const ComponentLibrary library;
     const HMODULE module = library.module();
     int seen = 0;
-    for (auto* import = at<IMAGE_IMPORT_DESCRIPTOR>(module, directory(module, IMAGE_DIRECTORY_ENTRY_IMPORT).VirtualAddress);
+    for (auto* import =
+             at<IMAGE_IMPORT_DESCRIPTOR>(module, directory(module, IMAGE_DIRECTORY_ENTRY_IMPORT).VirtualAddress);
          import->Name != 0; ++import, ++seen) {
         std::string name = at<char>(module, import->Name);
         std::ranges::transform(name, name.begin(), [](char c) { return 'A' <= c && c <= 'Z' ? char(c + 32) : c; });
@@ -42,7 +43,8 @@ TEST_CASE("The library imports nothing but the system's own libraries") {
 TEST_CASE("The library exports its five functions undecorated, and nothing else") {
     const ComponentLibrary library;
     const HMODULE module = library.module();
-    const auto* const exports = at<IMAGE_EXPORT_DIRECTORY>(module, directory(module, IMAGE_DIRECTORY_ENTRY_EXPORT).VirtualAddress);
+    const auto* const exports =
+        at<IMAGE_EXPORT_DIRECTORY>(module, directory(module, IMAGE_DIRECTORY_ENTRY_EXPORT).VirtualAddress);
     std::set<std::string> names;
     for (DWORD i = 0; i < exports->NumberOfNames; ++i) {
         names.insert(at<char>(module, at<DWORD>(module, exports->AddressOfNames)[i]));

@@ -24,7 +24,7 @@ public:
                                      UINT*) override {
         const HRESULT outcome =
             trapped([&] { *result = OwnedVariant(line_.value(names_.at(static_cast<std::size_t>(id)))).detach(); });
-        if (SUCCEEDED(outcome)) return S_OK;
+        if (SUCCEEDED(outcome) || exception == nullptr) return outcome;
         *exception = EXCEPINFO();
         exception->scode = outcome;
         return DISP_E_EXCEPTION;

@@ -157,8 +157,8 @@ TEST_CASE_FIXTURE(Libraries, "The type library has every member as the member ta
     REQUIRE(type->GetTypeAttr(&attributes) == S_OK);
     CHECK(attributes->typekind == TKIND_INTERFACE);
     CHECK(attributes->guid == IID__Inventory_Class);
-    constexpr WORD flags = TYPEFLAG_FHIDDEN | TYPEFLAG_FDUAL | TYPEFLAG_FNONEXTENSIBLE | TYPEFLAG_FOLEAUTOMATION |
-                           TYPEFLAG_FDISPATCHABLE;
+    constexpr WORD flags =
+        TYPEFLAG_FHIDDEN | TYPEFLAG_FDUAL | TYPEFLAG_FNONEXTENSIBLE | TYPEFLAG_FOLEAUTOMATION | TYPEFLAG_FDISPATCHABLE;
     CHECK(attributes->wTypeFlags == flags);
     REQUIRE(attributes->cFuncs == member_count);
     type->ReleaseTypeAttr(attributes);
@@ -206,8 +206,8 @@ TEST_CASE_FIXTURE(Libraries, "The type library is Vantlo 3.0 with one class that
 TEST_CASE_FIXTURE(Libraries, "The line objects' library has the properties that the members read") {
     const std::pair<const GUID*, std::set<Text>> expected[] = {
         {&IID__StockBillItemObject,
-         {u"Receiver", u"Supplier", u"Gid", u"Model1", u"Model2", u"Class", u"Unit", u"Actualqty", u"Qty", u"Goodstutas",
-          u"Remarks"}},
+         {u"Receiver", u"Supplier", u"Gid", u"Model1", u"Model2", u"Class", u"Unit", u"Actualqty", u"Qty",
+          u"Goodstutas", u"Remarks"}},
         {&IID__LossOverItemObject,
          {u"WarehouseId", u"Gid", u"Model1", u"Model2", u"Class", u"Unit", u"Actualqty", u"Remarks"}},
         {&IID__RGStockItemObject,

@@ -1,0 +1,197 @@
+#include <doctest/doctest.h>
+#include <windows.h>
+
+// Needs what the one above declares.
+#include <psapi.h>
+
+#include <thread>
+
+#include "ado/native_connection.h"
+#include "tests/com/line_object.h"
+#include "tests/com/member_call.h"
+#include "tests/support/ado_stand_in/ado_recordset.h"
+#include "tests/support/com/class_factory.h"
+#include "tests/support/printing.h"
+#include "tests/support/scenario_runner.h"
+
+// Objects, threads and the library itself come and go.
+
+namespace vantlo::test {
+namespace {
+
+std::size_t memory_in_use() {
+    PROCESS_MEMORY_COUNTERS counters = {};
+    GetProcessMemoryInfo(GetCurrentProcess(), &counters, sizeof counters);
+    return counters.PagefileUsage;
+}
+
+/// The library in a test that no window may hold up.
+struct UnattendedLibrary : ComponentLibrary {
+    UnattendedLibrary() { show_messages_on_stderr(); }
+};
+
+/// A host's own connection to a database of its own.
+struct HostDatabase {
+    std::unique_ptr<TestDatabase> database = make_sqlite_database();
+    ComPointer<AdoConnection> connection{new AdoConnection(database->connection())};
+};
+
+ClassRegistration own_recordsets() {
+    return {ado::recordset_class, [] { return ComPointer<IUnknown>(new AdoRecordset(make_client_recordset())); }};
+}
+
+/// A line of the return and repair family that books one piece into a warehouse.
+Scenario one_piece() {
+    Scenario scenario;
+    scenario.line = {{"WID", Text(u"W1")}, {"Gid", Text(u"G1")},   {"Model1", Text()}, {"Model2", Text()},
+                     {"Class", Text()},    {"Unit", Text(u"pcs")}, {"Qty", 1.0F},      {"GoodsStatus", std::int32_t{1}},
+                     {"SpRemarks", Text()}};
+    return scenario;
+}
+
+/// One line posted through a new object, everything let go of behind it.
+LONG post_one(const ComponentLibrary& library, AdoConnection& connection) {
+    Recorder recorder;
+    RecordedLine line(recorder, one_piece().line);
+    const ComPointer<LineObject> host_line(new LineObject(line));
+    const ComPointer<_Inventory_Class> object = library.make_object();
+    CHECK(object->putref_ADOConn(&connection) == S_OK);
+    const LONG result = call_method(Road::by_name, *object.get(), *find_method(u"RG_In_AddInventory"),
+                                    {ComArgument{host_line.get(), {}}});
+    CHECK(object->putref_ADOConn(nullptr) == S_OK);
+    return result;
+}
+
+double pieces(HostDatabase& host) {
+    return to_double(
+        host.database->connection().execute(u"select coalesce(sum(InQty),0) as n from Inventory")->field(u"n"));
+}
+
+TEST_CASE("Ten thousand objects made, used and released leave the memory as it was") {
+    const Apartment apartment;
+    const UnattendedLibrary library;
+    const ClassRegistration recordsets = own_recordsets();
+    HostDatabase host;
+    constexpr int warm_up = 1'000, rounds = 10'000;
+    for (int i = 0; i < warm_up; ++i) REQUIRE(post_one(library, *host.connection.get()) == 0);
+    const std::size_t before = memory_in_use();
+    const long alive = objects_alive;
+    for (int i = 0; i < rounds; ++i) REQUIRE(post_one(library, *host.connection.get()) == 0);
+    CHECK(pieces(host) == warm_up + rounds);
+    CHECK(objects_alive == alive);
+    CHECK(library.can_unload());
+    const std::size_t after = memory_in_use();
+    MESSAGE((before / 1024) << " KB before, " << (after / 1024) << " KB after " << rounds << " rounds");
+    CHECK(after < before + before / 100);
+}
+
+/// What an apartment of a database kind makes of a date, and where its lines go.
+struct ApartmentWork {
+    void run(const ComponentLibrary& library, const char16_t* kind) {
+        const Apartment apartment;
+        const ClassRegistration recordsets = own_recordsets();
+        HostDatabase host;
+        Recorder recorder;
+        RecordingConnection recorded(recorder, host.database->connection());
+        const ComPointer<AdoConnection> connection(new AdoConnection(recorded));
+        const ComPointer<_Inventory_Class> object = library.make_object();
+        CHECK(object->put_DATAType(OwnedBstr(kind).get()) == S_OK);
+        CHECK(object->putref_ADOConn(connection.get()) == S_OK);
+        std::map<std::string, Variant> properties = one_piece().line;
+        properties["SpRemarks"] = Date{45000.5};
+        RecordedLine line(recorder, properties);
+        const ComPointer<LineObject> host_line(new LineObject(line));
+        for (int i = 0; i < rounds; ++i) {
+            recorder.events.clear();
+            call_method(Road::early_bound, *object.get(), *find_method(u"RG_In_AddInventory"),
+                        {ComArgument{host_line.get(), {}}});
+            for (const std::string& sent : recorder.trace(Detail::statements)) {
+                if (sent.find("'2023-03-15 12:00:00'") != std::string::npos) ++dates_in_quotes;
+                if (sent.find("#2023-03-15 12:00:00#") != std::string::npos) ++dates_in_hashes;
+            }
+        }
+        CHECK(object->putref_ADOConn(nullptr) == S_OK);
+        booked = pieces(host);
+    }
+
+    static constexpr int rounds = 300;
+    int dates_in_quotes = 0;
+    int dates_in_hashes = 0;
+    double booked = 0;
+};
+
+TEST_CASE("Two apartments keep their database kinds and connections to themselves") {
+    const UnattendedLibrary library;
+    ApartmentWork of_sql_server, of_access;
+    std::thread one([&] { of_sql_server.run(library, u"[Microsoft SQL Server]"); });
+    std::thread other([&] { of_access.run(library, u"[Microsoft Access]"); });
+    one.join();
+    other.join();
+    CHECK(of_sql_server.dates_in_quotes == 1);  // in the one insert; an update does not touch the remarks
+    CHECK(of_sql_server.dates_in_hashes == 0);
+    CHECK(of_sql_server.booked == ApartmentWork::rounds);
+    CHECK(of_access.dates_in_quotes == 0);
+    CHECK(of_access.dates_in_hashes == ApartmentWork::rounds);  // SQLite refuses each insert
+    CHECK(of_access.booked == 0);
+    CHECK(library.can_unload());
+}
+
+TEST_CASE("The library is loaded, used and freed two hundred times on changing threads") {
+    const long alive = objects_alive;
+    for (int i = 0; i < 200; ++i) {
+        std::thread([] {
+            const Apartment apartment;
+            const UnattendedLibrary library;
+            const ClassRegistration recordsets = own_recordsets();
+            HostDatabase host;
+            CHECK(post_one(library, *host.connection.get()) == 0);
+            CHECK(library.can_unload());
+        }).join();
+        CHECK(GetModuleHandleW(L"Vantlo.dll") == nullptr);
+    }
+    CHECK(objects_alive == alive);
+}
+
+TEST_CASE("A thread that forgets its connection leaves it to DllCanUnloadNow") {
+    const Apartment apartment;
+    const UnattendedLibrary library;
+    HostDatabase host;
+    library.make_object()->putref_ADOConn(host.connection.get());
+    CHECK(host.connection->references() > 1);
+    CHECK(library.can_unload());
+    CHECK(host.connection->references() == 1);
+}
+
+TEST_CASE("An object, a factory and a lock each keep the library loaded") {
+    const Apartment apartment;
+    const UnattendedLibrary library;
+    CHECK(library.can_unload());
+    {
+        const ComPointer<_Inventory_Class> object = library.make_object();
+        CHECK_FALSE(library.can_unload());
+    }
+    {
+        const ComPointer<IClassFactory> factory = library.factory();
+        CHECK_FALSE(library.can_unload());
+        CHECK(factory->LockServer(TRUE) == S_OK);
+    }
+    CHECK_FALSE(library.can_unload());
+    CHECK(library.factory()->LockServer(FALSE) == S_OK);
+    CHECK(library.can_unload());
+}
+
+TEST_CASE("The class factory makes no object for an outer one, for another interface, or for another class") {
+    const Apartment apartment;
+    const UnattendedLibrary library;
+    const ComPointer<IClassFactory> factory = library.factory();
+    void* made = nullptr;
+    CHECK(factory->CreateInstance(factory.get(), IID_IUnknown, &made) == CLASS_E_NOAGGREGATION);
+    CHECK(factory->CreateInstance(nullptr, IID_IClassFactory, &made) == E_NOINTERFACE);
+    CHECK(made == nullptr);
+    using GetClassObject = HRESULT(STDAPICALLTYPE*)(REFCLSID, REFIID, void**);
+    CHECK(library.function<GetClassObject>("DllGetClassObject")(IID_IUnknown, IID_IClassFactory, &made) ==
+          CLASS_E_CLASSNOTAVAILABLE);
+}
+
+}  // namespace
+}  // namespace vantlo::test
