@@ -73,7 +73,7 @@ ComPointer<_Inventory_Class> ComponentLibrary::make_object() const {
 bool ComponentLibrary::can_unload() const { return function<HRESULT(STDAPICALLTYPE*)()>("DllCanUnloadNow")() == S_OK; }
 
 void ComponentLibrary::show_messages_on_platform() const {
-    SetEnvironmentVariableW(L"VANTLO_UNATTENDED", nullptr);
+    show_messages_in_window();
     const FARPROC shown = GetProcAddress(GetModuleHandleW(L"user32.dll"), "MessageBoxW");
     replace_import(module_, shown, reinterpret_cast<void*>(show_on_platform));
 }

@@ -40,6 +40,9 @@ public:
     [[nodiscard]] bool can_unload() const;
     [[nodiscard]] HMODULE module() const { return module_; }
 
+    /// Lets the library show its messages as it does for a user.
+    void show_messages_in_window() const { SetEnvironmentVariableW(L"VANTLO_UNATTENDED", nullptr); }
+
     /// Sends the messages that the library shows to stderr, as where nobody sits in front of the machine.
     void show_messages_on_stderr() const { SetEnvironmentVariableW(L"VANTLO_UNATTENDED", L"1"); }
 

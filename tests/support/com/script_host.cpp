@@ -1,7 +1,5 @@
 #include "tests/support/com/script_host.h"
 
-#include <windows.h>
-
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
@@ -34,26 +32,6 @@ private:
     HANDLE handle_;
 };
 
-void run_to_end(std::wstring command, const std::wstring& output_file) {
-    SECURITY_ATTRIBUTES inherited = {sizeof inherited, nullptr, TRUE};
-    const OwnedHandle output(CreateFileW(output_file.c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inherited, CREATE_ALWAYS,
-                                         FILE_ATTRIBUTE_NORMAL, nullptr));
-    STARTUPINFOW start = {};
-    start.cb = sizeof start;
-    start.dwFlags = STARTF_USESTDHANDLES;
-    start.hStdOutput = start.hStdError = output.get();
-    PROCESS_INFORMATION process;
-    if (!CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start, &process)) {
-        throw std::runtime_error("the script host does not start");
-    }
-    const OwnedHandle thread(process.hThread);
-    const OwnedHandle host(process.hProcess);
-    if (WaitForSingleObject(host.get(), time_limit_ms) != WAIT_OBJECT_0) {
-        TerminateProcess(host.get(), 1);
-        throw std::runtime_error("the script does not come to its end");
-    }
-}
-
 }  // namespace
 
 Text windows_path(const std::string& path) {
@@ -62,12 +40,38 @@ Text windows_path(const std::string& path) {
     return named.starts_with(u'\\') ? u"Z:" + named : named;
 }
 
+DWORD run_to_end(std::wstring command, HANDLE output) {
+    STARTUPINFOW start = {};
+    start.cb = sizeof start;
+    if (output != nullptr) {
+        start.dwFlags = STARTF_USESTDHANDLES;
+        start.hStdOutput = start.hStdError = output;
+    }
+    PROCESS_INFORMATION process;
+    if (!CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start, &process)) {
+        throw std::runtime_error("the program does not start");
+    }
+    const OwnedHandle thread(process.hThread);
+    const OwnedHandle program(process.hProcess);
+    if (WaitForSingleObject(program.get(), time_limit_ms) != WAIT_OBJECT_0) {
+        TerminateProcess(program.get(), 1);
+        throw std::runtime_error("the program does not come to its end");
+    }
+    DWORD code = 0;
+    GetExitCodeProcess(program.get(), &code);
+    return code;
+}
+
 std::vector<std::string> run_script(const std::string& path, const std::vector<std::string>& arguments) {
     const TemporaryFolder folder;
     Text command = u"cscript.exe //nologo \"" + windows_path(path) + u"\"";
     for (const std::string& argument : arguments) command += u" \"" + from_utf8(argument) + u"\"";
-    run_to_end(wide(command), wide(windows_path(folder.file("output"))));
-
+    {
+        SECURITY_ATTRIBUTES inherited = {sizeof inherited, nullptr, TRUE};
+        const OwnedHandle output(CreateFileW(wide(windows_path(folder.file("output"))).c_str(), GENERIC_WRITE,
+                                             FILE_SHARE_READ, &inherited, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+        run_to_end(wide(command), output.get());
+    }
     std::vector<std::string> lines;
     std::ifstream output(folder.file("output"), std::ios::binary);
     for (std::string line; std::getline(output, line);) {

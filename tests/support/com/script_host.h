@@ -1,5 +1,7 @@
 #pragma once
 
+#include <windows.h>
+
 #include <string>
 #include <vector>
 
@@ -9,6 +11,11 @@ namespace vantlo::test {
 
 /// A path of this machine as Windows programs name it. Example: `/tmp/a.vbs` -> `Z:\tmp\a.vbs`.
 Text windows_path(const std::string& path);
+
+/// Runs a program of this program's own bitness and waits for its end.
+/// Returns  its exit code.
+/// Errors   std::runtime_error if it does not start, or runs longer than a minute.
+DWORD run_to_end(std::wstring command, HANDLE output = nullptr);
 
 /// Runs a script with the script host of this program's own bitness and waits for its end.
 ///
