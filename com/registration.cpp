@@ -152,6 +152,8 @@ public:
         return true;
     }
 
+    void remove_if_empty(const wchar_t* below) const { RegDeleteKeyW(key_, below); }
+
     /// Removes a key with everything below it; one that is not there counts as removed.
     [[nodiscard]] LSTATUS remove(const std::wstring& below) const {
         const LSTATUS status = RegDeleteTreeW(key_, below.c_str());
@@ -175,6 +177,8 @@ LSTATUS remove_all(const Key& classes) {
     remove(keys.of_this_platform);
     // Both bitnesses see the same type libraries; the other one's entry there tells that it is still registered.
     if (!classes.has(library_file_key(libraries().front(), other_platform))) remove(keys.of_both);
+    // A user's own classes may have had none of these before; one that holds anything else stays.
+    for (const wchar_t* container : {L"CLSID", L"Interface", L"TypeLib"}) classes.remove_if_empty(container);
     return first_failure;
 }
 
