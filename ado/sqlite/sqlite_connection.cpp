@@ -3,8 +3,10 @@
 #include <sqlite3.h>
 
 #include <algorithm>
+#include <chrono>
 #include <optional>
 #include <string_view>
+#include <thread>
 #include <utility>
 
 #include "ado/sqlite/prepared_statement.h"
@@ -47,6 +49,19 @@ void run_to_end(PreparedStatement& prepared) {
     }
 }
 
+/// Turns the write-ahead log on. It takes the file for itself for a moment, and where several connections want that at
+/// once SQLite refuses all but one without waiting.
+int switch_to_wal(sqlite3* database, std::chrono::milliseconds time_limit) {
+    constexpr std::chrono::milliseconds pause(5);
+    const auto end = std::chrono::steady_clock::now() + time_limit;
+    while (true) {
+        const int result = sqlite3_exec(database, "pragma journal_mode = wal", nullptr, nullptr, nullptr);
+        const bool is_busy = (result & 0xFF) == SQLITE_BUSY;
+        if (!is_busy || std::chrono::steady_clock::now() > end) return result;
+        std::this_thread::sleep_for(pause);
+    }
+}
+
 }  // namespace
 
 void SqliteConnection::Closer::operator()(sqlite3* database) const noexcept { sqlite3_close(database); }
@@ -66,7 +81,8 @@ SqliteConnection::SqliteConnection(const std::string& file, const SqliteOptions&
     // Otherwise a misspelt name in double quotes counts as a text.
     sqlite3_db_config(database, SQLITE_DBCONFIG_DQS_DML, 0, nullptr);
     sqlite3_db_config(database, SQLITE_DBCONFIG_DQS_DDL, 0, nullptr);
-    run_script("pragma journal_mode = wal; pragma synchronous = full;");
+    if (switch_to_wal(database, options.busy_time_out) != SQLITE_OK) throw sqlite_failure(database, "opening " + file);
+    run_script("pragma synchronous = full");
     if (options.lifts_literals) statement_cache_.emplace(database);
 }
 
