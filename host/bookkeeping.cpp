@@ -120,14 +120,16 @@ void Bookkeeping::save(const Bill& bill) {
     });
 }
 
-void Bookkeeping::remove(const BillKind& kind, const Text& id) {
+Bill Bookkeeping::remove(const BillKind& kind, const Text& id) {
+    Bill bill;
     in_transaction(fmt::format("{} {}", kind.name, to_utf8(id)), [&](Session& session) {
-        const Bill bill = session.stored(kind, id);
+        bill = session.stored(kind, id);
         session.post(kind.take_back, bill);
         session.erase(*kind.lines, id);
         session.erase(*kind.header, id);
         session.record(history_action::take_back, bill, bill_content(bill));
     });
+    return bill;
 }
 
 void Bookkeeping::in_transaction(const std::string& what, const std::function<void(Session&)>& body) {

@@ -56,9 +56,9 @@ public:
     /// Refused by the guard.
     void save(const Bill& bill);
 
-    /// Takes a stored bill back and deletes it. Errors: PostingFailed, also if there is no such bill;
+    /// Takes a stored bill back and deletes it. Returns the bill. Errors: PostingFailed, also if there is no such bill;
     /// Refused by the guard.
-    void remove(const BillKind& kind, const Text& id);
+    Bill remove(const BillKind& kind, const Text& id);
 
     /// How many attempts after the first all calls together have made.
     [[nodiscard]] long retries() const { return saver_.retries(); }

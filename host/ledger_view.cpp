@@ -16,17 +16,15 @@ Text text_of(const Variant& value) { return value.is<Null>() ? Text() : to_text(
 
 Currency quantity_of(const Variant& value) { return value.is<Null>() ? Currency() : to_currency(value); }
 
-std::string named(const Text& id, const Text& name) { return to_utf8(name.empty() ? id : id + u" " + name); }
-
 }  // namespace
 
 LedgerRow ledger_row(Recordset& rows, bool has_names) {
     const auto text = [&](TextView column) { return text_of(rows.field(column)); };
     const auto name = [&](TextView column) { return has_names ? text(column) : Text(); };
     const auto quantity = [&](TextView column) { return quantity_of(rows.field(column)); };
-    return {text(u"WID"),       name(u"WarehouseName"), text(u"GId"),           name(u"GoodsName"),
-            text(u"Model1"),    text(u"Model2"),        text(u"Status"),        text(u"Unit"),
-            quantity(u"InQty"), quantity(u"OutQty"),    quantity(u"CurrentQty")};
+    return {text(u"WID"),    name(u"WarehouseName"), text(u"GId"),        name(u"GoodsName"),
+            text(u"Model1"), text(u"Model2"),        text(u"Status"),     text(u"Class"),
+            text(u"Unit"),   quantity(u"InQty"),     quantity(u"OutQty"), quantity(u"CurrentQty")};
 }
 
 std::string key_text(const LedgerRow& row, Language language) {
@@ -37,6 +35,8 @@ std::string key_text(const LedgerRow& row, Language language) {
     return say(language, words::key_with_status, key, to_utf8(row.status));
 }
 
+std::string named(const Text& id, const Text& name) { return to_utf8(name.empty() ? id : id + u" " + name); }
+
 std::string quantity_text(Currency value) { return to_utf8(number_text(value)); }
 
 std::vector<LedgerRow> read_ledger(NativeConnection& database, const LedgerFilter& filter) {
@@ -45,6 +45,8 @@ std::vector<LedgerRow> read_ledger(NativeConnection& database, const LedgerFilte
         u"left join Warehouse on Inventory.WID=Warehouse.ID left join Goods on Inventory.GId=Goods.ID where 1=1";
     if (!filter.warehouse.empty()) select += u" and Inventory.WID=" + GetSqlVal(filter.warehouse);
     if (!filter.goods.empty()) select += u" and Inventory.GId=" + GetSqlVal(filter.goods);
+    if (!filter.goods_class.empty()) select += u" and Inventory.Class=" + GetSqlVal(filter.goods_class);
+    if (filter.status) select += u" and Inventory.Status=" + GetSqlVal(*filter.status);
     std::vector<LedgerRow> ledger;
     const RecordsetVariable rows = database.execute(select);
     for (; !rows->eof(); rows->move_next()) ledger.push_back(ledger_row(*rows, true));
@@ -55,7 +57,7 @@ std::vector<LedgerRow> read_ledger(NativeConnection& database, const LedgerFilte
     return ledger;
 }
 
-std::string ledger_table(const std::vector<LedgerRow>& rows, Language language) {
+std::string ledger_table(const std::vector<LedgerRow>& rows, Language language, bool has_colour) {
     constexpr auto right = TableOutput::Align::right;
     TableOutput table({{words::warehouse.in(language)},
                        {words::goods.in(language)},
@@ -64,7 +66,8 @@ std::string ledger_table(const std::vector<LedgerRow>& rows, Language language) 
                        {words::status.in(language), right},
                        {words::received.in(language), right},
                        {words::issued.in(language), right},
-                       {words::on_hand.in(language), right}});
+                       {words::on_hand.in(language), right}},
+                      has_colour);
     std::int64_t received = 0, issued = 0, on_hand = 0;
     for (const LedgerRow& row : rows) {
         table.add_row({named(row.warehouse, row.warehouse_name), named(row.goods, row.goods_name), to_utf8(row.model1),

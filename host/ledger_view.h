@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -12,6 +13,8 @@ namespace vantlo::host {
 struct LedgerFilter {
     Text warehouse;
     Text goods;
+    Text goods_class = {};
+    std::optional<std::int32_t> status = {};
 };
 
 /// One row of the ledger, with the names of its warehouse and goods where they are known.
@@ -20,7 +23,7 @@ struct LedgerRow {
     Text goods, goods_name;
     Text model1, model2;
     Text status;
-    Text unit;
+    Text goods_class, unit;
     Currency received, issued, on_hand;
 };
 
@@ -37,7 +40,10 @@ std::string quantity_text(Currency value);
 /// The wanted rows, by warehouse, goods, models and status.
 std::vector<LedgerRow> read_ledger(NativeConnection& database, const LedgerFilter& filter);
 
+/// An id with the name that goes with it, in UTF-8.
+std::string named(const Text& id, const Text& name);
+
 /// The rows as a table for people, with the totals of the three quantities.
-std::string ledger_table(const std::vector<LedgerRow>& rows, Language language);
+std::string ledger_table(const std::vector<LedgerRow>& rows, Language language, bool has_colour = false);
 
 }  // namespace vantlo::host

@@ -1,8 +1,10 @@
 #include "host/table_output.h"
 
+#include <unistd.h>
 #include <uniwidth.h>
 
 #include <algorithm>
+#include <cstdlib>
 
 namespace vantlo::host {
 
@@ -21,13 +23,19 @@ std::string TableOutput::text() const {
         widths.push_back(width);
     }
     std::string text;
-    const auto add = [&](const auto& cell_of) {
+    const auto coloured = [&](std::size_t i, const std::string& cell, bool is_title) -> std::string {
+        const bool is_negative = columns_[i].align == Align::right && cell.starts_with('-');
+        if (!has_colour_ || cell.empty() || (!is_title && !is_negative)) return cell;
+        return (is_title ? "\033[1m" : "\033[31m") + cell + "\033[0m";
+    };
+    const auto add = [&](const auto& cell_of, bool is_title = false) {
         std::string line;
         for (std::size_t i = 0; i < columns_.size(); ++i) {
             const std::string& cell = cell_of(i);
             const std::string padding(widths[i] - cell_width(cell), ' ');
             if (i > 0) line += "  ";
-            line += columns_[i].align == Align::right ? padding + cell : cell + padding;
+            const std::string shown = coloured(i, cell, is_title);
+            line += columns_[i].align == Align::right ? padding + shown : shown + padding;
         }
         line.erase(line.find_last_not_of(' ') + 1);
         text += line + "\n";
@@ -37,7 +45,7 @@ std::string TableOutput::text() const {
         for (const std::size_t width : widths) rule.emplace_back(width, '-');
         add([&](std::size_t i) -> const std::string& { return rule[i]; });
     };
-    add([&](std::size_t i) -> const std::string& { return columns_[i].title; });
+    add([&](std::size_t i) -> const std::string& { return columns_[i].title; }, true);
     add_rule();
     for (const auto& row : rows_) add([&](std::size_t i) -> const std::string& { return row[i]; });
     if (!totals_.empty()) {
@@ -45,6 +53,14 @@ std::string TableOutput::text() const {
         add([&](std::size_t i) -> const std::string& { return totals_[i]; });
     }
     return text;
+}
+
+bool wants_colour(int descriptor) {
+    const auto value_of = [](const char* name) {
+        const char* const value = std::getenv(name);
+        return std::string(value == nullptr ? "" : value);
+    };
+    return ::isatty(descriptor) == 1 && value_of("NO_COLOR").empty() && value_of("TERM") != "dumb";
 }
 
 }  // namespace vantlo::host

@@ -99,6 +99,19 @@ inline constexpr Wording ledger_example = {"显示仓库 W01 的台账", "Show t
 inline constexpr Wording verify_about   = {"将台账与单据逐行核对；不符时退出码为 3", "Compare the ledger row by row with what the bills make of it; exit code 3 if they differ"};
 inline constexpr Wording verify_example = {"核对 vantlo.db 的台账", "Verify the ledger of vantlo.db"};
 
+inline constexpr Wording only_class     = {"只显示此类别", "Only this goods class"};
+inline constexpr Wording only_status    = {"只显示此状态", "Only this status"};
+inline constexpr Wording format_option  = {"输出格式：table、json、jsonl 或 csv", "Output: table, json, jsonl or csv"};
+inline constexpr Wording picture_option = {"改为写入图片文件：.svg 或 .html", "Write a picture instead: an .svg drawing or an .html page"};
+inline constexpr Wording ledger_csv_example = {"将台账写成 CSV", "Write the ledger as CSV"};
+inline constexpr Wording ledger_picture_example = {"画出各仓库的库存和每日进出", "Draw the stock of each warehouse and the movement by day"};
+inline constexpr Wording bill_about     = {"显示一张已保存的单据以及它对台账的影响", "Show a stored bill and the ledger rows that it moves"};
+inline constexpr Wording bill_example   = {"显示入库单 R1001", "Show the stock-in bill R1001"};
+inline constexpr Wording explain_about  = {"说明组件的一个过账成员", "Explain a posting member of the component"};
+inline constexpr Wording explain_example = {"说明 In_AddInventory", "Explain In_AddInventory"};
+inline constexpr Wording explain_list_example = {"列出所有过账成员", "List all posting members"};
+inline constexpr Wording member_name    = {"成员名称；省略时列出全部", "The member's name; without it all are listed"};
+
 // What was done
 inline constexpr Wording tables_ready   = {"数据表已齐备（{}）。", "The tables are there ({})."};
 inline constexpr Wording saved          = {"已保存 {} 张单据，共 {} 行。", "Saved {} bills with {} lines."};
@@ -148,6 +161,34 @@ inline constexpr Wording received       = {"收入", "Received"};
 inline constexpr Wording issued         = {"发出", "Issued"};
 inline constexpr Wording on_hand        = {"结存", "On hand"};
 inline constexpr Wording total_of_rows  = {"合计 {} 行", "Total of {} rows"};
+
+inline constexpr Wording quantity       = {"数量", "Quantity"};
+inline constexpr Wording moved_row      = {"台账变动", "Ledger row moved"};
+inline constexpr Wording cannot_write   = {"无法写入 {}", "{} cannot be written"};
+
+// What explain says
+inline constexpr Wording unknown_member = {"没有成员“{}”；运行 vantlo explain 列出全部", "there is no member \"{}\"; vantlo explain lists them"};
+inline constexpr Wording posts_a_line   = {"对一行单据过账：", "For one line of a bill, it moves:"};
+inline constexpr Wording posts_a_bill   = {"对一张已保存单据的每一行过账：", "For each line of a stored bill, it moves:"};
+inline constexpr Wording called_for     = {"用于：", "Called for"};
+inline constexpr Wording to_post        = {"过账", "to post it"};
+inline constexpr Wording to_take_back   = {"冲回", "to take it back"};
+inline constexpr Wording status_of_bill = {"表头的 ReferFlag", "the bill's ReferFlag"};
+inline constexpr Wording status_of_line = {"行上的状态", "the line's own"};
+inline constexpr Wording status_of_source = {"转换前", "before the conversion"};
+inline constexpr Wording status_of_target = {"转换后", "after the conversion"};
+inline constexpr Wording in_base_units  = {"基本单位", "in base units"};
+inline constexpr Wording as_it_stands   = {"行上的数量", "as it stands"};
+inline constexpr Wording as_it_stands_when_new = {"基本单位；新行按行上的数量", "in base units; as it stands on a new row"};
+inline constexpr Wording base_units_when_new = {"行上的数量；新行按基本单位", "as it stands; in base units on a new row"};
+
+// The picture
+inline constexpr Wording picture_title  = {"库存台账", "Stock ledger"};
+inline constexpr Wording picture_units  = {"全部商品合计，基本单位", "All goods together, in base units"};
+inline constexpr Wording picture_stock  = {"各仓库结存", "On hand by warehouse"};
+inline constexpr Wording picture_course = {"各仓库结存的变化", "On hand over time"};
+inline constexpr Wording picture_movement = {"每日收发", "Movement by day"};
+inline constexpr Wording picture_more   = {"另有 {} 个仓库", "and {} warehouses more"};
 
 // What verify reports
 inline constexpr Wording ledger_agrees  = {"台账与单据相符：单据 {} 张，台账 {} 行。",

@@ -97,6 +97,14 @@ void add_posting_options(CLI::App& command, CommonOptions& common) {
     command.add_flag("--fail-on-negative", common.guard.refuses_negative, common.say(words::negative_option));
 }
 
+const BillKind* known_kind(const CommonOptions& common, const std::string& name) {
+    const BillKind* const kind = find_bill_kind(name);
+    if (kind != nullptr) return kind;
+    std::cerr << "vantlo: " << common.say(words::unknown_kind, name) << '\n';
+    for (const BillKind& known : bill_kinds()) std::cerr << fmt::format("  {:20} {}\n", known.name, known.chinese_name);
+    return nullptr;
+}
+
 CLI::App* add_command(CLI::App& app, const CommonOptions& common, const char* name, const Wording& about,
                       std::initializer_list<Example> examples) {
     CLI::App* const command = app.add_subcommand(name, common.say(about));

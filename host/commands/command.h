@@ -49,6 +49,9 @@ struct Invocation {
     std::function<ExitCode()> work;
 };
 
+/// The kind of that name. If there is none, tells the user which there are and returns null.
+const BillKind* known_kind(const CommonOptions& common, const std::string& name);
+
 /// A command line that the help shows, and what it does.
 struct Example {
     const char* command_line;
@@ -70,11 +73,13 @@ void add_init(CLI::App& app, Invocation& invocation);
 void add_save(CLI::App& app, Invocation& invocation);
 void add_import(CLI::App& app, Invocation& invocation);
 void add_delete(CLI::App& app, Invocation& invocation);
+void add_bill(CLI::App& app, Invocation& invocation);
+void add_explain(CLI::App& app, Invocation& invocation);
 void add_ledger(CLI::App& app, Invocation& invocation);
 void add_verify(CLI::App& app, Invocation& invocation);
 
 /// The commands in the order in which the help lists them.
-inline constexpr void (*add_commands[])(CLI::App&, Invocation&) = {add_init,   add_save,   add_import,
-                                                                   add_delete, add_ledger, add_verify};
+inline constexpr void (*add_commands[])(CLI::App&, Invocation&) = {add_init,   add_save, add_import,  add_delete,
+                                                                   add_ledger, add_bill, add_explain, add_verify};
 
 }  // namespace vantlo::host

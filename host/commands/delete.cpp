@@ -12,14 +12,8 @@ struct Named {
 };
 
 ExitCode remove(const CommonOptions& common, const Named& bill) {
-    const BillKind* const kind = find_bill_kind(bill.kind);
-    if (kind == nullptr) {
-        std::cerr << "vantlo: " << common.say(words::unknown_kind, bill.kind) << '\n';
-        for (const BillKind& known : bill_kinds()) {
-            std::cerr << fmt::format("  {:20} {}\n", known.name, known.chinese_name);
-        }
-        return ExitCode::usage;
-    }
+    const BillKind* const kind = known_kind(common, bill.kind);
+    if (kind == nullptr) return ExitCode::usage;
     common.bookkeeping().remove(*kind, from_utf8(bill.id));
     std::cerr << common.say(common.dry_run ? words::would_take_back : words::taken_back, kind->name, bill.id) << '\n';
     return ExitCode::done;

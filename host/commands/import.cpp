@@ -21,7 +21,9 @@ ExitCode import(const CommonOptions& common, const ImportOptions& options) {
     Bookkeeping bookkeeping = common.bookkeeping();
     if (!shop.master.empty()) bookkeeping.save_master(shop.master);
     for (const Bill& bill : shop.bills) bookkeeping.save(bill);
-    std::cerr << common.say(common.dry_run ? words::would_import : words::imported, shop.master.size(), shop.bills.size()) << '\n';
+    std::cerr << common.say(common.dry_run ? words::would_import : words::imported, shop.master.size(),
+                            shop.bills.size())
+              << '\n';
     return ExitCode::done;
 }
 

@@ -1,7 +1,13 @@
+#include <unistd.h>
+
+#include <fstream>
 #include <iostream>
 
 #include "host/commands/command.h"
+#include "host/ledger_formats.h"
+#include "host/ledger_picture.h"
 #include "host/ledger_view.h"
+#include "host/table_output.h"
 
 namespace vantlo::host {
 
@@ -10,12 +16,38 @@ namespace {
 struct Wanted {
     std::string warehouse;
     std::string goods;
+    std::string goods_class;
+    std::optional<std::int32_t> status;
+    std::string format = "table";
+    std::string picture;
+
+    [[nodiscard]] LedgerFilter filter() const {
+        return {from_utf8(warehouse), from_utf8(goods), from_utf8(goods_class), status};
+    }
 };
+
+std::string formatted(const std::vector<LedgerRow>& rows, const std::string& format, Language language) {
+    if (format == "json") return ledger_json(rows);
+    if (format == "jsonl") return ledger_json_lines(rows);
+    if (format == "csv") return ledger_csv(rows);
+    return ledger_table(rows, language, wants_colour(STDOUT_FILENO));
+}
+
+void write_picture(NativeConnection& database, const Wanted& wanted, const CommonOptions& common) {
+    const LedgerPicture picture = read_picture(database, wanted.filter(), common.language);
+    std::ofstream file(wanted.picture);
+    file << (wanted.picture.ends_with(".html") ? picture_page(picture, common.language)
+                                               : picture_svg(picture, common.language));
+    if (!file.flush()) throw BadInput(common.say(words::cannot_write, wanted.picture));
+}
 
 ExitCode show_ledger(const CommonOptions& common, const Wanted& wanted) {
     const auto database = common.connect()();
-    const LedgerFilter filter{from_utf8(wanted.warehouse), from_utf8(wanted.goods)};
-    std::cout << ledger_table(read_ledger(*database, filter), common.language);
+    if (!wanted.picture.empty()) {
+        write_picture(*database, wanted, common);
+    } else {
+        std::cout << formatted(read_ledger(*database, wanted.filter()), wanted.format, common.language);
+    }
     return ExitCode::done;
 }
 
@@ -24,10 +56,20 @@ ExitCode show_ledger(const CommonOptions& common, const Wanted& wanted) {
 void add_ledger(CLI::App& app, Invocation& invocation) {
     const CommonOptions& common = invocation.common;
     CLI::App* const command = add_command(app, common, "ledger", words::ledger_about,
-                                          {{"vantlo ledger --warehouse W01", words::ledger_example}});
+                                          {{"vantlo ledger --warehouse W01", words::ledger_example},
+                                           {"vantlo ledger --format csv > ledger.csv", words::ledger_csv_example},
+                                           {"vantlo ledger --as-picture stock.svg", words::ledger_picture_example}});
     const auto wanted = std::make_shared<Wanted>();
     command->add_option("--warehouse", wanted->warehouse, common.say(words::only_warehouse));
     command->add_option("--goods", wanted->goods, common.say(words::only_goods));
+    command->add_option("--class", wanted->goods_class, common.say(words::only_class));
+    command->add_option("--status", wanted->status, common.say(words::only_status));
+    CLI::Option* const format = command->add_option("--format", wanted->format, common.say(words::format_option))
+                                    ->check(CLI::IsMember({"table", "json", "jsonl", "csv"}))
+                                    ->type_name("FORMAT");
+    command->add_option("--as-picture", wanted->picture, common.say(words::picture_option))
+        ->type_name("FILE")
+        ->excludes(format);
     command->callback([&invocation, wanted] {
         invocation.work = [&common = invocation.common, wanted] { return show_ledger(common, *wanted); };
     });

@@ -26,7 +26,7 @@ TEST_CASE("vantlo explains every command with examples, in the user's language")
     const Finished main = shell.vantlo("--help");
     CHECK(main.exit_code == 0);
     CHECK(main.has("Exit codes: 0 done"));
-    for (const std::string command : {"init", "save", "delete", "ledger", "verify"}) {
+    for (const std::string command : {"init", "save", "import", "delete", "ledger", "bill", "explain", "verify"}) {
         CHECK_MESSAGE(main.has("\n  " + command + " "), command);
         const Finished english = shell.vantlo(command + " --help");
         CHECK(english.exit_code == 0);
