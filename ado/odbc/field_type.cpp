@@ -3,6 +3,7 @@
 #include <sql.h>
 #include <sqlext.h>
 
+#include <algorithm>
 #include <optional>
 
 #include "automation/error.h"
@@ -64,6 +65,10 @@ std::optional<Currency> currency_of(TextView digits) {
 }
 
 }  // namespace
+
+bool needs_type_name(int sql_type) {
+    return std::ranges::none_of(types, [sql_type](const TypeRow& row) { return row.sql_type == sql_type; });
+}
 
 FieldType field_type(int sql_type, std::string_view type_name) {
     for (const TypeNameRow& row : types_by_name) {

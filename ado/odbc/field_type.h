@@ -23,7 +23,11 @@ enum class FieldType {
     other,  ///< nothing that this system distinguishes, such as bytes
 };
 
-/// The type of a column by its ODBC type code and, where drivers disagree about the code, the engine's own type name.
+/// Whether a column's ODBC type code leaves open what it is, so that field_type goes by the engine's own type name.
+bool needs_type_name(int sql_type);
+
+/// The type of a column by its ODBC type code and, where drivers disagree about the code, the engine's own type name;
+/// the name may be empty where it is not needed.
 FieldType field_type(int sql_type, std::string_view type_name);
 
 /// An exact number from its decimal digits: a Currency if it has no more than four decimals and fits, else an Other. It

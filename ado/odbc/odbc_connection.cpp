@@ -18,11 +18,6 @@ namespace vantlo {
 
 namespace {
 
-struct StatementCloser {
-    void operator()(void* statement) const noexcept { SQLFreeHandle(SQL_HANDLE_STMT, statement); }
-};
-using StatementHandle = std::unique_ptr<void, StatementCloser>;
-
 bool succeeded(SQLRETURN result) { return result == SQL_SUCCESS || result == SQL_SUCCESS_WITH_INFO; }
 
 // The API takes texts that it only reads without const.
@@ -54,12 +49,16 @@ struct Column {
 
 Column describe(SQLHSTMT statement, SQLUSMALLINT number) {
     char name[512] = "";
+    SQLSMALLINT sql_type = 0;
+    SQLSMALLINT length = 0, decimals = 0, nullable = 0;
+    SQLULEN size = 0;
+    checked(SQLDescribeCol(statement, number, reinterpret_cast<SQLCHAR*>(name), sizeof name, &length, &sql_type, &size,
+                           &decimals, &nullable));
     char type_name[128] = "";
-    SQLLEN sql_type = 0;
-    checked(SQLColAttribute(statement, number, SQL_DESC_LABEL, name, sizeof name, nullptr, nullptr));
-    checked(SQLColAttribute(statement, number, SQL_DESC_TYPE_NAME, type_name, sizeof type_name, nullptr, nullptr));
-    checked(SQLColAttribute(statement, number, SQL_DESC_CONCISE_TYPE, nullptr, 0, nullptr, &sql_type));
-    return {from_utf8(name), field_type(static_cast<int>(sql_type), type_name)};
+    if (needs_type_name(sql_type)) {
+        checked(SQLColAttribute(statement, number, SQL_DESC_TYPE_NAME, type_name, sizeof type_name, nullptr, nullptr));
+    }
+    return {from_utf8(name), field_type(sql_type, type_name)};
 }
 
 /// The bytes of a text field, or nothing for null.
@@ -186,6 +185,10 @@ void OdbcConnection::ConnectionCloser::operator()(void* connection) const noexce
     SQLFreeHandle(SQL_HANDLE_DBC, connection);
 }
 
+void OdbcConnection::StatementCloser::operator()(void* statement) const noexcept {
+    SQLFreeHandle(SQL_HANDLE_STMT, statement);
+}
+
 OdbcConnection::OdbcConnection(const std::string& connection_string, const OdbcOptions& options) {
     SQLHANDLE handle = nullptr;
     if (!succeeded(SQLAllocHandle(SQL_HANDLE_ENV, SQL_NULL_HANDLE, &handle))) throw std::bad_alloc();
@@ -219,21 +222,36 @@ void OdbcConnection::make_safe() {
 ResultTable OdbcConnection::run(TextView text) {
     const std::string bytes = checked_utf8(text);
     if (bytes.empty()) throw Failure(error::syntax_error, "the statement is empty");
-    SQLHANDLE handle = nullptr;
-    if (!succeeded(SQLAllocHandle(SQL_HANDLE_STMT, connection_.get(), &handle))) {
-        fail(SQL_HANDLE_DBC, connection_.get(), bytes);
-    }
-    const StatementHandle statement(handle);
-    // Some drivers look for escapes outside quotes only and do not know the attribute; the tests tell.
-    SQLSetStmtAttr(handle, SQL_ATTR_NOSCAN, odbc_number(SQL_NOSCAN_ON), 0);
+    if (statement_ == nullptr) allocate_statement(bytes);
+    SQLHSTMT handle = statement_.get();
     try {
         checked(SQLExecDirect(handle, odbc_text(bytes), static_cast<SQLINTEGER>(bytes.size())));
         ResultTable first = read_result(handle);
         while (checked(SQLMoreResults(handle)) != SQL_NO_DATA) read_result(handle);
+        checked(SQLFreeStmt(handle, SQL_CLOSE));
         return first;
     } catch (const StatementFailed&) {
+        const StatementHandle failed = std::move(statement_);
         fail(SQL_HANDLE_STMT, handle, bytes);
+    } catch (...) {
+        statement_.reset();
+        throw;
     }
+}
+
+void OdbcConnection::allocate_statement(std::string_view first_use) {
+    SQLHANDLE handle = nullptr;
+    if (!succeeded(SQLAllocHandle(SQL_HANDLE_STMT, connection_.get(), &handle))) {
+        fail(SQL_HANDLE_DBC, connection_.get(), first_use);
+    }
+    statement_.reset(handle);
+    // Some drivers look for escapes outside quotes only and do not know the attribute; the tests tell.
+    SQLSetStmtAttr(handle, SQL_ATTR_NOSCAN, odbc_number(SQL_NOSCAN_ON), 0);
+}
+
+void OdbcConnection::disconnect() {
+    statement_.reset();  // which would otherwise end with the connection, and once more
+    SQLDisconnect(connection_.get());
 }
 
 void OdbcConnection::begin() {
@@ -268,7 +286,7 @@ void OdbcConnection::require_whole_transaction() {
 
 void OdbcConnection::roll_back() {
     if (!in_transaction_) return;
-    if (!succeeded(SQLEndTran(SQL_HANDLE_DBC, connection_.get(), SQL_ROLLBACK))) SQLDisconnect(connection_.get());
+    if (!succeeded(SQLEndTran(SQL_HANDLE_DBC, connection_.get(), SQL_ROLLBACK))) disconnect();
     leave_transaction();
 }
 
@@ -276,7 +294,7 @@ void OdbcConnection::leave_transaction() {
     in_transaction_ = false;
     transaction_failure_.reset();
     // Statements to come must not wait in a transaction that nobody commits.
-    if (!set_autocommit(true)) SQLDisconnect(connection_.get());
+    if (!set_autocommit(true)) disconnect();
 }
 
 bool OdbcConnection::set_autocommit(bool on) {

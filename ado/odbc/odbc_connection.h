@@ -61,10 +61,16 @@ private:
     struct ConnectionCloser {
         void operator()(void* connection) const noexcept;
     };
+    struct StatementCloser {
+        void operator()(void* statement) const noexcept;
+    };
+    using StatementHandle = std::unique_ptr<void, StatementCloser>;
 
     ~OdbcConnection() override = default;
 
     void make_safe();
+    void allocate_statement(std::string_view first_use);
+    void disconnect();
     void require_whole_transaction();
     void leave_transaction();
     bool set_autocommit(bool on);
@@ -74,6 +80,7 @@ private:
 
     std::unique_ptr<void, EnvironmentCloser> environment_;
     std::unique_ptr<void, ConnectionCloser> connection_;
+    StatementHandle statement_;  // kept for the next statement: drivers take long to make one; none after a failure
     bool is_cluster_ = false;
     bool in_transaction_ = false;
     std::optional<Failure> transaction_failure_;  // the first one since begin

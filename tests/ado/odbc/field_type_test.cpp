@@ -1,6 +1,7 @@
 #include "ado/odbc/field_type.h"
 
 #include <doctest/doctest.h>
+#include <sql.h>
 
 #include "tests/support/printing.h"
 
@@ -28,6 +29,15 @@ TEST_CASE("exact_number makes a Currency of what fits four decimals, and keeps t
         INFO(row.digits);
         CHECK(exact_number(row.digits) == row.value);
     }
+}
+
+TEST_CASE("field_type needs the engine's name for texts alone") {
+    CHECK_FALSE(needs_type_name(SQL_INTEGER));
+    CHECK_FALSE(needs_type_name(SQL_NUMERIC));
+    CHECK(needs_type_name(SQL_VARCHAR));
+    CHECK(field_type(SQL_VARCHAR, "varchar") == FieldType::text);
+    CHECK(field_type(SQL_VARCHAR, "bool") == FieldType::boolean);
+    CHECK(field_type(SQL_NUMERIC, "") == FieldType::exact);
 }
 
 }  // namespace
