@@ -73,10 +73,6 @@ Text condition_of(const LedgerKey& key) {
     return condition;
 }
 
-Text exact_literal(TextView text) {
-    Text literal = u"'";  // put together piece by piece: g++ 12 takes an insertion in front for an overlapping copy
-    literal += replace_all(text, u'\'', u"''");
-    return literal += u"'";
-}
+Text exact_literal(TextView text) { return u"'" + replace_all(text, u'\'', u"''") + u"'"; }
 
 }  // namespace vantlo::host
