@@ -1,17 +1,26 @@
 #pragma once
 
+#include <time.h>
+
 #include <algorithm>
-#include <chrono>
 #include <vector>
 
 namespace vantlo::bench {
 
-/// How long a call takes, by the wall clock.
+/// Whose time counts: everybody's, by the wall clock, or this process's alone, however busy the machine is.
+enum class Clock { wall, own_processor_time };
+
+/// How many seconds a call takes.
 template <typename Body>
-double seconds_of(const Body& body) {
-    const auto start = std::chrono::steady_clock::now();
+double seconds_of(Clock clock, const Body& body) {
+    const auto now = [clock] {
+        timespec time{};
+        clock_gettime(clock == Clock::wall ? CLOCK_MONOTONIC : CLOCK_PROCESS_CPUTIME_ID, &time);
+        return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+    };
+    const double start = now();
     body();
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    return now() - start;
 }
 
 /// The value below which a part of the samples lies: 0.5 for the median.

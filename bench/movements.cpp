@@ -15,10 +15,10 @@ std::string goods_id(std::size_t number) { return fmt::format("G{:04}", number);
 
 }  // namespace
 
-std::vector<host::Record> movements(std::size_t count, std::size_t goods) {
+std::vector<host::Record> movements(std::size_t count, std::size_t goods, std::size_t first) {
     std::vector<host::Record> lines;
     lines.reserve(count);
-    for (std::size_t i = 0; i < count; ++i) {
+    for (std::size_t i = first; i < first + count; ++i) {
         const std::size_t model = i / goods % 8;
         host::Record& line = lines.emplace_back();
         line.set(u"Receiver", Text(u"W01"));
