@@ -47,6 +47,15 @@ TEST_CASE("Where a bill has several header rows, the first counts") {
     check_scenarios(told, *database);
 }
 
+TEST_CASE("Where a database keeps a goods bill's status as text, look-up and update write it as a literal") {
+    const auto database = make_sqlite_database();
+    database->connection().run_script(
+        "alter table GoodsBillItems drop column Goodstutas; alter table GoodsBillItems add column Goodstutas text");
+    const std::vector<Scenario> told = read_scenario_folder(scenario_folder + "/text_statuses");
+    CHECK(!told.empty());
+    check_scenarios(told, *database);
+}
+
 TEST_CASE("Every posting member has scenarios") {
     std::set<std::string> told;
     for (const Scenario& scenario : all_scenarios()) told.insert(scenario.member);
