@@ -10,8 +10,8 @@ struct OneWarehouse {
     Movement movement;
     TextView warehouse_column;
     TextView status_column;  ///< empty: status 1, whatever the line says
-    StatusForm status_in_lookup = StatusForm::digits;
-    StatusForm status_in_update = StatusForm::digits;
+    StatusForm status_in_lookup;
+    StatusForm status_in_update;
     LookupBy lookup_by = LookupBy::execute;
     LookupClose lookup_close = LookupClose::after_write;
 };

@@ -187,6 +187,9 @@ TEST_CASE("Currency times Currency is exact and rounds half to even") {
         {303700049997,  303700049997,   9223372036818029970},        // the last square that fits
         {303700049998,  303700049997,   9223372036848399975},
         {303700049998,  303700049998,   std::nullopt},
+        {961425548,     191868669519791,    std::nullopt},           // beyond 64 bits with the second mixed term,
+        {244272509,     755170696417154,    std::nullopt},           // only with the product of both fractions,
+        {665300788,     277269235305784,    std::nullopt},           // only by rounding
     };
     // clang-format on
     for (const PairRow& row : rows) {

@@ -110,6 +110,7 @@ TEST_CASE("is_well_formed finds the lone surrogate") {
         {{u'\xDFB7', u'\xD842'},       false},
         {{u'a', u'\xDFB7'},            false},
         {{u'\xD842', u'a'},            false},
+        {{u'\xD842', u'\xE000'},       false},
         {{u'\xD842', u'\xD842', u'\xDFB7'}, false},
         {{u'\xD842', u'\xDFB7', u'\xDFB7'}, false},
         {{u'\xD7FF', u'\xE000', u'\xFFFF', u'\0'}, true},

@@ -6,6 +6,7 @@
 
 #include "automation/error.h"
 #include "automation/error_text.h"
+#include "dataaccess/failure_message.h"
 #include "tests/support/recording.h"
 
 namespace vantlo::test {
@@ -143,6 +144,20 @@ TEST_CASE("Get_DateStr writes a date in the syntax of the database kind") {
     CHECK(recorder.events.empty());
 }
 
+TEST_CASE("Get_DateStr takes a text for the date that it spells, and a number for its day") {
+    Recorder recorder;
+    const RecordingPlatform platform(recorder);
+    set_kind(DatabaseKind::sql_server);
+    CHECK(to_utf8(Get_DateStr(u"2024-03-05", date_form::whole)) == "'2024-03-05 00:00:00'");
+    CHECK(to_utf8(Get_DateStr(u"2024-03-05 14:07:09", date_form::time)) == "'14:07:09'");
+    CHECK(to_utf8(Get_DateStr(std::int32_t{45356}, date_form::day)) == "'2024-03-05'");
+    CHECK(to_utf8(Get_DateStr(45356.5, date_form::whole)) == "'2024-03-05 12:00:00'");
+    CHECK(recorder.events.empty());
+    CHECK(Get_DateStr(u"no date", date_form::whole).empty());
+    CHECK(recorder.trace(Detail::statements) ==
+          std::vector<std::string>{"message Get_DateStr():" + to_utf8(standard_text(13))});
+}
+
 TEST_CASE("GetSqlVal turns a date into what Get_DateStr makes of it, and the zero date into null") {
     Recorder recorder;
     const RecordingPlatform platform(recorder);
@@ -164,6 +179,13 @@ TEST_CASE("A literal that cannot be made is empty, and its routine says so") {
     CHECK(Get_DateStr(Date{1e9}, 0).empty());
     CHECK(recorder.trace(Detail::statements) ==
           std::vector<std::string>{"message Get_DateStr():" + to_utf8(standard_text(5))});
+}
+
+TEST_CASE("A message is cut where it would not fit") {
+    Recorder recorder;
+    const RecordingPlatform platform(recorder);
+    show_failure(Text(300, u'x').c_str(), 13);
+    CHECK(recorder.trace(Detail::statements) == std::vector<std::string>{"message " + std::string(255, 'x')});
 }
 
 TEST_CASE("The database kind is recognised by its exact text alone") {
