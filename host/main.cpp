@@ -9,6 +9,7 @@
 #include "ado/odbc/connection_string.h"
 #include "automation/error.h"
 #include "host/commands/command.h"
+#include "host/commands/manual.h"
 #include "host/interrupt.h"
 
 namespace {
@@ -53,6 +54,15 @@ void add_common_options(CLI::App& app, CommonOptions& common) {
     app.set_version_flag(
         "--version", [&common] { return "vantlo " VANTLO_VERSION "\n" + common.engine(); },
         common.say(words::version_option));
+}
+
+/// A hidden option, for packages: `--print man` and `--print bash-completion`.
+void add_printing(CLI::App& app, const CommonOptions& common) {
+    const auto print = [&app, &common](const std::string& what) {
+        std::cout << (what == "man" ? manual_page(app, common) : bash_completion(app));
+        throw CLI::Success();
+    };
+    app.add_option_function<std::string>("--print", print)->check(CLI::IsMember({"man", "bash-completion"}))->group("");
 }
 
 /// What is wrong with a command line, in the user's language before the parser's own words.
@@ -112,6 +122,7 @@ int main(int count, char** arguments) {
     app.option_defaults()->group(common.say(words::options));
     add_help(app, common);
     add_common_options(app, common);
+    add_printing(app, common);
     for (const auto add_command : add_commands) add_command(app, invocation);
     try {
         app.parse(count, arguments);

@@ -73,6 +73,14 @@ inline constexpr Wording command_footer   = {
     "对所有命令都有效的选项见 vantlo --help。",
     "The options of every command: vantlo --help."};
 
+inline constexpr Wording manual_name    = {"名称", "NAME"};
+inline constexpr Wording manual_exit_status = {"退出码", "EXIT STATUS"};
+inline constexpr Wording manual_environment = {"环境变量", "ENVIRONMENT"};
+inline constexpr Wording environment_db = {"数据库，未给出 --db 时使用", "The database, where --db names none"};
+inline constexpr Wording environment_password = {"补入没有密码的 ODBC 连接字符串的密码", "The password for an ODBC connection string without one"};
+inline constexpr Wording environment_colour = {"非空时表格不用颜色", "If it is not empty, tables are not coloured"};
+inline constexpr Wording environment_language = {"其中第一个有值的以 zh 开头时使用中文", "Chinese, if the first of them that is set begins with zh; else English"};
+
 inline constexpr Wording init_about     = {"建立缺少的数据表", "Make the tables that are missing"};
 inline constexpr Wording unique_key_option = {"禁止同一键有两行台账；多个主机同时记账时使用", "Forbid two ledger rows of one key; for several hosts at once"};
 inline constexpr Wording init_example   = {"在 shop.db 中建立数据表", "Make the tables in shop.db"};
