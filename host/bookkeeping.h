@@ -43,13 +43,13 @@ public:
 ///          rolled back.
 class Bookkeeping {
 public:
-    /// The observer may be null. `language` is that of the error texts in PostingFailed, the
-    /// component's own messages are Chinese. Without a guard nothing is refused and no warning given.
+    /// The observer may be null. `language` is that of the error texts in PostingFailed, the component's own messages are
+    /// Chinese. Without a guard nothing is refused, no warning given and no change of a row told.
     /// Errors   Failure, if no connection can be opened.
     explicit Bookkeeping(Connect connect, std::shared_ptr<BookkeepingObserver> observer = {},
                          Language language = Language::chinese, std::optional<Guard> guard = {});
 
-    /// Stores master rows in one transaction; a row that is there already is replaced.
+    /// Stores master rows in one transaction. Errors: PostingFailed, also for a row that is there already.
     void save_master(const std::vector<MasterRow>& rows);
 
     /// Stores a bill and posts it. Errors: PostingFailed with the user's messages and the database's words;
