@@ -58,6 +58,10 @@ constexpr MeaningRow meanings[] = {
     {"22",      {},           {error::cannot_convert_value, Remedy::none}},
     {"28",      {},           {error::login_failed,         Remedy::none}},
     {"HYT",     {},           {error::time_out,             Remedy::save_again}},
+    {"HY001",   1047,         {error::unspecified,          Remedy::connect_again}},  // the state of all that goes wrong
+    {"HY001",   1213,         {error::locked_by_another,    Remedy::save_again}},     // while MariaDB's driver changes
+    {"HY001",   2006,         {error::unspecified,          Remedy::connect_again}},  // autocommit
+    {"HY001",   2013,         {error::unspecified,          Remedy::connect_again}},
     {"HY001",   {},           {error::out_of_memory,        Remedy::none}},
 };
 // clang-format on
