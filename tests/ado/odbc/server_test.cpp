@@ -341,20 +341,34 @@ TEST_CASE("A connection that its server has ended says that connecting again hel
     for (const Server& server : servers()) {
         INFO(server.dialect);
         const bool mariadb = server.dialect == "mariadb";
+        const auto id_of = [&](NativeConnection& session) {
+            return to_text(only_value(session, mariadb ? u"select connection_id()" : u"select pg_backend_pid()"));
+        };
+        const auto end = [&](NativeConnection& session, NativeConnection& by) {
+            by.run(mariadb ? u"kill " + id_of(session) : u"select pg_terminate_backend(" + id_of(session) + u")");
+        };
         const Owned<OdbcConnection> other = server.connect();
         make_table(*other, u"a integer");
         const Owned<OdbcConnection> connection = server.connect();
-        const Text id =
-            to_text(only_value(*connection, mariadb ? u"select connection_id()" : u"select pg_backend_pid()"));
         connection->begin();
         connection->run(u"insert into T values (1)");
-        other->run(mariadb ? u"kill " + id : u"select pg_terminate_backend(" + id + u")");
+        end(*connection, *other);
         CHECK(caught([&] { connection->run(u"insert into T values (2)"); }).number == error::unspecified);
         CHECK(connection->remedy() == Remedy::connect_again);
         CHECK(caught([&] { connection->commit(); }).number == error::unspecified);
         connection->roll_back();
         CHECK(caught([&] { connection->run(u"insert into T values (3)"); }).number != 0);
         CHECK(to_long(only_value(*other, u"select count(*) from T")) == 0);
+
+        // Found out as the next transaction begins.
+        const Owned<OdbcConnection> idle = server.connect();
+        end(*idle, *other);
+        const Caught failure = caught([&] {
+            idle->begin();
+            idle->run(u"select a from T");
+        });
+        CHECK(failure.number == error::unspecified);
+        CHECK(idle->remedy() == Remedy::connect_again);
     }
 }
 
