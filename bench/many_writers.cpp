@@ -73,7 +73,8 @@ Measured run(const std::vector<std::string>& databases, const Load& load, double
                      ++number) {
                     const Bill bill = make_bill(load, fmt::format("{}-{}-{}", number_of_run, writer, number), writer);
                     try {
-                        measured.milliseconds.push_back(1e3 * bench::seconds_of([&] { bookkeeping.save(bill); }));
+                        measured.milliseconds.push_back(
+                            1e3 * bench::seconds_of(bench::Clock::wall, [&] { bookkeeping.save(bill); }));
                     } catch (const PostingFailed& failure) {
                         if (++measured.failed == 1) std::cerr << failure.what() << '\n';
                     }
