@@ -138,7 +138,7 @@ HRESULT put_property(InventoryObject& object, const Member& member, const DISPPA
         const AutomationString text(to_text(converted(value, ParameterType::text, 0)));
         return object.put_DATAType(text.get());
     }
-    const bool is_nothing = value.vt == VT_EMPTY;
+    const bool is_nothing = value.vt == VT_EMPTY || value.vt == VT_NULL;  // JScript knows no other nothing than null
     const InterfacePointer<IDispatch> connection = is_nothing ? InterfacePointer<IDispatch>() : object_in(value, 0);
     const HRESULT result = object.putref_ADOConn(reinterpret_cast<_Connection*>(connection.get()));
     require(result, 0);

@@ -1,4 +1,5 @@
-// The stand-in as a server of its own, so that scripts make it with CreateObject("ADODB.Connection").
+// The stand-in as a server of its own, so that scripts make it with CreateObject("ADODB.Connection"), and beside it a line
+// object for those whose own classes cannot have every property: CreateObject("VantloTest.Line").
 
 #include <olectl.h>
 
@@ -8,6 +9,7 @@
 #include "tests/support/ado_stand_in/ado_connection.h"
 #include "tests/support/ado_stand_in/ado_recordset.h"
 #include "tests/support/com/class_factory.h"
+#include "tests/support/com/property_bag.h"
 
 namespace vantlo::test {
 namespace {
@@ -18,7 +20,10 @@ struct ServedClass {
     ComPointer<IUnknown> (*make)();
 };
 
+constexpr CLSID line_class = {0x2ac8be41, 0x5d0f, 0x4c7a, {0x9b, 0x63, 0x11, 0x7e, 0x48, 0xd2, 0x06, 0xfa}};
+
 const ServedClass served_classes[] = {
+    {line_class, L"VantloTest.Line", [] { return ComPointer<IUnknown>(new PropertyBag()); }},
     {ado::connection_class, L"ADODB.Connection", [] { return ComPointer<IUnknown>(new AdoConnection()); }},
     {ado::recordset_class, L"ADODB.Recordset",
      [] { return ComPointer<IUnknown>(new AdoRecordset(make_client_recordset())); }},
