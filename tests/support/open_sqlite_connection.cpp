@@ -6,10 +6,11 @@
 
 namespace vantlo {
 
-Owned<NativeConnection> open_connection(std::string_view database) {
+Owned<NativeConnection> open_connection(std::string_view database, bool may_create) {
     constexpr std::string_view sqlite = "sqlite:";
     if (!database.starts_with(sqlite)) throw Failure(error::bad_argument, "sqlite:FILE expected");
-    return Owned<NativeConnection>(new SqliteConnection(std::string(database.substr(sqlite.size()))));
+    return Owned<NativeConnection>(
+        new SqliteConnection(std::string(database.substr(sqlite.size())), {.may_create = may_create}));
 }
 
 }  // namespace vantlo
