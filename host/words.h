@@ -106,6 +106,10 @@ inline constexpr Wording only_goods     = {"只显示此商品", "Only these goo
 inline constexpr Wording ledger_example = {"显示仓库 W01 的台账", "Show the ledger of warehouse W01"};
 inline constexpr Wording verify_about   = {"将台账与单据逐行核对；不符时退出码为 3", "Compare the ledger row by row with what the bills make of it; exit code 3 if they differ"};
 inline constexpr Wording verify_example = {"核对 vantlo.db 的台账", "Verify the ledger of vantlo.db"};
+inline constexpr Wording repair_about   = {"打印使台账与单据相符的 SQL 语句；--apply 则直接执行", "Print the SQL that sets the ledger right; with --apply, run it"};
+inline constexpr Wording repair_example = {"只写出语句，供查看后执行", "Write the statements only, to be read first"};
+inline constexpr Wording repair_apply   = {"在一个事务中执行，各行的前后数量记入 RepairJournal", "Run it in one transaction, and enter each row before and after into RepairJournal"};
+inline constexpr Wording repair_apply_example = {"执行，并再次核对", "Run them, and verify again"};
 
 inline constexpr Wording only_class     = {"只显示此类别", "Only this goods class"};
 inline constexpr Wording only_status    = {"只显示此状态", "Only this status"};
@@ -126,11 +130,14 @@ inline constexpr Wording saved          = {"已保存 {} 张单据，共 {} 行�
 inline constexpr Wording imported       = {"已导入 {} 行基础资料和 {} 张单据。", "Imported {} rows of master data and {} bills."};
 inline constexpr Wording would_import   = {"将导入 {} 行基础资料和 {} 张单据；未写入任何数据。", "Would import {} rows of master data and {} bills; nothing was written."};
 inline constexpr Wording taken_back     = {"已冲回 {} {}。", "Took {} {} back."};
+inline constexpr Wording repaired       = {"已修复 {} 个键的台账行，前后数量记在 RepairJournal。", "Repaired the rows of {} keys; RepairJournal has them before and after."};
+inline constexpr Wording nothing_to_repair = {"没有需要修复的行。", "There is nothing to repair."};
 
 // What was not
 inline constexpr Wording interrupted_at = {"已中断：已保存 {} 张单据，共 {} 行；{} {} 已回滚，其后的单据未处理。",
                                            "Interrupted: {} bills with {} lines were saved; {} {} was rolled back, and none after it begun."};
 inline constexpr Wording interrupted_rehearsal = {"已中断；未写入任何数据。", "Interrupted; nothing was written."};
+inline constexpr Wording repair_failed  = {"修复后台账仍与单据不符；已全部回滚", "the ledger would still differ from the bills; all was rolled back"};
 inline constexpr Wording unknown_kind   = {"没有“{}”这种单据；单据种类有", "there is no kind of bill \"{}\"; the kinds are"};
 inline constexpr Wording password_shown = {"命令行参数中不得有密码，本机的其他用户都能看到；请放入环境变量 VANTLO_PASSWORD，或将整个连接字符串放入 VANTLO_DB",
                                            "no passwords in arguments, where everybody on the machine can read them: put it into the environment's VANTLO_PASSWORD, or the whole connection string into VANTLO_DB"};
@@ -212,6 +219,8 @@ inline constexpr Wording touched_by     = {"涉及单据：", "touched by "};
 inline constexpr Wording more_bills     = {" 等 {} 张", " and others, {} in all"};
 inline constexpr Wording no_bills       = {"没有单据", "no bill"};
 inline constexpr Wording took_back      = {"（冲回）", " (taken back)"};
+inline constexpr Wording notes_follow   = {"另请留意（不算不符）：", "Worth a look, though ledger and bills agree in it:"};
+inline constexpr Wording more_of_them   = {"……共 {} 处", "... {} in all"};
 inline constexpr Wording steps_there    = {"前 {} 步已过账，共 {} 步", "the first {} of {} statements are there"};
 
 // clang-format on

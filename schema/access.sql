@@ -172,3 +172,23 @@ create table BillHistory (
     Content  memo,
     DoneAt   datetime
 );
+
+-- What `vantlo repair --apply` changed in the ledger, one row for each: its quantities before and after, null where the row
+-- was not there.
+create table RepairJournal (
+    EntryNo           counter primary key,
+    Cause             text(100),
+    Action            text(40),
+    WID               text(40),
+    GId               text(40),
+    Model1            text(100),
+    Model2            text(100),
+    Status            long,
+    BeforeInQty       currency,
+    AfterInQty        currency,
+    BeforeOutQty      currency,
+    AfterOutQty       currency,
+    BeforeCurrentQty  currency,
+    AfterCurrentQty   currency,
+    RepairedAt        datetime
+);

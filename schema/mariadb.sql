@@ -172,3 +172,23 @@ create table if not exists BillHistory (
     Content  longtext,
     DoneAt   datetime default current_timestamp
 ) engine = InnoDB default character set utf8mb4 collate utf8mb4_nopad_bin;
+
+-- What `vantlo repair --apply` changed in the ledger, one row for each: its quantities before and after, null where the row
+-- was not there.
+create table if not exists RepairJournal (
+    EntryNo           integer not null auto_increment primary key,
+    Cause             varchar(100),
+    Action            varchar(40),
+    WID               varchar(40),
+    GId               varchar(40),
+    Model1            varchar(100),
+    Model2            varchar(100),
+    Status            integer,
+    BeforeInQty       decimal(19,4),
+    AfterInQty        decimal(19,4),
+    BeforeOutQty      decimal(19,4),
+    AfterOutQty       decimal(19,4),
+    BeforeCurrentQty  decimal(19,4),
+    AfterCurrentQty   decimal(19,4),
+    RepairedAt        datetime default current_timestamp
+) engine = InnoDB default character set utf8mb4 collate utf8mb4_nopad_bin;

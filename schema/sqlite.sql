@@ -173,3 +173,23 @@ create table if not exists BillHistory (
     Content  nvarchar(1000000),
     DoneAt   datetime default current_timestamp
 );
+
+-- What `vantlo repair --apply` changed in the ledger, one row for each: its quantities before and after, null where the row
+-- was not there.
+create table if not exists RepairJournal (
+    EntryNo           integer primary key,
+    Cause             nvarchar(100),
+    Action            nvarchar(40),
+    WID               nvarchar(40),
+    GId               nvarchar(40),
+    Model1            nvarchar(100),
+    Model2            nvarchar(100),
+    Status            int,
+    BeforeInQty       money,
+    AfterInQty        money,
+    BeforeOutQty      money,
+    AfterOutQty       money,
+    BeforeCurrentQty  money,
+    AfterCurrentQty   money,
+    RepairedAt        datetime default current_timestamp
+);

@@ -181,3 +181,23 @@ if object_id('BillHistory') is null create table BillHistory (
     Content  nvarchar(max) collate Chinese_PRC_BIN2,
     DoneAt   datetime default current_timestamp
 );
+
+-- What `vantlo repair --apply` changed in the ledger, one row for each: its quantities before and after, null where the row
+-- was not there.
+if object_id('RepairJournal') is null create table RepairJournal (
+    EntryNo           int identity primary key,
+    Cause             nvarchar(100) collate Chinese_PRC_BIN2,
+    Action            nvarchar(40) collate Chinese_PRC_BIN2,
+    WID               nvarchar(40) collate Chinese_PRC_BIN2,
+    GId               nvarchar(40) collate Chinese_PRC_BIN2,
+    Model1            nvarchar(100) collate Chinese_PRC_BIN2,
+    Model2            nvarchar(100) collate Chinese_PRC_BIN2,
+    Status            int,
+    BeforeInQty       money,
+    AfterInQty        money,
+    BeforeOutQty      money,
+    AfterOutQty       money,
+    BeforeCurrentQty  money,
+    AfterCurrentQty   money,
+    RepairedAt        datetime default current_timestamp
+);

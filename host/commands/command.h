@@ -77,9 +77,10 @@ void add_bill(CLI::App& app, Invocation& invocation);
 void add_explain(CLI::App& app, Invocation& invocation);
 void add_ledger(CLI::App& app, Invocation& invocation);
 void add_verify(CLI::App& app, Invocation& invocation);
+void add_repair(CLI::App& app, Invocation& invocation);
 
 /// The commands in the order in which the help lists them.
-inline constexpr void (*add_commands[])(CLI::App&, Invocation&) = {add_init,   add_save, add_import,  add_delete,
-                                                                   add_ledger, add_bill, add_explain, add_verify};
+inline constexpr void (*add_commands[])(CLI::App&, Invocation&) = {
+    add_init, add_save, add_import, add_delete, add_ledger, add_bill, add_explain, add_verify, add_repair};
 
 }  // namespace vantlo::host

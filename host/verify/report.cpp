@@ -35,6 +35,23 @@ constexpr CauseRow causes[] = {
     {Cause::extra_row,        {"台账多行，没有单据",               "A row has no bill"}},
     {Cause::changed_quantity, {"数量与单据不符",                   "A quantity is not what the bills say"}},
 };
+
+struct RemarkRow {
+    Remark remark;
+    Wording wording;
+};
+constexpr RemarkRow remarks[] = {
+    {Remark::negative_by_bills,    {"结存为负，单据如此",                     "Stock is negative, as the bills say"}},
+    {Remark::unbalanced_by_design, {"收入减发出不等于结存，过账方法如此",     "Received less issued is not on hand, as the postings have it"}},
+    {Remark::several_by_design,    {"同一键有多行，单据的键含空值",           "Several rows have one key, as bills with a null in it make them"}},
+    {Remark::keys_look_alike,      {"单据把同一键写成了两种样子",             "Bills write keys that look the same in two ways"}},
+    {Remark::lost_bill,            {"历史中有此单据，单据表中没有",           "The history knows a bill that is stored nowhere"}},
+    {Remark::unknown_kind,         {"单据种类不明，未核对",                   "The kind of a bill is unknown, it is not compared"}},
+    {Remark::headless_lines,       {"有行而无单据头，未核对",                 "Lines have no header, they are not compared"}},
+    {Remark::empty_literal,        {"列的数值写不进语句，过账会失败",         "A column's values cannot be written into statements: postings fail"}},
+    {Remark::loses_digits,         {"列存不下四位小数",                       "A column does not keep four decimals"}},
+    {Remark::loses_characters,     {"列存不下汉字",                           "A column does not keep Chinese characters"}},
+};
 // clang-format on
 
 class Report {
@@ -117,6 +134,25 @@ private:
 std::string report_of(const std::vector<Finding>& findings, const CourseOfBills& course, std::size_t ledger_rows,
                       Language language) {
     return Report(course, language).text(findings, ledger_rows);
+}
+
+std::string report_of(const std::vector<Note>& notes, Language language) {
+    constexpr std::ptrdiff_t shown_at_most = 10;
+    if (notes.empty()) return {};
+    std::string text = fmt::format("\n{}\n", words::notes_follow.in(language));
+    for (auto first = notes.begin(); first != notes.end();) {
+        const auto last =
+            std::find_if(first, notes.end(), [&](const Note& note) { return note.remark != first->remark; });
+        text +=
+            fmt::format("   {}\n", std::ranges::find(remarks, first->remark, &RemarkRow::remark)->wording.in(language));
+        const auto count = last - first;
+        for (auto note = first; note != first + std::min(count, shown_at_most); ++note) {
+            text += "     " + note->subject + "\n";
+        }
+        if (count > shown_at_most) text += "     " + say(language, words::more_of_them, count) + "\n";
+        first = last;
+    }
+    return text;
 }
 
 std::string cause_text(Cause cause, Language language) {

@@ -6,6 +6,7 @@ Verification verify(NativeConnection& database, Language language) {
     Verification verification;
     verification.course = read_course(database);
     verification.stored = read_entries(database);
+    verification.columns = read_columns(database);
     verification.expected = recompute(database, verification.course, language);
     verification.findings = compare(verification.stored, verification.expected, verification.course);
     return verification;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/verify/column_types.h"
 #include "host/verify/comparison.h"
 
 namespace vantlo::host {
@@ -9,6 +10,7 @@ struct Verification {
     CourseOfBills course;
     Recomputation expected;
     std::vector<LedgerEntry> stored;
+    std::vector<ColumnDescription> columns;
     std::vector<Finding> findings;
 };
 

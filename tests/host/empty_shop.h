@@ -25,7 +25,7 @@ private:
         "delete from Inventory; delete from Warehouse; delete from Goods; delete from GoodsUnit;"
         "delete from StockBill; delete from StockBillItems; delete from RGstockBill; delete from RGstockBillItems;"
         "delete from GBorrow; delete from GBorrowItems; delete from GoodsBill; delete from GoodsBillItems;"
-        "delete from SavedBill; delete from BillHistory;";
+        "delete from SavedBill; delete from BillHistory; delete from RepairJournal;";
 
     Owned<OdbcConnection> owner_;
     std::string drop_key_;

@@ -26,7 +26,8 @@ TEST_CASE("vantlo explains every command with examples, in the user's language")
     const Finished main = shell.vantlo("--help");
     CHECK(main.exit_code == 0);
     CHECK(main.has("Exit codes: 0 done"));
-    for (const std::string command : {"init", "save", "import", "delete", "ledger", "bill", "explain", "verify"}) {
+    for (const std::string command :
+         {"init", "save", "import", "delete", "ledger", "bill", "explain", "verify", "repair"}) {
         CHECK_MESSAGE(main.has("\n  " + command + " "), command);
         const Finished english = shell.vantlo(command + " --help");
         CHECK(english.exit_code == 0);

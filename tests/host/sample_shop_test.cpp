@@ -1,6 +1,6 @@
-#include <doctest/doctest.h>
+#include "tests/host/verify/sample_shop.h"
 
-#include <fstream>
+#include <doctest/doctest.h>
 
 #include "ado/open_connection.h"
 #include "host/bookkeeping.h"
@@ -15,8 +15,6 @@ namespace {
 
 using namespace vantlo::host;
 
-const std::string shop_folder = VANTLO_SOURCE_DIR "/examples/shop/";
-
 /// The ledgers after all bills, and after some are taken back.
 struct Ledgers {
     std::string saved;
@@ -26,15 +24,10 @@ struct Ledgers {
 Ledgers run_shop(const std::string& database) {
     const Connect connect = connect_in_turn({database});
     Bookkeeping bookkeeping(connect);
-    for (const char* file : {"master.json", "week1.json", "week2.json", "week3.json", "week4.json"}) {
-        const ShopFile shop = read_shop_file(shop_folder + file);
-        bookkeeping.save_master(shop.master);
-        for (const Bill& bill : shop.bills) bookkeeping.save(bill);
-    }
+    save_sample_shop(bookkeeping);
     Ledgers ledgers;
     ledgers.saved = joined(read_ledger(*connect()));
-    std::ifstream taken_back(shop_folder + "taken-back.txt");
-    for (std::string kind, id; taken_back >> kind >> id;) bookkeeping.remove(*find_bill_kind(kind), from_utf8(id));
+    take_back_sample_bills(bookkeeping);
     ledgers.taken_back = joined(read_ledger(*connect()));
     return ledgers;
 }

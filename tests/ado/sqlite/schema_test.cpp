@@ -31,6 +31,9 @@ TEST_CASE("The tables have the columns of the system under their own names") {
         {"Goods", "ID,Class,GCZYCPFlag"},
         {"SavedBill", "Marker,SavedAt"},
         {"BillHistory", "EntryNo,Kind,BillId,Action,Content,DoneAt"},
+        {"RepairJournal",
+         "EntryNo,Cause,Action,WID,GId,Model1,Model2,Status,BeforeInQty,AfterInQty,BeforeOutQty,AfterOutQty,"
+         "BeforeCurrentQty,AfterCurrentQty,RepairedAt"},
         {"Warehouse", "ID,Name"},
         {"StockBill", "Id,Kind,BillDate,ReferFlag,Remarks"},
         {"StockBillItems",

@@ -6,28 +6,39 @@
 #include "host/bookkeeping.h"
 #include "host/schema.h"
 
+// The sample shop of examples/shop.
+
 namespace vantlo::test {
 
-/// A database with the sample shop of examples/shop, saved through the host. `with_bills_taken_back` takes back those that
-/// the sample names.
-inline Owned<NativeConnection> sample_shop(const Owned<NativeConnection>& database, bool with_bills_taken_back) {
+/// Saves its master data and its four weeks of bills.
+inline void save_sample_shop(host::Bookkeeping& bookkeeping) {
     const std::string folder = VANTLO_SOURCE_DIR "/examples/shop/";
-    database->run_script(host::schema_for(database->dialect()));
-    host::Bookkeeping bookkeeping([&] { return database; });
     for (const char* file : {"master.json", "week1.json", "week2.json", "week3.json", "week4.json"}) {
         const host::ShopFile shop = host::read_shop_file(folder + file);
         bookkeeping.save_master(shop.master);
         for (const host::Bill& bill : shop.bills) bookkeeping.save(bill);
     }
-    std::ifstream taken_back(folder + "taken-back.txt");
-    for (std::string kind, id; with_bills_taken_back && taken_back >> kind >> id;) {
+}
+
+/// Takes back the bills that it names for that.
+inline void take_back_sample_bills(host::Bookkeeping& bookkeeping) {
+    std::ifstream taken_back(VANTLO_SOURCE_DIR "/examples/shop/taken-back.txt");
+    for (std::string kind, id; taken_back >> kind >> id;) {
         bookkeeping.remove(*host::find_bill_kind(kind), from_utf8(id));
     }
+}
+
+inline Owned<NativeConnection> empty_shop_in_memory() {
+    const auto database = open_connection("sqlite::memory:");
+    database->run_script(host::schema_for("sqlite"));
     return database;
 }
 
-inline Owned<NativeConnection> sample_shop_in_memory(bool with_bills_taken_back = false) {
-    return sample_shop(open_connection("sqlite::memory:"), with_bills_taken_back);
+inline Owned<NativeConnection> sample_shop_in_memory() {
+    const auto database = empty_shop_in_memory();
+    host::Bookkeeping bookkeeping([&] { return database; });
+    save_sample_shop(bookkeeping);
+    return database;
 }
 
 }  // namespace vantlo::test

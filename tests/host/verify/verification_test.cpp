@@ -24,8 +24,11 @@ std::string report_of(const Verification& verification) {
 }
 
 TEST_CASE("verify finds the sample shop's ledger right, and also after bills were taken back") {
+    const auto database = sample_shop_in_memory();
+    Bookkeeping bookkeeping([&] { return database; });
     for (const bool with_bills_taken_back : {false, true}) {
-        const Verification verification = verify(*sample_shop_in_memory(with_bills_taken_back), Language::english);
+        if (with_bills_taken_back) take_back_sample_bills(bookkeeping);
+        const Verification verification = verify(*database, Language::english);
         CHECK_MESSAGE(verification.findings.empty(), report_of(verification));
         CHECK(verification.stored.size() == 207);
         CHECK(verification.expected.rows.size() == 207);
@@ -58,8 +61,7 @@ TEST_CASE("verify names the cause of each way in which rows go wrong") {
 TEST_CASE("verify names the bill whose posting went wrong") {
     for (const Spoiling& spoiling : spoilings()) {
         if (spoiling.bill == nullptr) continue;
-        const auto database = open_connection("sqlite::memory:");
-        database->run_script(schema_for("sqlite"));
+        const auto database = empty_shop_in_memory();
         spoil(database, spoiling);
         const Verification verification = verify(*database, Language::english);
         const std::string report = report_of(verification);
@@ -104,8 +106,7 @@ TEST_CASE("verify shows the cause that meets the earliest bill first, and rows w
 TEST_CASE("verify posts by the history: what the members do depends on what was there before") {
     // The first component line of an assembly inserts its converted quantity, a line on a row that is there the quantity
     // as it stands; a bill that was taken back left such a row.
-    const auto database = open_connection("sqlite::memory:");
-    database->run_script(schema_for("sqlite"));
+    const auto database = empty_shop_in_memory();
     database->run(u"insert into GoodsUnit(id,Unit,UnitConverter) values('G1','box',12)");
     Bookkeeping bookkeeping([&] { return database; });
     Bill receipt = stock_bill(u"B1", u"G1", 5, u"W1", u"W2");

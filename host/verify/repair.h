@@ -1,0 +1,27 @@
+#pragma once
+
+#include "host/verify/verification.h"
+
+namespace vantlo::host {
+
+/// What sets the rows of one key right.
+struct Repair {
+    Cause cause;
+    LedgerKey key;
+    std::vector<LedgerEntry> before;
+    std::vector<LedgerEntry> after;
+
+    Text removal;                  ///< the statement that deletes all rows of the key; empty if they stay
+    std::vector<Text> statements;  ///< to be run once every removal has been
+};
+
+/// The repairs of all that differs; a bill that cannot be posted has none.
+std::vector<Repair> repairs_of(const std::vector<Finding>& findings);
+
+/// The repairs as a script for the engine's own client, in a transaction, each with its cause as a comment.
+std::string script_of(const std::vector<Repair>& repairs, const std::string& dialect, Language language);
+
+/// Runs the repairs in the transaction that is open, and enters each row before and after into RepairJournal.
+void run_repairs(const std::vector<Repair>& repairs, NativeConnection& database);
+
+}  // namespace vantlo::host
