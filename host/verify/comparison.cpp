@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <functional>
 #include <limits>
 #include <map>
 #include <memory>
@@ -163,30 +164,40 @@ private:
         }
     }
 
-    /// Bills whose movement is just what the rows differ in.
+    /// Bills whose movement is just what the rows differ in: whole ones, then those that were cut off. Two bills of which
+    /// the same statements would be missing cannot be told apart; one that the history does not know is taken first, as
+    /// what crashed never entered it, and then the latest.
     void find_bills() {
-        for (std::size_t event = 0; event < effects_.size() && !open_.empty(); ++event) {
-            const std::size_t steps = effects_[event].steps.size();
-            const bool is_save = course_.events[event].action == BillEvent::Action::save;
-            if (!is_save) continue;
-            const bool is_gone = is_taken_back(event);
-            for (std::size_t step = 0; step < steps; ++step) {
-                const AmountsByKey rest = effects_[event].from(step);
-                if (step > 0 && is_gone) break;
-                if (differs_by(rest, -1)) {
-                    const Cause cause = is_gone     ? Cause::taken_back_twice
-                                        : step == 0 ? Cause::not_posted
-                                                    : Cause::posted_in_part;
-                    Finding& finding = take(cause, keys_of(rest), event);
-                    finding.steps_there = step;
-                    finding.steps = steps;
-                    break;
-                }
-                if (step == 0 && differs_by(rest, +1)) {
-                    take(is_gone ? Cause::not_taken_back : Cause::posted_twice, keys_of(rest), event);
-                    break;
-                }
-            }
+        std::vector<std::size_t> saved;
+        for (std::size_t event = 0; event < effects_.size(); ++event) {
+            if (course_.events[event].action == BillEvent::Action::save) saved.push_back(event);
+        }
+        for (const std::size_t event : saved) find_whole_bill(event);
+        std::ranges::sort(saved, std::greater(),
+                          [&](std::size_t event) { return std::pair(!course_.events[event].is_recorded, event); });
+        for (const std::size_t event : saved) find_cut_off_bill(event);
+    }
+
+    void find_whole_bill(std::size_t event) {
+        const AmountsByKey all = effects_[event].from(0);
+        const bool is_gone = is_taken_back(event);
+        if (differs_by(all, -1)) {
+            take(is_gone ? Cause::taken_back_twice : Cause::not_posted, keys_of(all), event);
+        } else if (differs_by(all, +1)) {
+            take(is_gone ? Cause::not_taken_back : Cause::posted_twice, keys_of(all), event);
+        }
+    }
+
+    void find_cut_off_bill(std::size_t event) {
+        const std::size_t steps = effects_[event].steps.size();
+        if (is_taken_back(event)) return;
+        for (std::size_t step = 1; step < steps; ++step) {
+            const AmountsByKey rest = effects_[event].from(step);
+            if (!differs_by(rest, -1)) continue;
+            Finding& finding = take(Cause::posted_in_part, keys_of(rest), event);
+            finding.steps_there = step;
+            finding.steps = steps;
+            return;
         }
     }
 

@@ -18,7 +18,7 @@ TEST_CASE("Repairs set right what went wrong in each way, and the journal has ea
     const auto shop = sample_shop_in_memory();
     for (const Spoiling& spoiling : spoilings()) {
         if (spoiling.cause == Cause::refused_bill) continue;
-        INFO(spoiling.name);
+        INFO(std::string(spoiling.name));
         const auto database = spoiling.bill == nullptr ? shop : empty_shop_in_memory();
         if (spoiling.bill == nullptr) database->begin();
         spoil(database, spoiling);

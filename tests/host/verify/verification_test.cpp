@@ -51,7 +51,7 @@ TEST_CASE("verify names the cause of each way in which rows go wrong") {
         const Verification verification = verify(*database, Language::english);
         database->roll_back();
         const std::string report = report_of(verification);
-        INFO(spoiling.name, "\n", report);
+        INFO(std::string(spoiling.name), "\n", report);
         REQUIRE(verification.findings.size() == 1);
         CHECK(verification.findings.front().cause == spoiling.cause);
         CHECK(report.find(cause_text(spoiling.cause, Language::english) + " (1)") != std::string::npos);
@@ -65,7 +65,7 @@ TEST_CASE("verify names the bill whose posting went wrong") {
         spoil(database, spoiling);
         const Verification verification = verify(*database, Language::english);
         const std::string report = report_of(verification);
-        INFO(spoiling.name, "\n", report);
+        INFO(std::string(spoiling.name), "\n", report);
         REQUIRE(verification.findings.size() == 1);
         CHECK(verification.findings.front().cause == spoiling.cause);
         CHECK(verification.findings.front().event.has_value());
