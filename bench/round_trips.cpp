@@ -143,7 +143,7 @@ void measure(const Server& server, std::string database, const std::string& fold
 
     const auto tell = [&](const char* what, const std::function<void()>& body) {
         const long before = relay.round_trips();
-        const double seconds = bench::seconds_of(body);
+        const double seconds = bench::seconds_of(bench::Clock::wall, body);
         fmt::print("  {:44}{:>5} round trips {:>9.2f} ms\n", what, relay.round_trips() - before, seconds * 1e3);
     };
     {
