@@ -8,6 +8,7 @@
 #include "dataaccess/platform.h"
 #include "dataaccess/sql_literals.h"
 #include "host/bill_history.h"
+#include "host/import/posted_bills.h"
 #include "host/interrupt.h"
 
 namespace vantlo::host {
@@ -57,6 +58,9 @@ std::vector<Argument> arguments_for(const MemberCall& call, const Bill& bill, Li
     return arguments;
 }
 
+/// A bill as people name it.
+std::string name_of(const BillKind& kind, const Text& id) { return fmt::format("{} {}", kind.name, to_utf8(id)); }
+
 bool is_fed_lines(const MemberCall& call) { return call.arguments.front() == Feed::line; }
 
 }  // namespace
@@ -84,7 +88,12 @@ public:
 
     void store(const Bill& bill);
     Bill stored(const BillKind& kind, const Text& id);
-    void post(std::span<const MemberCall> calls, const Bill& bill);
+    /// `posted` is called after each call of a member, with the line's number or 0 for the whole bill.
+    void post(std::span<const MemberCall> calls, const Bill& bill,
+              const std::function<void(const MemberCall& call, std::int32_t item)>& posted = {});
+    void enter_into_journal(const Bill& bill, const MemberCall& call, std::int32_t item, const Text& content);
+    void erase_from_journal(const Bill& bill);
+    void replace(const MasterRow& row);
     void insert(const char16_t* table, const Record& record);
     void erase(const BillTable& table, const Text& id);
     /// Enters what was done into the history: the last statement, so that bills on the same ledger rows stand in its order.
@@ -106,65 +115,101 @@ Bookkeeping::Bookkeeping(Connect connect, std::shared_ptr<BookkeepingObserver> o
     for (int word = 0; word < 4; ++word) name_ += from_utf8(fmt::format("{:08x}", random()));
 }
 
-void Bookkeeping::save_master(const std::vector<MasterRow>& rows) {
-    in_transaction("master data", [&](Session& session) {
-        for (const MasterRow& row : rows) session.insert(row.table->name, row.values);
-    });
+void Bookkeeping::save_master(std::span<const MasterRow> rows) {
+    in_transaction({{"master data", [&](Session& session) {
+                         for (const MasterRow& row : rows) session.replace(row);
+                     }}});
 }
 
 void Bookkeeping::save(const Bill& bill) {
-    in_transaction(fmt::format("{} {}", bill.kind->name, to_utf8(bill.id)), [&](Session& session) {
-        session.store(bill);
-        session.post(bill.kind->post, bill);
-        session.record(history_action::save, bill, Null{});
-    });
+    in_transaction({{name_of(*bill.kind, bill.id), [&](Session& session) {
+                         session.store(bill);
+                         session.post(bill.kind->post, bill);
+                         session.record(history_action::save, bill, Null{});
+                     }}});
+}
+
+void Bookkeeping::import(std::span<const Bill* const> bills) {
+    std::vector<Step> steps;
+    for (const Bill* const bill : bills) {
+        steps.push_back({name_of(*bill->kind, bill->id), [bill](Session& session) {
+                             session.store(*bill);
+                             const Text content = content_digest(*bill);
+                             session.post(bill->kind->post, *bill, [&](const MemberCall& call, std::int32_t item) {
+                                 session.enter_into_journal(*bill, call, item, content);
+                             });
+                             session.record(history_action::save, *bill, Null{});
+                         }});
+    }
+    in_transaction(steps);
 }
 
 Bill Bookkeeping::remove(const BillKind& kind, const Text& id) {
     Bill bill;
-    in_transaction(fmt::format("{} {}", kind.name, to_utf8(id)), [&](Session& session) {
-        bill = session.stored(kind, id);
-        session.post(kind.take_back, bill);
-        session.erase(*kind.lines, id);
-        session.erase(*kind.header, id);
-        session.record(history_action::take_back, bill, bill_content(bill));
-    });
+    in_transaction({{name_of(kind, id), [&](Session& session) {
+                         bill = session.stored(kind, id);
+                         session.post(kind.take_back, bill);
+                         session.erase_from_journal(bill);
+                         session.erase(*kind.lines, id);
+                         session.erase(*kind.header, id);
+                         session.record(history_action::take_back, bill, bill_content(bill));
+                     }}});
     return bill;
 }
 
-void Bookkeeping::in_transaction(const std::string& what, const std::function<void(Session&)>& body) {
+void Bookkeeping::in_transaction(const std::vector<Step>& steps) {
+    struct Outcome {
+        std::string what;
+        std::vector<std::string> warnings;
+        std::vector<LedgerChange> changes;
+    };
+    std::vector<Outcome> outcomes;
     ObservedConnection::Show show;
     if (observer_ != nullptr) show = [this](TextView statement) { observer_->sends(statement); };
-    std::vector<LedgerChange> changes;
-    const auto work = [&](NativeConnection& database) {
-        take_messages();  // those of an attempt that failed
+    const auto take = [&](NativeConnection& database, const Step& step) {
+        Outcome& outcome = outcomes.emplace_back();
+        outcome.what = step.what;
         findings_.warnings.clear();
-        if (observer_ != nullptr) observer_->begins(what);
+        if (observer_ != nullptr) observer_->begins(step.what);
         std::optional<PostingWatch> watch;
         if (guard_) watch.emplace(database, *guard_, language_, findings_);
         Session session(database, show, language_, watch ? &*watch : nullptr);
-        body(session);
-        if (watch) changes = watch->changes();
-        if (watch) watch->look_at_stock(changes);
+        step.work(session);
+        if (watch) outcome.changes = watch->changes();
+        if (watch) watch->look_at_stock(outcome.changes);
+        outcome.warnings = std::exchange(findings_.warnings, {});
+    };
+    const auto work = [&](NativeConnection& database) {
+        take_messages();  // those of an attempt that failed
+        outcomes.clear();
+        for (const Step& step : steps) take(database, step);
         return std::int32_t{0};
     };
     const auto tell_warnings = [&] {
         if (observer_ == nullptr) return;
-        for (const std::string& warning : findings_.warnings) observer_->warns(what, warning);
+        for (const Outcome& outcome : outcomes) {
+            for (const std::string& warning : outcome.warnings) observer_->warns(outcome.what, warning);
+        }
+    };
+    /// Where it failed: the last step that was begun, or the first if none was.
+    const auto failed = [&](const std::exception& failure) {
+        if (!outcomes.empty()) outcomes.back().warnings = std::exchange(findings_.warnings, {});
+        tell_warnings();
+        return fmt::format("{}: {}", outcomes.empty() ? steps.front().what : outcomes.back().what, failure.what());
     };
     try {
         saver_.save(next_marker(), work);
     } catch (const Interrupted&) {
         throw;
     } catch (const Refused& refusal) {
-        tell_warnings();
-        throw Refused(fmt::format("{}: {}", what, refusal.what()));
+        throw Refused(failed(refusal));
     } catch (const std::exception& failure) {
-        tell_warnings();
-        throw PostingFailed(fmt::format("{}: {}", what, failure.what()));
+        throw PostingFailed(failed(failure));
     }
     tell_warnings();
-    if (observer_ != nullptr) observer_->ends(changes);
+    for (const Outcome& outcome : outcomes) {
+        if (observer_ != nullptr) observer_->ends(outcome.changes);
+    }
 }
 
 Text Bookkeeping::next_marker() { return name_ + from_utf8(fmt::format("-{}", ++savings_)); }
@@ -195,13 +240,17 @@ Bill Bookkeeping::Session::stored(const BillKind& kind, const Text& id) {
     return {&kind, id, read_row(*header, kind.header->columns), read_lines(*kind.lines, id)};
 }
 
-void Bookkeeping::Session::post(std::span<const MemberCall> calls, const Bill& bill) {
+void Bookkeeping::Session::post(std::span<const MemberCall> calls, const Bill& bill,
+                                const std::function<void(const MemberCall& call, std::int32_t item)>& posted) {
     if (watch_ != nullptr) watch_->look_at(bill);
     for (const MemberCall& call : calls) {
         const Member& member = *find_method(call.member);
-        const auto post_one = [&](Line* line) {
+        const auto post_one = [&](Line* line, std::int32_t item) {
             const std::int32_t result = component_.call(member, arguments_for(call, bill, line));
-            if (result == 0) return;
+            if (result == 0) {
+                if (posted) posted(call, item);
+                return;
+            }
             // The statement that was not sent is the one which failed then.
             stop_if_interrupted();
             if (watch_ != nullptr) watch_->raise_refusal();
@@ -209,13 +258,40 @@ void Bookkeeping::Session::post(std::span<const MemberCall> calls, const Bill& b
                                             to_utf8(standard_text(result, language_)), take_messages(),
                                             connection_.account()));
         };
-        if (!is_fed_lines(call)) post_one(nullptr);
+        if (!is_fed_lines(call)) post_one(nullptr, 0);
+        std::int32_t item = 0;
         for (const Record& record : bill.lines) {
             if (!is_fed_lines(call)) break;
             RecordLine line(record, bill.kind->warehouse_column);
-            post_one(&line);
+            post_one(&line, ++item);
         }
     }
+}
+
+void Bookkeeping::Session::enter_into_journal(const Bill& bill, const MemberCall& call, std::int32_t item,
+                                              const Text& content) {
+    Record entry;
+    entry.set(u"Kind", from_utf8(bill.kind->name));
+    entry.set(u"BillId", bill.id);
+    entry.set(u"Member", Text(call.member));
+    entry.set(u"ItemNo", item);
+    entry.set(u"Content", content);
+    insert(u"PostingJournal", entry);
+}
+
+void Bookkeeping::Session::erase_from_journal(const Bill& bill) {
+    connection_.execute(u"delete from PostingJournal where BillId=" + GetSqlVal(bill.id) + u" and Kind=" +
+                        GetSqlVal(from_utf8(bill.kind->name)));
+}
+
+void Bookkeeping::Session::replace(const MasterRow& row) {
+    Text key;
+    for (const BillColumn& column : row.table->columns.first(row.table->keys)) {
+        key += key.empty() ? u" where " : u" and ";
+        key += Text(column.column) + u"=" + GetSqlVal(row.values.value(column.column));
+    }
+    connection_.execute(Text(u"delete from ") + row.table->name + key);
+    insert(row.table->name, row.values);
 }
 
 void Bookkeeping::Session::insert(const char16_t* table, const Record& record) {

@@ -49,12 +49,16 @@ public:
     explicit Bookkeeping(Connect connect, std::shared_ptr<BookkeepingObserver> observer = {},
                          Language language = Language::chinese, std::optional<Guard> guard = {});
 
-    /// Stores master rows in one transaction. Errors: PostingFailed, also for a row that is there already.
-    void save_master(const std::vector<MasterRow>& rows);
+    /// Stores master rows in one transaction; a row that is there already is replaced.
+    void save_master(std::span<const MasterRow> rows);
 
     /// Stores a bill and posts it. Errors: PostingFailed with the user's messages and the database's words;
     /// Refused by the guard.
     void save(const Bill& bill);
+
+    /// Stores bills and posts them in one transaction, with a row of PostingJournal for each posting.
+    /// Errors   PostingFailed or Refused, which name the bill; none of them is saved then.
+    void import(std::span<const Bill* const> bills);
 
     /// Takes a stored bill back and deletes it. Returns the bill. Errors: PostingFailed, also if there is no such bill;
     /// Refused by the guard.
@@ -66,7 +70,13 @@ public:
 private:
     class Session;
 
-    void in_transaction(const std::string& what, const std::function<void(Session&)>& body);
+    /// What a transaction does to one bill, or to master data.
+    struct Step {
+        std::string what;  ///< as people name it
+        std::function<void(Session&)> work;
+    };
+
+    void in_transaction(const std::vector<Step>& steps);
     [[nodiscard]] Text next_marker();
 
     BillSaver saver_;

@@ -127,8 +127,10 @@ inline constexpr Wording member_name    = {"成员名称；省略时列出全部
 // What was done
 inline constexpr Wording tables_ready   = {"数据表已齐备（{}）。", "The tables are there ({})."};
 inline constexpr Wording saved          = {"已保存 {} 张单据，共 {} 行。", "Saved {} bills with {} lines."};
-inline constexpr Wording imported       = {"已导入 {} 行基础资料和 {} 张单据。", "Imported {} rows of master data and {} bills."};
-inline constexpr Wording would_import   = {"将导入 {} 行基础资料和 {} 张单据；未写入任何数据。", "Would import {} rows of master data and {} bills; nothing was written."};
+inline constexpr Wording would_import   = {"将导入 {} 行基础资料和 {} 张单据，共 {} 行；另有 {} 张单据此前已导入；未写入任何数据。",
+                                           "Would import {} rows of master data and {} bills with {} lines; {} bills were imported before. Nothing was written."};
+inline constexpr Wording imported       = {"已导入 {} 行基础资料和 {} 张单据，共 {} 行；另有 {} 张单据此前已导入。",
+                                           "Imported {} rows of master data and {} bills with {} lines; {} bills were imported before."};
 inline constexpr Wording taken_back     = {"已冲回 {} {}。", "Took {} {} back."};
 inline constexpr Wording repaired       = {"已修复 {} 个键的台账行，前后数量记在 RepairJournal。", "Repaired the rows of {} keys; RepairJournal has them before and after."};
 inline constexpr Wording nothing_to_repair = {"没有需要修复的行。", "There is nothing to repair."};
@@ -138,6 +140,13 @@ inline constexpr Wording interrupted_at = {"已中断：已保存 {} 张单据�
                                            "Interrupted: {} bills with {} lines were saved; {} {} was rolled back, and none after it begun."};
 inline constexpr Wording interrupted_rehearsal = {"已中断；未写入任何数据。", "Interrupted; nothing was written."};
 inline constexpr Wording repair_failed  = {"修复后台账仍与单据不符；已全部回滚", "the ledger would still differ from the bills; all was rolled back"};
+inline constexpr Wording import_interrupted = {"已中断：已导入 {} 张单据，共 {} 行，还剩 {} 张；正在处理的已回滚。再次运行同一命令即可继续。",
+                                           "Interrupted: {} bills with {} lines were imported, {} are left, and what was begun is rolled back. The same command goes on from there."};
+inline constexpr Wording import_stopped = {"已导入 {} 张单据，共 {} 行，还剩 {} 张。改正后再次运行同一命令即可继续。",
+                                           "{} bills with {} lines were imported, {} are left. Once this is put right, the same command goes on from there."};
+inline constexpr Wording imported_otherwise = {"{} {} 此前已导入，但内容不同", "{} {} was imported before with other content"};
+inline constexpr Wording stored_otherwise = {"{} {}：已有此编号的单据，且不是由导入保存的", "{} {}: a bill with this id is stored already, and not by an import"};
+inline constexpr Wording import_lost    = {"{} {} 此前已导入，但单据已不在数据库中", "{} {} was imported before, but is no longer stored"};
 inline constexpr Wording unknown_kind   = {"没有“{}”这种单据；单据种类有", "there is no kind of bill \"{}\"; the kinds are"};
 inline constexpr Wording password_shown = {"命令行参数中不得有密码，本机的其他用户都能看到；请放入环境变量 VANTLO_PASSWORD，或将整个连接字符串放入 VANTLO_DB",
                                            "no passwords in arguments, where everybody on the machine can read them: put it into the environment's VANTLO_PASSWORD, or the whole connection string into VANTLO_DB"};
@@ -164,6 +173,8 @@ inline constexpr Wording change_of_row  = {"{}：收入 {} → {}，发出 {} �
 inline constexpr Wording nothing        = {"无", "none"};
 inline constexpr Wording would_save     = {"将保存 {} 张单据，共 {} 行；未写入任何数据。", "Would save {} bills with {} lines; nothing was written."};
 inline constexpr Wording would_take_back = {"将冲回 {} {}；未写入任何数据。", "Would take {} {} back; nothing was written."};
+// Progress
+inline constexpr Wording progress       = {"{} {:3}%  {}/{} 行  {} 行/秒  剩余 {}", "{} {:3}%  {} of {} lines  {} a second  {} left"};
 
 // The ledger
 inline constexpr Wording key_with_status = {"{} 状态 {}", "{}, status {}"};

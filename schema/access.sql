@@ -192,3 +192,15 @@ create table RepairJournal (
     AfterCurrentQty   currency,
     RepairedAt        datetime
 );
+
+-- What `vantlo import` has posted: a row for each call of a member, in the same transaction, ItemNo 0 for calls that post a
+-- whole bill. An import that is run again passes over the bills that are here; Content tells whether they are the same.
+create table PostingJournal (
+    Kind      text(40) not null,
+    BillId    text(40) not null,
+    Member    text(40) not null,
+    ItemNo    long not null,
+    Content   text(16) not null,
+    PostedAt  datetime,
+    primary key (BillId, Kind, Member, ItemNo)
+);

@@ -192,3 +192,15 @@ create table if not exists RepairJournal (
     AfterCurrentQty   decimal(19,4),
     RepairedAt        datetime default current_timestamp
 ) engine = InnoDB default character set utf8mb4 collate utf8mb4_nopad_bin;
+
+-- What `vantlo import` has posted: a row for each call of a member, in the same transaction, ItemNo 0 for calls that post a
+-- whole bill. An import that is run again passes over the bills that are here; Content tells whether they are the same.
+create table if not exists PostingJournal (
+    Kind      varchar(40) not null,
+    BillId    varchar(40) not null,
+    Member    varchar(40) not null,
+    ItemNo    integer not null,
+    Content   varchar(16) not null,
+    PostedAt  datetime default current_timestamp,
+    primary key (BillId, Kind, Member, ItemNo)
+) engine = InnoDB default character set utf8mb4 collate utf8mb4_nopad_bin;

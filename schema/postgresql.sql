@@ -192,3 +192,15 @@ create table if not exists RepairJournal (
     AfterCurrentQty   numeric(19,4),
     RepairedAt        timestamp(0) default current_timestamp
 );
+
+-- What `vantlo import` has posted: a row for each call of a member, in the same transaction, ItemNo 0 for calls that post a
+-- whole bill. An import that is run again passes over the bills that are here; Content tells whether they are the same.
+create table if not exists PostingJournal (
+    Kind      varchar(40) not null,
+    BillId    varchar(40) not null,
+    Member    varchar(40) not null,
+    ItemNo    integer not null,
+    Content   varchar(16) not null,
+    PostedAt  timestamp(0) default current_timestamp,
+    primary key (BillId, Kind, Member, ItemNo)
+);

@@ -193,3 +193,15 @@ create table if not exists RepairJournal (
     AfterCurrentQty   money,
     RepairedAt        datetime default current_timestamp
 );
+
+-- What `vantlo import` has posted: a row for each call of a member, in the same transaction, ItemNo 0 for calls that post a
+-- whole bill. An import that is run again passes over the bills that are here; Content tells whether they are the same.
+create table if not exists PostingJournal (
+    Kind      nvarchar(40) not null,
+    BillId    nvarchar(40) not null,
+    Member    nvarchar(40) not null,
+    ItemNo    integer not null,
+    Content   nvarchar(16) not null,
+    PostedAt  datetime default current_timestamp,
+    primary key (BillId, Kind, Member, ItemNo)
+);

@@ -201,3 +201,15 @@ if object_id('RepairJournal') is null create table RepairJournal (
     AfterCurrentQty   money,
     RepairedAt        datetime default current_timestamp
 );
+
+-- What `vantlo import` has posted: a row for each call of a member, in the same transaction, ItemNo 0 for calls that post a
+-- whole bill. An import that is run again passes over the bills that are here; Content tells whether they are the same.
+if object_id('PostingJournal') is null create table PostingJournal (
+    Kind      nvarchar(40) collate Chinese_PRC_BIN2 not null,
+    BillId    nvarchar(40) collate Chinese_PRC_BIN2 not null,
+    Member    nvarchar(40) collate Chinese_PRC_BIN2 not null,
+    ItemNo    int not null,
+    Content   nvarchar(16) collate Chinese_PRC_BIN2 not null,
+    PostedAt  datetime default current_timestamp,
+    primary key (BillId, Kind, Member, ItemNo)
+);

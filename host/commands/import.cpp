@@ -1,28 +1,105 @@
+#include <fmt/format.h>
+
 #include <iostream>
 #include <map>
 
 #include "host/commands/command.h"
+#include "host/import/posted_bills.h"
 #include "host/import/shop_reader.h"
+#include "host/interrupt.h"
+#include "host/progress_bar.h"
 
 namespace vantlo::host {
 
 namespace {
+
+/// A commit costs as much as some dozen lines; what an interrupt rolls back is imported again within a moment.
+constexpr std::size_t lines_a_transaction = 500;
 
 struct ImportOptions {
     std::vector<std::string> paths;
     FileOptions files;
 };
 
+/// The bills that are not imported yet.
+/// Errors   bills that the database knows otherwise are told.
+std::vector<const Bill*> bills_to_import(NativeConnection& database, ShopReader& reader, const CommonOptions& common) {
+    const std::vector<Bill>& bills = reader.shop().bills;
+    const std::vector<BillState> states = states_of(database, bills);
+    std::vector<const Bill*> absent;
+    for (std::size_t index = 0; index < bills.size(); ++index) {
+        const Bill& bill = bills[index];
+        const auto tell = [&](const Wording& wording) {
+            const ShopReader::Origin& origin = reader.bill_origins()[index];
+            reader.errors().add(*origin.source, origin.offset, common.say(wording, bill.kind->name, to_utf8(bill.id)));
+        };
+        switch (states[index]) {
+            case BillState::absent: absent.push_back(&bill); break;
+            case BillState::imported: break;
+            case BillState::imported_otherwise: tell(words::imported_otherwise); break;
+            case BillState::stored_otherwise: tell(words::stored_otherwise); break;
+            case BillState::lost: tell(words::import_lost); break;
+        }
+    }
+    return absent;
+}
+
+/// The first of the bills that go into one transaction: one at least, however long it is.
+std::span<const Bill* const> next_batch(std::span<const Bill* const> bills) {
+    std::size_t count = 0;
+    for (std::size_t lines = 0; count < bills.size() && lines < lines_a_transaction; ++count) {
+        lines += bills[count]->lines.size();
+    }
+    return bills.first(count);
+}
+
+std::size_t lines_of(std::span<const Bill* const> bills) {
+    std::size_t lines = 0;
+    for (const Bill* const bill : bills) lines += bill->lines.size();
+    return lines;
+}
+
 ExitCode import(const CommonOptions& common, const ImportOptions& options) {
     ShopReader reader;
     for (const std::string& path : options.paths) reader.read(path, options.files);
     reader.errors().raise();
+    const std::vector<const Bill*> bills = bills_to_import(*common.connect()(), reader, common);
+    reader.errors().raise();
+
     const ShopFile& shop = reader.shop();
     Bookkeeping bookkeeping = common.bookkeeping();
-    if (!shop.master.empty()) bookkeeping.save_master(shop.master);
-    for (const Bill& bill : shop.bills) bookkeeping.save(bill);
-    std::cerr << common.say(common.dry_run ? words::would_import : words::imported, shop.master.size(),
-                            shop.bills.size())
+    std::size_t done_bills = 0, done_lines = 0;
+    const auto stopped = [&](const std::exception& failure) {
+        if (common.dry_run) return std::string(failure.what());
+        return fmt::format("{}\n{}", failure.what(),
+                           common.say(words::import_stopped, done_bills, done_lines, bills.size() - done_bills));
+    };
+    try {
+        ProgressBar progress(shop.master.size() + lines_of(bills), common.language);
+        for (std::span<const MasterRow> left = shop.master; !left.empty();) {
+            const auto batch = left.first(std::min(left.size(), lines_a_transaction));
+            bookkeeping.save_master(batch);
+            left = left.subspan(batch.size());
+            progress.show(shop.master.size() - left.size());
+        }
+        for (std::span<const Bill* const> left = bills; !left.empty();) {
+            const auto batch = common.dry_run ? left.first(1) : next_batch(left);
+            bookkeeping.import(batch);
+            left = left.subspan(batch.size());
+            done_bills += batch.size();
+            done_lines += lines_of(batch);
+            progress.show(shop.master.size() + done_lines);
+        }
+    } catch (const Interrupted&) {
+        if (common.dry_run) throw Interrupted(common.say(words::interrupted_rehearsal));
+        throw Interrupted(common.say(words::import_interrupted, done_bills, done_lines, bills.size() - done_bills));
+    } catch (const PostingFailed& failure) {
+        throw PostingFailed(stopped(failure));
+    } catch (const Refused& refusal) {
+        throw Refused(stopped(refusal));
+    }
+    std::cerr << common.say(common.dry_run ? words::would_import : words::imported, shop.master.size(), done_bills,
+                            done_lines, shop.bills.size() - bills.size())
               << '\n';
     return ExitCode::done;
 }

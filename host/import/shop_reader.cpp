@@ -149,7 +149,8 @@ void ShopReader::take_bill(const InputValue& object) {
     check_needed(object, header.columns);
     const InputValue* const lines = object.member("lines");
     if (lines == nullptr) return tell_missing(object, "lines");
-    if (lines->kind != Kind::list) return tell(lines->offset, "lines: a list is expected, not " + shown(*lines));
+    if (lines->kind != Kind::list)
+        return tell(lines->offset, fmt::format("lines: a list is expected, not {}", shown(*lines)));
     if (lines->children.empty()) return tell(lines->offset, "the bill has no lines");
     for (const InputValue& line : lines->children) {
         if (!expect_object(line)) continue;
@@ -267,7 +268,7 @@ Variant ShopReader::read_whole_number(const InputValue& value, std::string_view 
 
 bool ShopReader::expect_object(const InputValue& value) {
     if (value.kind == Kind::object) return true;
-    tell(value.offset, "an object is expected, not " + shown(value));
+    tell(value.offset, fmt::format("an object is expected, not {}", shown(value)));
     return false;
 }
 

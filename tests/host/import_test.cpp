@@ -95,6 +95,7 @@ void check_imported(const Shell& shell, const std::string& arguments) {
     const Finished imported = shell.vantlo("--db imported.db import " + arguments);
     REQUIRE_MESSAGE(imported.exit_code == 0, imported.output);
     CHECK(all_rows(shell, "imported.db") == rows_as_saved(shell));
+    CHECK(shell.vantlo("--db imported.db verify").exit_code == shell.vantlo("--db saved.db verify").exit_code);
 }
 
 std::string write_csv(const Shell& shell) {

@@ -7,6 +7,8 @@
 #include <unistd.h>
 
 #include <array>
+#include <csignal>
+#include <functional>
 #include <string>
 
 namespace vantlo::test {
@@ -35,10 +37,21 @@ public:
 
     /// Reads until the text has appeared. Returns whether it has.
     bool wait_for(const std::string& text) {
-        while (shown_.find(text) == std::string::npos) {
+        return wait_until([&] { return shown_.find(text) != std::string::npos; });
+    }
+
+    /// Reads until what is shown is enough. Returns whether it ever was.
+    bool wait_until(const std::function<bool()>& is_enough) {
+        while (!is_enough()) {
             if (!read_more()) return false;
         }
         return true;
+    }
+
+    /// Ends the command at once, as a machine without power would.
+    void kill() {
+        REQUIRE(::kill(process_, SIGKILL) == 0);
+        finish();
     }
 
     /// Types the text; "\x03" is Ctrl-C.

@@ -34,6 +34,7 @@ TEST_CASE("The tables have the columns of the system under their own names") {
         {"RepairJournal",
          "EntryNo,Cause,Action,WID,GId,Model1,Model2,Status,BeforeInQty,AfterInQty,BeforeOutQty,AfterOutQty,"
          "BeforeCurrentQty,AfterCurrentQty,RepairedAt"},
+        {"PostingJournal", "Kind,BillId,Member,ItemNo,Content,PostedAt"},
         {"Warehouse", "ID,Name"},
         {"StockBill", "Id,Kind,BillDate,ReferFlag,Remarks"},
         {"StockBillItems",
