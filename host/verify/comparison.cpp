@@ -101,7 +101,7 @@ struct Effect {
 class Comparison {
 public:
     Comparison(const std::vector<LedgerEntry>& stored, const Recomputation& expected, const CourseOfBills& course)
-        : course_(course), effects_(course.events.size()) {
+        : course_(course), effects_(course.events.size()), is_taken_back_(course.events.size()) {
         for (const LedgerEntry& entry : stored) rows_[entry.key].stored.push_back(entry);
         for (const LedgerEntry& entry : expected.rows) rows_[entry.key].expected.push_back(entry);
         for (const PostingStep& step : expected.steps) {
@@ -114,6 +114,7 @@ public:
             rows.key = key;
             if (!agree(rows)) open_.emplace(key, rows);
         }
+        find_taken_back();
         for (const auto& [event, reason] : expected.refusals)
             findings_.push_back({Cause::refused_bill, {}, event, 0, 0, reason});
     }
@@ -147,20 +148,43 @@ private:
 
     /// Rows that no bill makes, beside a row that lacks just what they have.
     void find_misspelt_keys() {
-        for (const auto& [key, rows] : Differences(open_)) {
-            if (!rows.expected.empty()) continue;
-            const auto pair_by = [&](Cause cause, const auto& fold) {
-                const auto meant = std::ranges::find_if(open_, [&](const auto& other) {
-                    return other.first != key && !other.second.expected.empty() && fold(other.first) == fold(key) &&
-                           other.second.surplus() == -rows.surplus();
-                });
-                if (meant == open_.end()) return false;
-                const LedgerKey meant_key = meant->first;
-                take(cause, {meant_key, key});
-                return true;
-            };
-            pair_by(Cause::blanks_in_key, trimmed) || pair_by(Cause::width_of_key, look_of) ||
-                pair_by(Cause::wrong_status, without_status);
+        pair_misspelt_keys(Cause::blanks_in_key, trimmed);
+        pair_misspelt_keys(Cause::width_of_key, look_of);
+        pair_misspelt_keys(Cause::wrong_status, without_status);
+    }
+
+    template <typename Fold>
+    void pair_misspelt_keys(Cause cause, const Fold& fold) {
+        std::multimap<LedgerKey, LedgerKey> meant_by_fold;
+        std::vector<LedgerKey> without_bill;
+        for (const auto& [key, rows] : open_) {
+            if (rows.expected.empty()) {
+                without_bill.push_back(key);
+            } else {
+                meant_by_fold.emplace(fold(key), key);
+            }
+        }
+        for (const LedgerKey& key : without_bill) {
+            const auto [first, last] = meant_by_fold.equal_range(fold(key));
+            const auto meant = std::find_if(first, last, [&](const auto& entry) {
+                return open_.at(entry.second).surplus() == -open_.at(key).surplus();
+            });
+            if (meant == last) continue;
+            take(cause, {meant->second, key});
+            meant_by_fold.erase(meant);
+        }
+    }
+
+    /// Which savings a later event took back: backwards, so that each meets what came after it first.
+    void find_taken_back() {
+        std::set<std::pair<const BillKind*, Text>> taken_back;
+        for (std::size_t event = course_.events.size(); event-- > 0;) {
+            const auto& [action, bill, is_recorded] = course_.events[event];
+            if (action == BillEvent::Action::take_back) {
+                taken_back.emplace(bill.kind, bill.id);
+            } else {
+                is_taken_back_[event] = taken_back.erase({bill.kind, bill.id}) > 0;
+            }
         }
     }
 
@@ -180,7 +204,7 @@ private:
 
     void find_whole_bill(std::size_t event) {
         const AmountsByKey all = effects_[event].from(0);
-        const bool is_gone = is_taken_back(event);
+        const bool is_gone = is_taken_back_[event];
         if (differs_by(all, -1)) {
             take(is_gone ? Cause::taken_back_twice : Cause::not_posted, keys_of(all), event);
         } else if (differs_by(all, +1)) {
@@ -190,7 +214,7 @@ private:
 
     void find_cut_off_bill(std::size_t event) {
         const std::size_t steps = effects_[event].steps.size();
-        if (is_taken_back(event)) return;
+        if (is_taken_back_[event]) return;
         for (std::size_t step = 1; step < steps; ++step) {
             const AmountsByKey rest = effects_[event].from(step);
             if (!differs_by(rest, -1)) continue;
@@ -199,17 +223,6 @@ private:
             finding.steps = steps;
             return;
         }
-    }
-
-    [[nodiscard]] bool is_taken_back(std::size_t event) const {
-        const Bill& bill = course_.events[event].bill;
-        for (std::size_t later = event + 1; later < course_.events.size(); ++later) {
-            const BillEvent& other = course_.events[later];
-            if (other.bill.kind == bill.kind && other.bill.id == bill.id) {
-                return other.action == BillEvent::Action::take_back;
-            }
-        }
-        return false;
     }
 
     /// Whether the surplus of every one of these rows is `sign` times the amounts.
@@ -248,9 +261,10 @@ private:
     }
 
     const CourseOfBills& course_;
-    std::vector<Effect> effects_;  // by event
-    Differences rows_;             // of all keys
-    Differences open_;             // those that no finding has yet
+    std::vector<Effect> effects_;      // by event
+    std::vector<bool> is_taken_back_;  // by event
+    Differences rows_;                 // of all keys
+    Differences open_;                 // those that no finding has yet
     std::vector<Finding> findings_;
 };
 
