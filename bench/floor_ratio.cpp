@@ -14,11 +14,10 @@
 #include <string_view>
 
 #include "ado/open_connection.h"
-#include "bench/floor.h"
+#include "bench/floor_connection.h"
 #include "bench/measure.h"
 #include "bench/movements.h"
 #include "dataaccess/sql_literals.h"
-#include "host/observed_connection.h"
 
 namespace {
 
@@ -29,61 +28,6 @@ constexpr std::size_t goods = 12;
 constexpr std::size_t lines_in_a_bill = 10;  // each bill is one transaction
 constexpr std::size_t bills_in_a_round = 48;
 
-using Bill = std::vector<host::Record>;
-using BillStatements = std::vector<std::string>;
-
-/// The floor on either kind of database, with a connection of its own.
-class Floor {
-public:
-    explicit Floor(const std::string& database) : is_sqlite_(database.starts_with("sqlite:")) {
-        connection_ = is_sqlite_ ? floor_open_sqlite(database.substr(7).c_str()) : floor_open_odbc(database.c_str());
-        if (connection_ == nullptr) throw std::runtime_error("the floor cannot open " + database);
-    }
-    Floor(const Floor&) = delete;
-    Floor& operator=(const Floor&) = delete;
-    ~Floor() {
-        if (is_sqlite_) {
-            floor_close_sqlite(connection_);
-        } else {
-            floor_close_odbc(connection_);
-        }
-    }
-
-    /// Returns  how many rows the result had.
-    long run(const std::string& statement) {
-        const long rows = is_sqlite_ ? floor_run_sqlite(connection_, statement.c_str())
-                                     : floor_run_odbc(connection_, statement.c_str());
-        if (rows < 0) throw std::runtime_error("the floor failed in " + statement);
-        return rows;
-    }
-
-    void post(const BillStatements& bill) {
-        begin();
-        for (const std::string& statement : bill) run(statement);
-        commit();
-    }
-
-private:
-    void begin() {
-        if (is_sqlite_) {
-            run("begin immediate");
-        } else if (floor_begin_odbc(connection_) != 0) {
-            throw std::runtime_error("the floor cannot begin a transaction");
-        }
-    }
-
-    void commit() {
-        if (is_sqlite_) {
-            run("commit");
-        } else if (floor_commit_odbc(connection_) != 0) {
-            throw std::runtime_error("the floor cannot commit");
-        }
-    }
-
-    bool is_sqlite_;
-    floor_connection* connection_;
-};
-
 std::vector<Bill> make_bills() {
     std::vector<Bill> bills(bills_in_a_round);
     std::size_t number = 0;
@@ -93,22 +37,9 @@ std::vector<Bill> make_bills() {
     return bills;
 }
 
-void post(NativeConnection& database, Connection& connection, const Bill& bill) {
-    Poster poster(connection);
-    database.begin();
-    for (const host::Record& line : bill) poster.post(line);
-    database.commit();
-}
-
-/// Posts bills and keeps the statements of each, as the component issues them.
-std::vector<BillStatements> post_and_capture(NativeConnection& database, const std::vector<Bill>& bills) {
+std::vector<BillStatements> post_and_capture_all(NativeConnection& database, const std::vector<Bill>& bills) {
     std::vector<BillStatements> statements;
-    host::ObservedConnection observed(database,
-                                      [&](TextView statement) { statements.back().push_back(to_utf8(statement)); });
-    for (const Bill& bill : bills) {
-        statements.emplace_back();
-        post(database, observed, bill);
-    }
+    for (const Bill& bill : bills) statements.push_back(post_and_capture(database, bill));
     return statements;
 }
 
@@ -132,7 +63,7 @@ std::vector<std::string> queries_of_ledger(NativeConnection& database) {
 }
 
 /// Errors   std::runtime_error unless the floor's ledger has exactly these rows.
-void check_ledger(Floor& floor, const std::vector<std::string>& queries) {
+void check_ledger(FloorConnection& floor, const std::vector<std::string>& queries) {
     bool is_same = floor.run("select 1 from Inventory") == static_cast<long>(queries.size());
     for (const std::string& query : queries) is_same = is_same && floor.run(query) == 1;
     if (!is_same) throw std::runtime_error("the floor left another ledger");
@@ -143,7 +74,7 @@ struct Times {
     std::vector<double> floor, own, ratio;
 };
 
-Times take_times(NativeConnection& database, Floor& floor, const std::vector<Bill>& bills,
+Times take_times(NativeConnection& database, FloorConnection& floor, const std::vector<Bill>& bills,
                  const std::vector<BillStatements>& statements, int rounds) {
     // What a database in memory does, this process does; a server has to be waited for.
     const Clock clock = database.dialect() == "sqlite" ? Clock::own_processor_time : Clock::wall;
@@ -165,16 +96,16 @@ Times take_times(NativeConnection& database, Floor& floor, const std::vector<Bil
 
 int measure(const std::string& name, int rounds, double at_most) {
     const Owned<NativeConnection> database = open_connection(name);
-    Floor floor(name);
+    FloorConnection floor(name);
     const std::string dialect = database->dialect();
     run_all(*database, shop_statements(dialect, goods));
     for (const std::string& statement : shop_statements(dialect, goods)) floor.run(statement);
 
     const std::vector<Bill> bills = make_bills();
     database->run(from_utf8(clearing_statement(dialect)));
-    const std::vector<BillStatements> inserting = post_and_capture(*database, bills);
+    const std::vector<BillStatements> inserting = post_and_capture_all(*database, bills);
     const Currency received_in_a_round = goods_received(*database);
-    const std::vector<BillStatements> updating = post_and_capture(*database, bills);
+    const std::vector<BillStatements> updating = post_and_capture_all(*database, bills);
 
     const std::vector<std::string> ledger = queries_of_ledger(*database);
     floor.run(clearing_statement(dialect));

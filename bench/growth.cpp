@@ -3,6 +3,7 @@
 // Usage: growth bill LINES        prints the size, the time of a line, the bytes of memory for each line of the bill
 //        growth ledger ROWS       prints the size, the time of a line that moves two of the same 500 rows again and
 //                                 again, that of one that moves any two of all rows, the bytes of memory for each row
+//        growth floor ROWS        the same of the floor, which issues the same statements as plain text
 //
 // Times are in microseconds of processor time, the median over passes.
 
@@ -13,8 +14,8 @@
 #include <fstream>
 
 #include "ado/sqlite/sqlite_connection.h"
+#include "bench/floor_connection.h"
 #include "bench/measure.h"
-#include "bench/movements.h"
 
 namespace {
 
@@ -31,66 +32,79 @@ double resident_bytes() {
     return static_cast<double>(resident) * 4096;
 }
 
-class GrowingShop {
-public:
-    explicit GrowingShop(std::size_t goods) : database_(new SqliteConnection(":memory:")), poster_(*database_) {
-        run_all(*database_, shop_statements("sqlite", goods));
-    }
-
-    /// Posts lines as one bill in one transaction.
-    void post(const std::vector<host::Record>& bill) {
-        database_->begin();
-        for (const host::Record& line : bill) poster_.post(line);
-        database_->commit();
-    }
-
-private:
-    Owned<SqliteConnection> database_;
-    Poster poster_;
-};
-
-/// The median time of a line over bills that are posted again and again.
-double microseconds_a_line(GrowingShop& shop, const std::vector<host::Record>& bill) {
-    const std::size_t passes = std::max(passes_at_least, posted_at_each_size / bill.size());
-    std::vector<double> times;
-    for (std::size_t pass = 0; pass < passes; ++pass)
-        times.push_back(seconds_of(Clock::own_processor_time, [&] { shop.post(bill); }));
-    return median(times) / static_cast<double>(bill.size()) * 1e6;
+/// A database in memory that knows so many goods.
+Owned<SqliteConnection> open_shop(std::size_t goods) {
+    Owned<SqliteConnection> shop(new SqliteConnection(":memory:"));
+    run_all(*shop, shop_statements("sqlite", goods));
+    return shop;
 }
 
-double bytes_each(double grown, std::size_t count) { return grown / static_cast<double>(count); }
+/// The median time of one of so many lines, over bills of them that are posted again and again.
+template <typename Post>
+double microseconds_a_line(std::size_t lines, const Post& post) {
+    const std::size_t passes = std::max(passes_at_least, posted_at_each_size / lines);
+    std::vector<double> times;
+    for (std::size_t pass = 0; pass < passes; ++pass) times.push_back(seconds_of(Clock::own_processor_time, post));
+    return median(times) / static_cast<double>(lines) * 1e6;
+}
 
 /// A bill of so many lines, on a ledger of 2000 rows.
 void measure_bill(std::size_t count) {
     constexpr std::size_t goods = 125;
-    GrowingShop shop(goods);
-    shop.post(movements(8 * goods, goods));
+    const Owned<SqliteConnection> shop = open_shop(goods);
+    post(*shop, *shop, movements(8 * goods, goods));
     const double before = resident_bytes();
-    const std::vector<host::Record> bill = movements(count, goods);
-    shop.post(bill);
+    const Bill bill = movements(count, goods);
+    post(*shop, *shop, bill);
     const double grown = resident_bytes() - before;
-    fmt::print("{} {:.1f} {:.0f}\n", count, microseconds_a_line(shop, bill), bytes_each(grown, count));
+    fmt::print("{} {:.1f} {:.0f}\n", count, microseconds_a_line(count, [&] { post(*shop, *shop, bill); }),
+               grown / static_cast<double>(count));
 }
 
 /// So many lines that lie far apart in the ledger.
-std::vector<host::Record> scattered(std::size_t count, std::size_t goods) {
-    std::vector<host::Record> lines;
+Bill scattered(std::size_t count, std::size_t goods) {
+    Bill lines;
     for (std::size_t i = 0; i < count; ++i) lines.push_back(movements(1, goods, i * 7919 % (8 * goods)).front());
     return lines;
 }
 
-/// A ledger of so many rows.
-void measure_ledger(std::size_t rows) {
-    const std::size_t goods = rows / 16;
-    GrowingShop shop(goods);
+constexpr std::size_t rows_of_each_goods = 16;
+
+/// A ledger of so many rows, or several in this process.
+/// post_first   posts a bill for the first time
+/// prepare      makes of a bill what posts it again when called
+template <typename PostFirst, typename Prepare>
+void measure_ledger(std::size_t rows, std::size_t ledgers, const PostFirst& post_first, const Prepare& prepare) {
+    const std::size_t goods = rows / rows_of_each_goods;
     const double before = resident_bytes();
     for (std::size_t first = 0; first < 8 * goods; first += 100) {
-        shop.post(movements(std::min<std::size_t>(100, 8 * goods - first), goods, first));
+        post_first(movements(std::min<std::size_t>(100, 8 * goods - first), goods, first));
     }
-    const double grown = resident_bytes() - before;
-    const double same_rows = microseconds_a_line(shop, scattered(250, goods));
-    const double any_rows = microseconds_a_line(shop, scattered(10'000, goods));
-    fmt::print("{} {:.1f} {:.1f} {:.0f}\n", rows, same_rows, any_rows, bytes_each(grown, rows));
+    const double bytes = (resident_bytes() - before) / static_cast<double>(ledgers * rows);
+    const auto time = [&](std::size_t lines) { return microseconds_a_line(lines, prepare(scattered(lines, goods))); };
+    const double same_rows = time(250);
+    const double any_rows = time(10'000);
+    fmt::print("{} {:.1f} {:.1f} {:.0f}\n", rows, same_rows, any_rows, bytes);
+}
+
+void measure_own_ledger(std::size_t rows) {
+    const Owned<SqliteConnection> shop = open_shop(rows / rows_of_each_goods);
+    measure_ledger(
+        rows, 1, [&](const Bill& bill) { post(*shop, *shop, bill); },
+        [&](const Bill& bill) { return [&shop, bill] { post(*shop, *shop, bill); }; });
+}
+
+/// The floor has a ledger of its own, beside the one on which the component issues the statements.
+void measure_floor(std::size_t rows) {
+    const std::size_t goods = rows / rows_of_each_goods;
+    const Owned<SqliteConnection> shop = open_shop(goods);
+    FloorConnection floor("sqlite::memory:");
+    floor.post(shop_statements("sqlite", goods));
+    measure_ledger(
+        rows, 2, [&](const Bill& bill) { floor.post(post_and_capture(*shop, bill)); },
+        [&](const Bill& bill) {
+            return [&floor, statements = post_and_capture(*shop, bill)] { floor.post(statements); };
+        });
 }
 
 }  // namespace
@@ -100,10 +114,12 @@ int main(int count, char** arguments) {
     const std::size_t size = count == 3 ? std::strtoul(arguments[2], nullptr, 10) : 0;
     if (what == "bill" && size > 0) {
         measure_bill(size);
-    } else if (what == "ledger" && size >= 16) {
-        measure_ledger(size);
+    } else if (what == "ledger" && size >= rows_of_each_goods) {
+        measure_own_ledger(size);
+    } else if (what == "floor" && size >= rows_of_each_goods) {
+        measure_floor(size);
     } else {
-        fmt::print(stderr, "Usage: growth bill LINES | growth ledger ROWS\n");
+        fmt::print(stderr, "Usage: growth bill LINES | growth ledger ROWS | growth floor ROWS\n");
         return 2;
     }
 }

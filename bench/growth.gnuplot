@@ -7,11 +7,13 @@ set format x "10^{%L}"
 set yrange [0:*]
 set grid y
 set ylabel "µs a line"
-set key left bottom
+set key left top
 
 set xlabel "lines in the bill"
-plot ARG1 using 1:2 with linespoints pointtype 7 title "ledger of 2000 rows"
+plot [][0:40] ARG1 using 1:2 with linespoints pointtype 7 title "ledger of 2000 rows"
 
 set xlabel "rows in the ledger"
-plot ARG2 using 1:2 with linespoints pointtype 7 title "the same 500 rows", \
-     ARG2 using 1:3 with linespoints pointtype 6 title "any rows"
+plot ARG2 using 1:7 with linespoints pointtype 10 dashtype 2 title "floor, any rows", \
+     ARG2 using 1:6 with linespoints pointtype 11 dashtype 2 title "floor, the same 500 rows", \
+     ARG2 using 1:3 with linespoints pointtype 6 title "any rows", \
+     ARG2 using 1:2 with linespoints pointtype 7 title "the same 500 rows"

@@ -1,0 +1,66 @@
+#include "bench/floor_connection.h"
+
+#include <stdexcept>
+
+#include "ado/statement_text.h"
+#include "host/observed_connection.h"
+
+namespace vantlo::bench {
+
+FloorConnection::FloorConnection(const std::string& database) : is_sqlite_(database.starts_with("sqlite:")) {
+    connection_ = is_sqlite_ ? floor_open_sqlite(database.substr(7).c_str()) : floor_open_odbc(database.c_str());
+    if (connection_ == nullptr) throw std::runtime_error("the floor cannot open " + database);
+}
+
+FloorConnection::~FloorConnection() {
+    if (is_sqlite_) {
+        floor_close_sqlite(connection_);
+    } else {
+        floor_close_odbc(connection_);
+    }
+}
+
+long FloorConnection::run(const std::string& statement) {
+    const long rows =
+        is_sqlite_ ? floor_run_sqlite(connection_, statement.c_str()) : floor_run_odbc(connection_, statement.c_str());
+    if (rows < 0) throw std::runtime_error("the floor failed in " + statement);
+    return rows;
+}
+
+void FloorConnection::post(const BillStatements& bill) {
+    begin();
+    for (const std::string& statement : bill) run(statement);
+    commit();
+}
+
+void FloorConnection::begin() {
+    if (is_sqlite_) {
+        run("begin immediate");
+    } else if (floor_begin_odbc(connection_) != 0) {
+        throw std::runtime_error("the floor cannot begin a transaction");
+    }
+}
+
+void FloorConnection::commit() {
+    if (is_sqlite_) {
+        run("commit");
+    } else if (floor_commit_odbc(connection_) != 0) {
+        throw std::runtime_error("the floor cannot commit");
+    }
+}
+
+void post(NativeConnection& database, Connection& connection, const Bill& bill) {
+    Poster poster(connection);
+    database.begin();
+    for (const host::Record& line : bill) poster.post(line);
+    database.commit();
+}
+
+BillStatements post_and_capture(NativeConnection& database, const Bill& bill) {
+    BillStatements statements;
+    host::ObservedConnection observed(database, [&](TextView statement) { statements.push_back(to_utf8(statement)); });
+    post(database, observed, bill);
+    return statements;
+}
+
+}  // namespace vantlo::bench

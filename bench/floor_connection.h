@@ -1,0 +1,45 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "bench/floor.h"
+#include "bench/movements.h"
+
+namespace vantlo::bench {
+
+using Bill = std::vector<host::Record>;
+using BillStatements = std::vector<std::string>;  // in UTF-8
+
+/// The floor on either kind of database, with a connection of its own.
+class FloorConnection {
+public:
+    /// Opens the database, which is named as `vantlo` names it.
+    /// Errors   std::runtime_error, here and below.
+    explicit FloorConnection(const std::string& database);
+    FloorConnection(const FloorConnection&) = delete;
+    FloorConnection& operator=(const FloorConnection&) = delete;
+    ~FloorConnection();
+
+    /// Returns  how many rows the result had.
+    long run(const std::string& statement);
+
+    /// Runs the statements of a bill in one transaction.
+    void post(const BillStatements& bill);
+
+private:
+    void begin();
+    void commit();
+
+    bool is_sqlite_;
+    floor_connection* connection_;
+};
+
+/// Posts a bill through the component, in one transaction, on a connection to that database.
+void post(NativeConnection& database, Connection& connection, const Bill& bill);
+
+/// Posts a bill through the component, in one transaction.
+/// Returns  its statements as the component issued them.
+BillStatements post_and_capture(NativeConnection& database, const Bill& bill);
+
+}  // namespace vantlo::bench
