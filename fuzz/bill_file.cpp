@@ -49,7 +49,7 @@ void require_plain(const host::Record& record) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
     const MemoryFile file(bytes, size);
     try {
-        const host::ShopFile shop = host::read_shop_file(file.path());
+        const host::ShopFile shop = host::read_shop_file(file.path(), Language::english);
         for (const host::MasterRow& row : shop.master) require_plain(row.values);
         for (const host::Bill& bill : shop.bills) {
             require(bill.kind != nullptr && !trim_blanks(bill.id).empty(), "a bill without a kind or an id");

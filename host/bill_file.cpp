@@ -4,8 +4,8 @@
 
 namespace vantlo::host {
 
-ShopFile read_shop_file(const std::string& path) {
-    ShopReader reader;
+ShopFile read_shop_file(const std::string& path, Language language) {
+    ShopReader reader(language);
     reader.read(path);
     reader.errors().raise();
     return std::move(reader.shop());

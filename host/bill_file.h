@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "automation/error_text.h"
 #include "host/bill.h"
 #include "host/master_tables.h"
 
@@ -27,7 +28,7 @@ struct ShopFile {
 };
 
 /// Reads a file of master data and bills: CSV or JSON Lines if it is named so, else JSON.
-/// Errors   BadInput.
-ShopFile read_shop_file(const std::string& path);
+/// Errors   BadInput, in words of that language.
+ShopFile read_shop_file(const std::string& path, Language language);
 
 }  // namespace vantlo::host

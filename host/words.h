@@ -155,6 +155,52 @@ inline constexpr Wording something_unknown = {"不认识的参数或命令（{}�
 inline constexpr Wording bad_value      = {"值无效（{}）", "a value is wrong ({})"};
 inline constexpr Wording see_help       = {"运行 {} --help 查看用法。", "Run {} --help for more."};
 
+// What is wrong with a file
+inline constexpr Wording file_unreadable = {"无法读取此文件", "the file cannot be read"};
+inline constexpr Wording file_is_utf16  = {"此文件是 UTF-16；请另存为 UTF-8", "the file is UTF-16; save it as UTF-8"};
+inline constexpr Wording no_conversion  = {"本系统不能转换 {}", "this system converts no {}"};
+inline constexpr Wording byte_no_utf8   = {"字节 0x{:02X} 不是 UTF-8；GB18030 编码的文件请加 --encoding gb18030", "the byte 0x{:02X} is no UTF-8; for a file in GB18030, say --encoding gb18030"};
+inline constexpr Wording byte_no_gb18030 = {"字节 0x{:02X} 不是 GB18030", "the byte 0x{:02X} is no GB18030"};
+inline constexpr Wording more_errors    = {"……另有 {} 处错误", "... and {} more errors"};
+inline constexpr Wording no_json        = {"这不是 JSON：{}", "this is no JSON: {}"};
+inline constexpr Wording nested_too_deeply = {"嵌套过深", "this is nested too deeply"};
+inline constexpr Wording lone_return    = {"单独的回车符不能结束一行", "a carriage return alone ends no line"};
+inline constexpr Wording stray_quote    = {"未加引号的值中有引号", "a quote inside a value that is not quoted"};
+inline constexpr Wording text_after_quote = {"右引号之后还有文字", "text after the closing quote"};
+inline constexpr Wording no_closing_quote = {"缺少右引号", "the closing quote is missing"};
+inline constexpr Wording no_table_named = {
+    "应有“bill.kind”和“bill.id”两列，或文件以其数据表命名（warehouses、goods、units），或使用 --table；没有数据表“{}”",
+    "columns \"bill.kind\" and \"bill.id\" are expected, or a file named after its table (warehouses, goods, units), or --table; \"{}\" is no table"};
+inline constexpr Wording unknown_column = {"没有“{}”这一列", "unknown column \"{}\""};
+inline constexpr Wording column_twice   = {"“{}”列出现了两次", "the column \"{}\" is given twice"};
+inline constexpr Wording column_missing = {"缺少“{}”列", "the column \"{}\" is missing"};
+inline constexpr Wording values_of_row  = {"此行有 {} 个值，但共有 {} 列", "the row has {} values, but there are {} columns"};
+inline constexpr Wording differs_in_bill = {"bill.{}：“{}”与单据第一行的“{}”不同", "bill.{}: \"{}\" differs from \"{}\" in the bill's first row"};
+inline constexpr Wording unknown_part   = {"没有“{}”这一部分", "unknown part \"{}\""};
+inline constexpr Wording unknown_table  = {"没有数据表 {}", "unknown table {}"};
+inline constexpr Wording unknown_bill   = {"没有单据种类 {}", "unknown kind of bill {}"};
+inline constexpr Wording unknown_field  = {"没有“{}”这个字段", "unknown field \"{}\""};
+inline constexpr Wording field_twice    = {"字段“{}”出现了两次", "the field \"{}\" is given twice"};
+inline constexpr Wording field_missing  = {"缺少“{}”", "\"{}\" is missing"};
+inline constexpr Wording field_empty    = {"“{}”为空", "\"{}\" is empty"};
+inline constexpr Wording no_bill_lines  = {"单据没有行", "the bill has no lines"};
+inline constexpr Wording given_twice    = {"{} 出现了两次；前一次在 {}:{}:{}", "{} is given twice; it stands at {}:{}:{} already"};
+inline constexpr Wording object_expected = {"此处应为对象，而不是{}", "an object is expected, not {}"};
+inline constexpr Wording list_expected  = {"{}：应为列表，而不是{}", "{}: a list is expected, not {}"};
+inline constexpr Wording date_expected  = {"{}：应为 2024-03-05 这样的日期，而不是{}", "{}: a date like 2024-03-05 is expected, not {}"};
+inline constexpr Wording text_expected  = {"{}：应为文字，而不是{}", "{}: a text is expected, not {}"};
+inline constexpr Wording number_expected = {"{}：应为数字，而不是{}", "{}: a number is expected, not {}"};
+inline constexpr Wording whole_number_expected = {"{}：应为整数，而不是{}", "{}: a whole number is expected, not {}"};
+inline constexpr Wording text_with_nul  = {"{}：文字中有 NUL 字符", "{}: the text contains the character NUL"};
+inline constexpr Wording text_too_long  = {"{}：有 {} 个字符，只能保存 {} 个：{}", "{}: {} characters, where only {} are kept: {}"};
+inline constexpr Wording number_too_large = {"{}：{} 太大", "{}: {} is too large"};
+inline constexpr Wording number_inexact = {"{}：{} 会保存为 {}", "{}: {} would be kept as {}"};
+inline constexpr Wording number_outside = {"{}：{} 不在 {} 到 {} 之间", "{}: {} is outside {} to {}"};
+inline constexpr Wording a_list         = {"列表", "a list"};
+inline constexpr Wording an_object      = {"对象", "an object"};
+inline constexpr Wording quoted         = {"“{}”", "\"{}\""};
+inline constexpr Wording quoted_and_cut = {"“{}……”", "\"{}...\""};
+
 // What the guard says
 inline constexpr Wording warning        = {"警告：{}：{}", "warning: {}: {}"};
 inline constexpr Wording null_quantity  = {"第 {} 行没有数量", "line {} has no quantity"};

@@ -23,7 +23,7 @@ struct ImportOptions {
 
 /// The bills that are not imported yet.
 /// Errors   bills that the database knows otherwise are told.
-std::vector<const Bill*> bills_to_import(NativeConnection& database, ShopReader& reader, const CommonOptions& common) {
+std::vector<const Bill*> bills_to_import(NativeConnection& database, ShopReader& reader) {
     const std::vector<Bill>& bills = reader.shop().bills;
     const std::vector<BillState> states = states_of(database, bills);
     std::vector<const Bill*> absent;
@@ -31,7 +31,7 @@ std::vector<const Bill*> bills_to_import(NativeConnection& database, ShopReader&
         const Bill& bill = bills[index];
         const auto tell = [&](const Wording& wording) {
             const ShopReader::Origin& origin = reader.bill_origins()[index];
-            reader.errors().add(*origin.source, origin.offset, common.say(wording, bill.kind->name, to_utf8(bill.id)));
+            reader.errors().add(*origin.source, origin.offset, wording, bill.kind->name, to_utf8(bill.id));
         };
         switch (states[index]) {
             case BillState::absent: absent.push_back(&bill); break;
@@ -60,10 +60,10 @@ std::size_t lines_of(std::span<const Bill* const> bills) {
 }
 
 ExitCode import(const CommonOptions& common, const ImportOptions& options) {
-    ShopReader reader;
+    ShopReader reader(common.language);
     for (const std::string& path : options.paths) reader.read(path, options.files);
     reader.errors().raise();
-    const std::vector<const Bill*> bills = bills_to_import(*common.connect()(), reader, common);
+    const std::vector<const Bill*> bills = bills_to_import(*common.connect()(), reader);
     reader.errors().raise();
 
     const ShopFile& shop = reader.shop();

@@ -10,7 +10,7 @@ namespace {
 
 ExitCode save(const CommonOptions& common, const std::vector<std::string>& paths) {
     std::vector<ShopFile> files;
-    for (const std::string& path : paths) files.push_back(read_shop_file(path));
+    for (const std::string& path : paths) files.push_back(read_shop_file(path, common.language));
     Bookkeeping bookkeeping = common.bookkeeping();
     std::size_t bills = 0, lines = 0;
     for (const ShopFile& file : files) {

@@ -18,15 +18,15 @@ bool CsvReader::read_row(CsvRow& row) {
         if (!(take("\"") ? read_quoted(cell) : read_plain(cell))) return false;
     } while (take(","));
     if (at_end() || take_line_end()) return true;
-    if (text_[at_] == '\r') return refuse(at_, "a carriage return alone ends no line");
-    if (text_[at_] == '"') return refuse(at_, "a quote inside a value that is not quoted");
-    return refuse(at_, "text after the closing quote");
+    if (text_[at_] == '\r') return refuse(at_, words::lone_return);
+    if (text_[at_] == '"') return refuse(at_, words::stray_quote);
+    return refuse(at_, words::text_after_quote);
 }
 
 bool CsvReader::read_quoted(CsvCell& cell) {
     for (;;) {
         const std::size_t quote = text_.find('"', at_);
-        if (quote == std::string_view::npos) return refuse(cell.offset, "the closing quote is missing");
+        if (quote == std::string_view::npos) return refuse(cell.offset, words::no_closing_quote);
         cell.text += text_.substr(at_, quote - at_);
         at_ = quote + 1;
         if (!take("\"")) return true;
@@ -41,7 +41,7 @@ bool CsvReader::read_plain(CsvCell& cell) {
     return true;
 }
 
-bool CsvReader::refuse(std::size_t offset, const char* reason) {
+bool CsvReader::refuse(std::size_t offset, const Wording& reason) {
     errors_.add(source_, offset, reason);
     at_ = std::min(text_.find('\n', at_), text_.size());
     return false;

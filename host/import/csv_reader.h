@@ -32,7 +32,7 @@ private:
     bool read_row(CsvRow& row);
     bool read_quoted(CsvCell& cell);
     bool read_plain(CsvCell& cell);
-    bool refuse(std::size_t offset, const char* reason);
+    bool refuse(std::size_t offset, const Wording& reason);
     bool take(std::string_view expected);
     bool take_line_end() { return take("\n") || take("\r\n"); }
     [[nodiscard]] bool at_end() const { return at_ == text_.size(); }

@@ -1,7 +1,5 @@
 #include "host/import/csv_records.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
 #include <filesystem>
 
@@ -59,10 +57,7 @@ private:
             table_name_.empty() ? std::filesystem::path(source_.file()).stem().string() : table_name_;
         table_ = find_master_table(name);
         if (table_ != nullptr) return true;
-        errors_.add(source_, header.offset,
-                    fmt::format("columns \"bill.kind\" and \"bill.id\" are expected, or a file named after its table "
-                                "(warehouses, goods, units), or --table; \"{}\" is no table",
-                                name));
+        errors_.add(source_, header.offset, words::no_table_named, name);
         return false;
     }
 
@@ -72,9 +67,9 @@ private:
             Column column{cell.text, is_bills && cell.text.starts_with(bill_prefix)};
             if (column.is_of_bill) column.field.erase(0, bill_prefix.size());
             column.is_known = is_bills ? is_known_to_bills(column) : has_field(table_->columns, column.field);
-            if (!column.is_known) errors_.add(source_, cell.offset, fmt::format("unknown column \"{}\"", cell.text));
+            if (!column.is_known) errors_.add(source_, cell.offset, words::unknown_column, cell.text);
             if (find(column.field, column.is_of_bill)) {
-                errors_.add(source_, cell.offset, fmt::format("the column \"{}\" is given twice", cell.text));
+                errors_.add(source_, cell.offset, words::column_twice, cell.text);
             }
             columns_.push_back(std::move(column));
         }
@@ -86,7 +81,7 @@ private:
         bool has_all = true;
         for (const std::string_view name : names) {
             if (std::ranges::find(header.cells, name, &CsvCell::text) != header.cells.end()) continue;
-            errors_.add(source_, header.offset, fmt::format("the column \"{}\" is missing", name));
+            errors_.add(source_, header.offset, words::column_missing, name);
             has_all = false;
         }
         return has_all;
@@ -108,8 +103,8 @@ private:
     bool is_complete(const CsvRow& row) {
         if (row.cells.size() == columns_.size()) return true;
         const bool is_short = row.cells.size() < columns_.size();
-        errors_.add(source_, is_short ? row.offset : row.cells[columns_.size()].offset,
-                    fmt::format("the row has {} values, but there are {} columns", row.cells.size(), columns_.size()));
+        errors_.add(source_, is_short ? row.offset : row.cells[columns_.size()].offset, words::values_of_row,
+                    row.cells.size(), columns_.size());
         return false;
     }
 
@@ -146,9 +141,8 @@ private:
         for (std::size_t index = 0; index < columns_.size(); ++index) {
             const Column& column = columns_[index];
             if (!column.is_of_bill || !is_other(row, column.field)) continue;
-            errors_.add(source_, row.cells[index].offset,
-                        fmt::format("bill.{}: \"{}\" differs from \"{}\" in the bill's first row", column.field,
-                                    row.cells[index].text, bill_row_->cells[index].text));
+            errors_.add(source_, row.cells[index].offset, words::differs_in_bill, column.field, row.cells[index].text,
+                        bill_row_->cells[index].text);
         }
     }
 

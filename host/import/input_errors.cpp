@@ -6,23 +6,14 @@
 
 namespace vantlo::host {
 
-void InputErrors::add(const SourceText& source, std::size_t offset, const std::string& reason) {
-    if (errors_.size() == kept) {
-        ++count_;
-        return;
-    }
+std::string InputErrors::where(const SourceText& source, std::size_t offset) {
     const Place place = source.place(offset);
-    add(fmt::format("{}:{}:{}: {}", source.file(), place.line, place.column, reason));
-}
-
-void InputErrors::add(std::string error) {
-    ++count_;
-    if (errors_.size() < kept) errors_.push_back(std::move(error));
+    return fmt::format("{}:{}:{}: ", source.file(), place.line, place.column);
 }
 
 std::string InputErrors::text() const {
     std::string text = fmt::format("{}", fmt::join(errors_, "\n"));
-    if (count_ > errors_.size()) text += fmt::format("\n... and {} more errors", count_ - errors_.size());
+    if (count_ > errors_.size()) text += "\n" + say(language_, words::more_errors, count_ - errors_.size());
     return text;
 }
 

@@ -4,19 +4,32 @@
 #include <vector>
 
 #include "host/import/source_text.h"
+#include "host/words.h"
 
 namespace vantlo::host {
 
-/// What is wrong with the input, all of it: the first hundred in words, the rest counted.
+/// What is wrong with the input, all of it: the first hundred in words of one language, the rest counted.
 class InputErrors {
 public:
     static constexpr std::size_t kept = 100;
 
-    /// `reason` is wrong with what stands at `offset`.
-    void add(const SourceText& source, std::size_t offset, const std::string& reason);
+    explicit InputErrors(Language language) : language_(language) {}
 
-    /// Something is wrong that stands nowhere in a text; `error` begins with the file's name.
-    void add(std::string error);
+    [[nodiscard]] Language language() const { return language_; }
+
+    /// Something is wrong with what stands at `offset`.
+    template <typename... Values>
+    void add(const SourceText& source, std::size_t offset, const Wording& reason, const Values&... values) {
+        ++count_;
+        if (errors_.size() < kept) errors_.push_back(where(source, offset) + say(language_, reason, values...));
+    }
+
+    /// Something is wrong that stands nowhere in a text; `place` is the file's name, or begins with it.
+    template <typename... Values>
+    void add(const std::string& place, const Wording& reason, const Values&... values) {
+        ++count_;
+        if (errors_.size() < kept) errors_.push_back(place + ": " + say(language_, reason, values...));
+    }
 
     [[nodiscard]] bool empty() const { return count_ == 0; }
 
@@ -27,6 +40,9 @@ public:
     void raise() const;
 
 private:
+    static std::string where(const SourceText& source, std::size_t offset);
+
+    Language language_;
     std::vector<std::string> errors_;
     std::size_t count_ = 0;
 };

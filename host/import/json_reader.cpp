@@ -1,7 +1,5 @@
 #include "host/import/json_reader.h"
 
-#include <fmt/format.h>
-
 #include <nlohmann/json.hpp>
 #include <optional>
 
@@ -16,7 +14,7 @@ std::string reason_of(const std::string& what) {
     const std::size_t place = what.find("column");
     const std::string reason =
         what.substr(place == std::string::npos ? what.find("] ") + 2 : what.find(": ", place) + 2);
-    return "this is no JSON: " + reason.substr(0, reason.find("; last read"));
+    return reason.substr(0, reason.find("; last read"));
 }
 
 /// Builds a tree of what the library reads. The library does not say where a value stands: its events come one for each
@@ -55,7 +53,7 @@ public:
         key_offset_ = base_ + at_;
         pass_token();
         if (open_.back().member(name) != nullptr) {
-            errors_.add(source_, key_offset_, fmt::format("the field \"{}\" is given twice", name));
+            errors_.add(source_, key_offset_, words::field_twice, name);
             return false;
         }
         key_ = std::move(name);
@@ -70,7 +68,7 @@ public:
             pass_blanks();
         }
         at_ = std::min(at_, read - 1);  // `01` is two numbers to the library
-        errors_.add(source_, base_ + at_, reason_of(fault.what()));
+        errors_.add(source_, base_ + at_, words::no_json, reason_of(fault.what()));
         return false;
     }
 
@@ -109,7 +107,7 @@ private:
     bool open(InputValue::Kind kind) {
         open_.push_back(value(kind));
         if (open_.size() <= deepest) return true;
-        errors_.add(source_, open_.back().offset, "this is nested too deeply");
+        errors_.add(source_, open_.back().offset, words::nested_too_deeply);
         return false;
     }
 

@@ -19,23 +19,6 @@ using Kind = InputValue::Kind;
 bool is_text(const InputValue& value) { return value.kind == Kind::text || value.kind == Kind::cell; }
 bool is_number(const InputValue& value) { return value.kind == Kind::number || value.kind == Kind::cell; }
 
-/// A value as an error shows it: texts quoted, long ones cut.
-std::string shown(const InputValue& value) {
-    constexpr std::size_t longest = 40;
-    switch (value.kind) {
-        case Kind::list: return "a list";
-        case Kind::object: return "an object";
-        case Kind::null:
-        case Kind::boolean:
-        case Kind::number: return value.text;
-        case Kind::text:
-        case Kind::cell: break;
-    }
-    const Text text = from_utf8(value.text);
-    if (text.size() <= longest) return fmt::format("\"{}\"", value.text);
-    return fmt::format("\"{}...\"", to_utf8(text.substr(0, longest)));
-}
-
 /// All of the text as a number, read without regard to the locale.
 template <typename Number>
 std::optional<Number> number_from(const std::string& text) {
@@ -63,18 +46,12 @@ Variant empty_value(ColumnType type) {
 }  // namespace
 
 void ShopReader::read(const std::string& path, const FileOptions& options) {
-    DecodedFile decoded;
-    try {
-        decoded = read_file(path, options.encoding);
-    } catch (const BadInput& failure) {
-        errors_.add(failure.what());
-        return;
-    }
-    source_ = sources_.emplace_back(std::make_unique<const SourceText>(path, std::move(decoded.text))).get();
-    const bool is_utf8 = options.encoding == Encoding::utf8;
-    for (const DecodedFile::Fault& fault : decoded.faults) {
-        tell(fault.offset, fmt::format("the byte 0x{:02X} is no {}", fault.byte,
-                                       is_utf8 ? "UTF-8; for a file in GB18030, say --encoding gb18030" : "GB18030"));
+    std::optional<DecodedFile> decoded = read_file(path, options.encoding, errors_);
+    if (!decoded) return;
+    source_ = sources_.emplace_back(std::make_unique<const SourceText>(path, std::move(decoded->text))).get();
+    for (const DecodedFile::Fault& fault : decoded->faults) {
+        tell(fault.offset, options.encoding == Encoding::utf8 ? words::byte_no_utf8 : words::byte_no_gb18030,
+             fault.byte);
     }
     if (path.ends_with(".csv")) {
         read_csv(*source_, options.table, errors_, [&](const MasterTable* table, const InputValue& record) {
@@ -97,9 +74,9 @@ void ShopReader::read_document() {
     if (!document || !expect_object(*document)) return;
     for (const InputValue& part : document->children) {
         if (find_master_table(part.name) == nullptr && part.name != "bills") {
-            tell(part.name_offset, fmt::format("unknown part \"{}\"", part.name));
+            tell(part.name_offset, words::unknown_part, part.name);
         } else if (part.kind != Kind::list) {
-            tell(part.offset, fmt::format("{}: a list is expected, not {}", part.name, shown(part)));
+            tell(part.offset, words::list_expected, part.name, shown(part));
         }
     }
 }
@@ -109,7 +86,7 @@ void ShopReader::take_json_line(InputValue& document) {
     const InputValue* const name = document.member("table");
     if (name == nullptr) return take_bill(document);
     const MasterTable* const table = is_text(*name) ? find_master_table(name->text) : nullptr;
-    if (table == nullptr) return tell(name->offset, fmt::format("unknown table {}", shown(*name)));
+    if (table == nullptr) return tell(name->offset, words::unknown_table, shown(*name));
     std::erase_if(document.children, [](const InputValue& member) { return member.name == "table"; });
     take_row(*table, document);
 }
@@ -139,8 +116,7 @@ void ShopReader::take_bill(const InputValue& object) {
     if (!expect_object(object) || !is_given(object, "kind") || !is_given(object, "id")) return;
     const InputValue& kind = *object.member("kind");
     Bill bill{find_bill_kind(kind.text), {}, {}, {}};
-    if (!is_text(kind) || bill.kind == nullptr)
-        return tell(kind.offset, fmt::format("unknown kind of bill {}", shown(kind)));
+    if (!is_text(kind) || bill.kind == nullptr) return tell(kind.offset, words::unknown_bill, shown(kind));
     const BillTable& header = *bill.kind->header;
     const InputValue& id = *object.member("id");
     bill.id = read_text(id, "id", limits_.of(header.name, header.id_column));
@@ -149,9 +125,8 @@ void ShopReader::take_bill(const InputValue& object) {
     check_needed(object, header.columns);
     const InputValue* const lines = object.member("lines");
     if (lines == nullptr) return tell_missing(object, "lines");
-    if (lines->kind != Kind::list)
-        return tell(lines->offset, fmt::format("lines: a list is expected, not {}", shown(*lines)));
-    if (lines->children.empty()) return tell(lines->offset, "the bill has no lines");
+    if (lines->kind != Kind::list) return tell(lines->offset, words::list_expected, "lines", shown(*lines));
+    if (lines->children.empty()) return tell(lines->offset, words::no_bill_lines);
     for (const InputValue& line : lines->children) {
         if (!expect_object(line)) continue;
         check_needed(line, bill.kind->lines->columns);
@@ -169,7 +144,7 @@ Record ShopReader::read_record(const InputValue& object, TextView table, std::sp
     for (const InputValue& member : object.children) {
         const bool is_known = std::ranges::find(columns, member.name, &BillColumn::field) != columns.end() ||
                               std::ranges::find(others, member.name) != others.end();
-        if (!is_known) tell(member.name_offset, fmt::format("unknown field \"{}\"", member.name));
+        if (!is_known) tell(member.name_offset, words::unknown_field, member.name);
     }
     Record record;
     std::string_view field_before;
@@ -186,7 +161,7 @@ Record ShopReader::read_record(const InputValue& object, TextView table, std::sp
 }
 
 void ShopReader::tell_missing(const InputValue& object, std::string_view field) {
-    tell(object.offset, fmt::format("\"{}\" is missing", field));
+    tell(object.offset, words::field_missing, field);
 }
 
 void ShopReader::check_needed(const InputValue& object, std::span<const BillColumn> columns) {
@@ -213,21 +188,20 @@ Variant ShopReader::read_value(const InputValue& value, const BillColumn& column
     const bool has_day = is_text(value) && value.text.find_first_of("-/") != std::string::npos;
     const std::optional<Date> date = has_day ? date_from_text(from_utf8(value.text)) : std::nullopt;
     if (date) return *date;
-    tell(value.offset, fmt::format("{}: a date like 2024-03-05 is expected, not {}", column.field, shown(value)));
+    tell(value.offset, words::date_expected, column.field, shown(value));
     return Null{};
 }
 
 Text ShopReader::read_text(const InputValue& value, std::string_view field, const ColumnLimits::Limit& limit) {
     if (!is_text(value)) {
-        tell(value.offset, fmt::format("{}: a text is expected, not {}", field, shown(value)));
+        tell(value.offset, words::text_expected, field, shown(value));
         return {};
     }
     Text text = from_utf8(value.text);
     if (text.find(u'\0') != Text::npos) {
-        tell(value.offset, fmt::format("{}: the text contains the character NUL", field));
+        tell(value.offset, words::text_with_nul, field);
     } else if (text.size() > limit.longest_text) {
-        tell(value.offset, fmt::format("{}: {} characters, where only {} are kept: {}", field, text.size(),
-                                       limit.longest_text, shown(value)));
+        tell(value.offset, words::text_too_long, field, text.size(), limit.longest_text, shown(value));
     }
     return text;
 }
@@ -236,15 +210,15 @@ Variant ShopReader::read_single(const InputValue& value, std::string_view field)
     if (value.kind == Kind::null) return Null{};
     const std::optional<double> number = is_number(value) ? number_from<double>(value.text) : std::nullopt;
     if (!number || !std::isfinite(*number)) {
-        tell(value.offset, fmt::format("{}: a number is expected, not {}", field, shown(value)));
+        tell(value.offset, words::number_expected, field, shown(value));
     } else if (std::abs(*number) > double{std::numeric_limits<float>::max()}) {
-        tell(value.offset, fmt::format("{}: {} is too large", field, shown(value)));
+        tell(value.offset, words::number_too_large, field, shown(value));
     } else {
         const auto single = static_cast<float>(*number);
         const Text kept = number_text(single);
         // What the file says is what people will see: a Single keeps seven digits.
         if (double_from_text(kept) == number) return single;
-        tell(value.offset, fmt::format("{}: {} would be kept as {}", field, shown(value), to_utf8(kept)));
+        tell(value.offset, words::number_inexact, field, shown(value), to_utf8(kept));
     }
     return 0.0F;
 }
@@ -257,18 +231,36 @@ Variant ShopReader::read_whole_number(const InputValue& value, std::string_view 
         limit.is_short ? std::numeric_limits<std::int16_t>::min() : std::numeric_limits<std::int32_t>::min();
     const std::int64_t greatest = -1 - least;
     if (!number) {
-        tell(value.offset, fmt::format("{}: a whole number is expected, not {}", field, shown(value)));
+        tell(value.offset, words::whole_number_expected, field, shown(value));
     } else if (*number < least || *number > greatest) {
-        tell(value.offset, fmt::format("{}: {} is outside {} to {}", field, shown(value), least, greatest));
+        tell(value.offset, words::number_outside, field, shown(value), least, greatest);
     } else {
         return static_cast<std::int32_t>(*number);
     }
     return std::int32_t{0};
 }
 
+/// A value as an error shows it: texts quoted, long ones cut.
+std::string ShopReader::shown(const InputValue& value) const {
+    constexpr std::size_t longest = 40;
+    const Language language = errors_.language();
+    switch (value.kind) {
+        case Kind::list: return say(language, words::a_list);
+        case Kind::object: return say(language, words::an_object);
+        case Kind::null:
+        case Kind::boolean:
+        case Kind::number: return value.text;
+        case Kind::text:
+        case Kind::cell: break;
+    }
+    const Text text = from_utf8(value.text);
+    if (text.size() <= longest) return say(language, words::quoted, value.text);
+    return say(language, words::quoted_and_cut, to_utf8(text.substr(0, longest)));
+}
+
 bool ShopReader::expect_object(const InputValue& value) {
     if (value.kind == Kind::object) return true;
-    tell(value.offset, fmt::format("an object is expected, not {}", shown(value)));
+    tell(value.offset, words::object_expected, shown(value));
     return false;
 }
 
@@ -278,7 +270,7 @@ bool ShopReader::is_given(const InputValue& object, std::string_view field) {
     if (value == nullptr) {
         tell_missing(object, field);
     } else if (is_text(*value) && value->text.find_first_not_of(' ') == std::string::npos) {
-        tell(value->offset, fmt::format("\"{}\" is empty", field));
+        tell(value->offset, words::field_empty, field);
     } else {
         return true;
     }
@@ -289,8 +281,7 @@ bool ShopReader::is_new(const std::string& key, const std::string& what, std::si
     const auto [first, is_inserted] = seen_.try_emplace(key, Origin{source_, offset});
     if (is_inserted) return true;
     const Place place = first->second.source->place(first->second.offset);
-    tell(offset, fmt::format("{} is given twice; it stands at {}:{}:{} already", what, first->second.source->file(),
-                             place.line, place.column));
+    tell(offset, words::given_twice, what, first->second.source->file(), place.line, place.column);
     return false;
 }
 

@@ -27,6 +27,9 @@ struct FileOptions {
 ///          Fields are those of the bill's kind; texts left out are empty, numbers 0, dates null.
 class ShopReader {
 public:
+    /// What is wrong is told in this language.
+    explicit ShopReader(Language language) : errors_(language) {}
+
     /// Reads one more file. Errors: whatever is wrong is added to errors().
     void read(const std::string& path, const FileOptions& options = {});
 
@@ -61,7 +64,13 @@ private:
     bool expect_object(const InputValue& value);
     bool is_given(const InputValue& object, std::string_view field);
     bool is_new(const std::string& key, const std::string& what, std::size_t offset);
-    void tell(std::size_t offset, const std::string& reason) { errors_.add(*source_, offset, reason); }
+    [[nodiscard]] std::string shown(const InputValue& value) const;
+
+    /// Something is wrong with what stands at `offset` of the file that is being read.
+    template <typename... Values>
+    void tell(std::size_t offset, const Wording& reason, const Values&... values) {
+        errors_.add(*source_, offset, reason, values...);
+    }
 
     const ColumnLimits limits_;
     InputErrors errors_;

@@ -1,6 +1,5 @@
 #include "host/import/source_text.h"
 
-#include <fmt/format.h>
 #include <iconv.h>
 #include <unistr.h>
 
@@ -12,7 +11,7 @@
 #include <memory>
 #include <system_error>
 
-#include "host/bill_file.h"
+#include "host/import/input_errors.h"
 
 namespace vantlo::host {
 
@@ -46,15 +45,15 @@ DecodedFile decoded_utf8(std::string_view bytes) {
 
 class Converter {
 public:
-    explicit Converter(const char* from) : handle_(::iconv_open("UTF-8", from)) {
-        // The C library's own way to say that there is no such conversion.
-        if (handle_ == reinterpret_cast<iconv_t>(-1)) {  // NOLINT
-            throw BadInput(fmt::format("this system converts no {}", from));
-        }
-    }
+    explicit Converter(const char* from) : handle_(::iconv_open("UTF-8", from)) {}
     Converter(const Converter&) = delete;
     Converter& operator=(const Converter&) = delete;
-    ~Converter() { ::iconv_close(handle_); }
+    ~Converter() {
+        if (is_open()) ::iconv_close(handle_);
+    }
+
+    /// Whether the C library knows such a conversion. Its own way to say no is this value.
+    [[nodiscard]] bool is_open() const { return handle_ != reinterpret_cast<iconv_t>(-1); }  // NOLINT
 
     /// Appends what `bytes` begins with, up to a byte that is no text, and takes it off. Returns false at such a byte.
     bool convert(std::string_view& bytes, std::string& text) {
@@ -77,9 +76,11 @@ private:
     iconv_t handle_;
 };
 
-DecodedFile decoded_gb18030(std::string_view bytes) {
+/// Returns  nothing if this system does not know the encoding.
+std::optional<DecodedFile> decoded_gb18030(std::string_view bytes) {
     DecodedFile file;
     Converter converter("GB18030");
+    if (!converter.is_open()) return std::nullopt;
     while (!converter.convert(bytes, file.text)) {
         replace_byte(file, bytes.front());
         bytes.remove_prefix(1);
@@ -87,11 +88,11 @@ DecodedFile decoded_gb18030(std::string_view bytes) {
     return file;
 }
 
-std::string file_bytes(const std::string& path) {
+std::optional<std::string> file_bytes(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
     std::error_code ignored;
-    if (!file || std::filesystem::is_directory(path, ignored)) throw BadInput(path + ": the file cannot be read");
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    if (!file || std::filesystem::is_directory(path, ignored)) return std::nullopt;
+    return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
 }
 
 }  // namespace
@@ -105,15 +106,22 @@ Place SourceText::place(std::size_t offset) const {
         static_cast<std::size_t>(std::ranges::count_if(line, [](char byte) { return !is_continuation(byte); })) + 1};
 }
 
-DecodedFile read_file(const std::string& path, Encoding encoding) {
-    const std::string bytes = file_bytes(path);
-    if (bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF")) {
-        throw BadInput(path + ":1:1: the file is UTF-16; save it as UTF-8");
+std::optional<DecodedFile> read_file(const std::string& path, Encoding encoding, InputErrors& errors) {
+    const std::optional<std::string> bytes = file_bytes(path);
+    if (!bytes) {
+        errors.add(path, words::file_unreadable);
+        return std::nullopt;
     }
-    DecodedFile file = encoding == Encoding::utf8 ? decoded_utf8(bytes) : decoded_gb18030(bytes);
-    if (file.text.starts_with(byte_order_mark)) {
-        file.text.erase(0, byte_order_mark.size());
-        for (DecodedFile::Fault& fault : file.faults) fault.offset -= byte_order_mark.size();
+    if (bytes->starts_with("\xFF\xFE") || bytes->starts_with("\xFE\xFF")) {
+        errors.add(path + ":1:1", words::file_is_utf16);
+        return std::nullopt;
+    }
+    std::optional<DecodedFile> file = encoding == Encoding::utf8 ? decoded_utf8(*bytes) : decoded_gb18030(*bytes);
+    if (!file) {
+        errors.add(path, words::no_conversion, "GB18030");
+    } else if (file->text.starts_with(byte_order_mark)) {
+        file->text.erase(0, byte_order_mark.size());
+        for (DecodedFile::Fault& fault : file->faults) fault.offset -= byte_order_mark.size();
     }
     return file;
 }

@@ -7,6 +7,8 @@
 
 namespace vantlo::host {
 
+class InputErrors;
+
 /// How the bytes of a file spell its text.
 enum class Encoding { utf8, gb18030 };
 
@@ -47,7 +49,7 @@ struct DecodedFile {
 };
 
 /// Reads a file. Shape: UTF-8 without a byte order mark, whether the file has one or not.
-/// Errors   BadInput if it cannot be read or is UTF-16.
-DecodedFile read_file(const std::string& path, Encoding encoding);
+/// Returns  nothing, told, if it cannot be read or is UTF-16.
+std::optional<DecodedFile> read_file(const std::string& path, Encoding encoding, InputErrors& errors);
 
 }  // namespace vantlo::host

@@ -14,7 +14,7 @@ host::ShopFile read(const std::string& content) {
     const TemporaryFolder folder;
     const std::string path = folder.file("shop.json");
     std::ofstream(path) << content;
-    return host::read_shop_file(path);
+    return host::read_shop_file(path, Language::english);
 }
 
 /// Why a file is refused; empty if it is not.

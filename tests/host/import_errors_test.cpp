@@ -235,6 +235,37 @@ TEST_CASE("vantlo import names each fault of a JSON Lines file with its place, a
     check_refused(rows);
 }
 
+TEST_CASE("vantlo import and save name faults in the user's language") {
+    struct Fault {
+        const char* file;
+        std::string content;
+        const char* output;
+    };
+    const Fault faults[] = {
+        {"a.json", bill("", "\"quantity\": \"一\""), "a.json:2:29: quantity：应为数字，而不是“一”\n"},
+        {"a.json", bill("", "\"quantity\": {}"), "a.json:2:29: quantity：应为数字，而不是对象\n"},
+        {"a.json", "{\"lines\": []}", "a.json:1:2: 没有“lines”这一部分\n"},
+        {"a.json", "{",
+         "a.json:1:2: 这不是 JSON：syntax error while parsing object key - unexpected end of input; expected string "
+         "literal\n"},
+        {"a.csv", "bill.kind,bill.id,goods,quantity\nloss,B1,G1\n", "a.csv:2:1: 此行有 3 个值，但共有 4 列\n"},
+        {"a.json", "{\"goods\": [{\"id\": \"G1\"}, {\"id\": \"G1\"}]}",
+         "a.json:1:26: goods G1 出现了两次；前一次在 a.json:1:12\n"},
+        {"a.csv", "\xFF\xFE", "a.csv:1:1: 此文件是 UTF-16；请另存为 UTF-8\n"},
+    };
+    const Shell shell;
+    shell.vantlo("init");
+    for (const Fault& fault : faults) {
+        shell.file(fault.file, fault.content);
+        for (const std::string command : {"import", "save"}) {
+            const Finished finished = shell.vantlo("--lang zh " + command + " " + fault.file);
+            CHECK(finished.exit_code == 5);
+            CHECK(finished.output == fault.output);
+        }
+    }
+    CHECK(shell.vantlo("--lang zh import missing.json").output == "missing.json: 无法读取此文件\n");
+}
+
 TEST_CASE("vantlo import tells the first hundred faults and counts the others") {
     const Shell shell;
     shell.vantlo("init");

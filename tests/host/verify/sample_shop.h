@@ -14,7 +14,7 @@ namespace vantlo::test {
 inline void save_sample_shop(host::Bookkeeping& bookkeeping) {
     const std::string folder = VANTLO_SOURCE_DIR "/examples/shop/";
     for (const char* file : {"master.json", "week1.json", "week2.json", "week3.json", "week4.json"}) {
-        const host::ShopFile shop = host::read_shop_file(folder + file);
+        const host::ShopFile shop = host::read_shop_file(folder + file, Language::english);
         bookkeeping.save_master(shop.master);
         for (const host::Bill& bill : shop.bills) bookkeeping.save(bill);
     }
