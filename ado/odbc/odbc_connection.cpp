@@ -4,14 +4,13 @@
 #include <sqlext.h>
 
 #include <algorithm>
-#include <functional>
 #include <new>
 #include <utility>
 
 #include "ado/odbc/connection_string.h"
 #include "ado/odbc/engine.h"
-#include "ado/odbc/field_type.h"
 #include "ado/odbc/odbc_failure.h"
+#include "ado/odbc/result_rows.h"
 #include "ado/statement_text.h"
 
 namespace vantlo {
@@ -34,146 +33,110 @@ std::string information(SQLHDBC connection, SQLUSMALLINT what) {
 
 const Engine& engine_of(SQLHDBC connection) { return engine_named(information(connection, SQL_DBMS_NAME)); }
 
-/// Raised inside while a result is read; its account is made where the handle's owner catches it.
-struct StatementFailed {};
-
-SQLRETURN checked(SQLRETURN result) {
-    if (!succeeded(result) && result != SQL_NO_DATA) throw StatementFailed();
-    return result;
-}
-
-struct Column {
-    Text name;
-    FieldType type;
-};
-
-Column describe(SQLHSTMT statement, SQLUSMALLINT number) {
-    char name[512] = "";
-    SQLSMALLINT sql_type = 0;
-    SQLSMALLINT length = 0, decimals = 0, nullable = 0;
-    SQLULEN size = 0;
-    checked(SQLDescribeCol(statement, number, reinterpret_cast<SQLCHAR*>(name), sizeof name, &length, &sql_type, &size,
-                           &decimals, &nullable));
-    char type_name[128] = "";
-    if (needs_type_name(sql_type)) {
-        checked(SQLColAttribute(statement, number, SQL_DESC_TYPE_NAME, type_name, sizeof type_name, nullptr, nullptr));
-    }
-    return {from_utf8(name), field_type(sql_type, type_name)};
-}
-
-/// The bytes of a text field, or nothing for null.
-std::optional<std::string> read_bytes(SQLHSTMT statement, SQLUSMALLINT column) {
-    std::string bytes;
-    char piece[4096];
-    for (;;) {
-        SQLLEN length = 0;  // of all that is left, the piece included
-        if (checked(SQLGetData(statement, column, SQL_C_CHAR, piece, sizeof piece, &length)) == SQL_NO_DATA)
-            return bytes;
-        if (length == SQL_NULL_DATA) return std::nullopt;
-        const std::size_t room = sizeof piece - 1;  // each piece ends in a NUL
-        const bool is_last = length != SQL_NO_TOTAL && static_cast<std::size_t>(length) <= room;
-        bytes.append(piece, is_last ? static_cast<std::size_t>(length) : room);
-        if (is_last) return bytes;
-    }
-}
-
-/// A field of a fixed size, or nothing for null.
-template <typename Type>
-std::optional<Type> read_fixed(SQLHSTMT statement, SQLUSMALLINT column, SQLSMALLINT c_type) {
-    Type value{};
-    SQLLEN length = 0;
-    checked(SQLGetData(statement, column, c_type, &value, sizeof value, &length));
-    if (length == SQL_NULL_DATA) return std::nullopt;
-    return value;
-}
-
-template <typename Optional, typename Convert>
-Variant or_null(const Optional& field, Convert convert) {
-    if (!field) return Null{};
-    return convert(*field);
-}
-
-/// The narrowest of the wanted type, Long and Other that holds a whole number.
-template <typename Wanted>
-Variant whole_number(std::int64_t value) {
-    if (std::in_range<Wanted>(value)) return static_cast<Wanted>(value);
-    if (std::in_range<std::int32_t>(value)) return static_cast<std::int32_t>(value);
-    return Other{from_utf8(std::to_string(value))};
-}
-
-/// A date, or an Other where automation has no such day: MariaDB's 0000-00-00, a year beyond 9999.
-Variant date_or_other(const DateParts& parts) {
-    try {
-        return date_of(parts);
-    } catch (const Failure&) {
-        return Other{};
-    }
-}
-
-Variant read_whole_number(SQLHSTMT statement, SQLUSMALLINT column, Variant (*narrow)(std::int64_t)) {
-    return or_null(read_fixed<std::int64_t>(statement, column, SQL_C_SBIGINT), narrow);
-}
-
-Variant read_field(SQLHSTMT statement, SQLUSMALLINT column, FieldType type) {
-    switch (type) {
-        case FieldType::text:
-            return or_null(read_bytes(statement, column), [](const auto& bytes) { return from_utf8(bytes); });
-        case FieldType::byte: return read_whole_number(statement, column, whole_number<std::uint8_t>);
-        case FieldType::integer: return read_whole_number(statement, column, whole_number<std::int16_t>);
-        case FieldType::long_integer: return read_whole_number(statement, column, whole_number<std::int32_t>);
-        case FieldType::big_integer:
-            return or_null(read_bytes(statement, column), [](const auto& digits) { return Other{from_utf8(digits)}; });
-        case FieldType::exact: return or_null(read_bytes(statement, column), exact_number);
-        case FieldType::single: return or_null(read_fixed<float>(statement, column, SQL_C_FLOAT), std::identity());
-        case FieldType::double_precision:
-            return or_null(read_fixed<double>(statement, column, SQL_C_DOUBLE), std::identity());
-        case FieldType::boolean:
-            return or_null(read_fixed<std::uint8_t>(statement, column, SQL_C_BIT), [](auto bit) { return bit != 0; });
-        case FieldType::date:
-            return or_null(read_fixed<SQL_DATE_STRUCT>(statement, column, SQL_C_TYPE_DATE), [](const auto& date) {
-                return date_or_other({.year = date.year, .month = date.month, .day = date.day});
-            });
-        case FieldType::time:
-            return or_null(read_fixed<SQL_TIME_STRUCT>(statement, column, SQL_C_TYPE_TIME), [](const auto& time) {
-                return date_or_other({.hour = time.hour, .minute = time.minute, .second = time.second});
-            });
-        case FieldType::date_and_time:
-            return or_null(
-                read_fixed<SQL_TIMESTAMP_STRUCT>(statement, column, SQL_C_TYPE_TIMESTAMP), [](const auto& time) {
-                    return date_or_other({time.year, time.month, time.day, time.hour, time.minute, time.second});
-                });
-        case FieldType::other: return or_null(read_bytes(statement, column), [](const auto&) { return Other{}; });
-    }
-    return Other{};
-}
-
 /// Whether a setting and its value, if there is one, is on.
 bool says_on(const ResultTable& setting) { return !setting.rows.empty() && setting.rows[0].at(1) == Variant(u"ON"); }
 
-/// Reads the result that a statement stands on, or none, to its end.
-ResultTable read_result(SQLHSTMT statement) {
-    SQLSMALLINT count = 0;
-    checked(SQLNumResultCols(statement, &count));
-    ResultTable result;
-    result.yields_rows = count != 0;
-    if (!result.yields_rows) return result;
-
-    std::vector<FieldType> types;
-    for (SQLSMALLINT number = 1; number <= count; ++number) {
-        Column column = describe(statement, static_cast<SQLUSMALLINT>(number));
-        result.columns.push_back(std::move(column.name));
-        types.push_back(column.type);
-    }
-    while (checked(SQLFetch(statement)) != SQL_NO_DATA) {
-        std::vector<Variant>& row = result.rows.emplace_back();
-        row.reserve(types.size());
-        SQLUSMALLINT number = 0;
-        for (const FieldType type : types) row.push_back(read_field(statement, ++number, type));
-    }
-    return result;
+/// Whether a statement has one result, or fails, and nothing else.
+bool is_select_alone(TextView text) {
+    constexpr TextView select = u"select";
+    return equal_ignoring_case(text.substr(0, select.size()), select) && text.find(u';') == TextView::npos;
 }
 
 }  // namespace
+
+/// A statement that has run, with its first result.
+class OdbcConnection::Result final : public UnreadResult {
+public:
+    Result(OdbcConnection& connection, TextView text) : connection_(connection), text_(checked_utf8(text)) {
+        if (text_.empty()) throw Failure(error::syntax_error, "the statement is empty");
+        handle_ = connection.take_statement(text_);
+        guarded([this] {
+            checked(SQLExecDirect(handle_.get(), odbc_text(text_), static_cast<SQLINTEGER>(text_.size())));
+            checked(SQLNumResultCols(handle_.get(), &column_count_));
+            has_rows_ = column_count_ > 0 && checked(SQLFetch(handle_.get())) != SQL_NO_DATA;
+        });
+    }
+
+    Result(const Result&) = delete;
+    Result& operator=(const Result&) = delete;
+
+    ~Result() override {
+        std::erase(connection_.unread_, this);
+        if (handle_ == nullptr) return;
+        // Read to the end and not closed: that would be one more round trip for MariaDB's driver.
+        SQLRETURN result = SQL_SUCCESS;
+        while (has_rows_ && succeeded(result)) result = SQLFetch(handle_.get());
+        if (!has_rows_ || result == SQL_NO_DATA) result = SQLMoreResults(handle_.get());
+        if (result == SQL_NO_DATA) connection_.keep_statement(std::move(handle_));
+    }
+
+    [[nodiscard]] bool yields_rows() const { return column_count_ > 0; }
+
+    /// Whether the driver has fetched all rows, as it is set to or not: only then it can count them.
+    [[nodiscard]] bool is_held() const {
+        SQLLEN count = -1;
+        return yields_rows() && succeeded(SQLRowCount(handle_.get(), &count)) && (has_rows_ ? count > 0 : count == 0);
+    }
+
+    [[nodiscard]] bool has_rows() const override { return has_rows_; }
+
+    ResultTable read() override {
+        settle();
+        if (failure_) throw *failure_;
+        return std::move(table_);
+    }
+
+    /// Leaves the rows with the driver until they are read, or the connection needs them read.
+    void stay_unread() {
+        connection_.unread_.push_back(this);
+        owner_ = ConnectionReference(&connection_);
+    }
+
+    /// Reads everything, unless it is read; a failure is raised by `read`.
+    void settle() {
+        if (handle_ == nullptr) return;
+        std::erase(connection_.unread_, this);
+        try {
+            guarded([this] {
+                SQLHSTMT handle = handle_.get();
+                if (yields_rows()) table_ = read_rows(handle, column_count_, has_rows_);
+                while (checked(SQLMoreResults(handle)) != SQL_NO_DATA) {
+                    SQLSMALLINT count = 0;
+                    checked(SQLNumResultCols(handle, &count));
+                    while (count > 0 && checked(SQLFetch(handle)) != SQL_NO_DATA) {
+                    }
+                }
+            });
+            connection_.keep_statement(std::move(handle_));
+        } catch (const Failure& failure) {
+            failure_ = failure;
+        }
+    }
+
+private:
+    /// Calls ODBC. Errors: the failure, as the connection tells it; the handle is gone then.
+    template <typename Calls>
+    void guarded(const Calls& calls) {
+        try {
+            calls();
+        } catch (const StatementFailed&) {
+            const StatementHandle failed = std::move(handle_);
+            connection_.fail(SQL_HANDLE_STMT, failed.get(), text_);
+        } catch (...) {
+            handle_.reset();
+            throw;
+        }
+    }
+
+    OdbcConnection& connection_;
+    ConnectionReference owner_;  // of a result that stays unread
+    std::string text_;
+    StatementHandle handle_;  // none once everything is read
+    SQLSMALLINT column_count_ = 0;
+    bool has_rows_ = false;
+    ResultTable table_;
+    std::optional<Failure> failure_;
+};
 
 void OdbcConnection::EnvironmentCloser::operator()(void* environment) const noexcept {
     SQLFreeHandle(SQL_HANDLE_ENV, environment);
@@ -211,6 +174,7 @@ OdbcConnection::OdbcConnection(const std::string& connection_string, const OdbcO
 
 void OdbcConnection::make_safe() {
     const Engine& own = engine_of(connection_.get());
+    driver_holds_results_ = own.driver_holds_results;
     for (const char16_t* setting : own.settings) {
         if (setting != nullptr) run(setting);
     }
@@ -219,42 +183,49 @@ void OdbcConnection::make_safe() {
     is_cluster_ = own.cluster_probe != nullptr && says_on(run(own.cluster_probe));
 }
 
-ResultTable OdbcConnection::run(TextView text) {
-    const std::string bytes = checked_utf8(text);
-    if (bytes.empty()) throw Failure(error::syntax_error, "the statement is empty");
-    if (statement_ == nullptr) allocate_statement(bytes);
-    SQLHSTMT handle = statement_.get();
-    try {
-        checked(SQLExecDirect(handle, odbc_text(bytes), static_cast<SQLINTEGER>(bytes.size())));
-        ResultTable first = read_result(handle);
-        while (checked(SQLMoreResults(handle)) != SQL_NO_DATA) read_result(handle);
-        checked(SQLFreeStmt(handle, SQL_CLOSE));
-        return first;
-    } catch (const StatementFailed&) {
-        const StatementHandle failed = std::move(statement_);
-        fail(SQL_HANDLE_STMT, handle, bytes);
-    } catch (...) {
-        statement_.reset();
-        throw;
+ResultTable OdbcConnection::run(TextView text) { return Result(*this, text).read(); }
+
+RecordsetVariable OdbcConnection::execute(TextView text) {
+    auto result = std::make_unique<Result>(*this, text);
+    if (!driver_holds_results_ || !result->is_held() || !is_select_alone(text)) {
+        return make_client_recordset(result->read());
     }
+    result->stay_unread();
+    return make_client_recordset(std::move(result));
 }
 
-void OdbcConnection::allocate_statement(std::string_view first_use) {
+OdbcConnection::StatementHandle OdbcConnection::take_statement(std::string_view first_use) {
+    for (StatementHandle& idle : idle_statements_) {
+        if (idle != nullptr) return std::move(idle);
+    }
     SQLHANDLE handle = nullptr;
     if (!succeeded(SQLAllocHandle(SQL_HANDLE_STMT, connection_.get(), &handle))) {
         fail(SQL_HANDLE_DBC, connection_.get(), first_use);
     }
-    statement_.reset(handle);
     // Some drivers look for escapes outside quotes only and do not know the attribute; the tests tell.
     SQLSetStmtAttr(handle, SQL_ATTR_NOSCAN, odbc_number(SQL_NOSCAN_ON), 0);
+    return StatementHandle(handle);
+}
+
+void OdbcConnection::keep_statement(StatementHandle statement) {
+    for (StatementHandle& idle : idle_statements_) {
+        if (idle == nullptr) return idle.swap(statement);
+    }
+}
+
+void OdbcConnection::settle_results() {
+    while (!unread_.empty()) unread_.back()->settle();
 }
 
 void OdbcConnection::disconnect() {
-    statement_.reset();  // which would otherwise end with the connection, and once more
+    settle_results();
+    // Statements would otherwise end with the connection, and once more.
+    for (StatementHandle& idle : idle_statements_) idle.reset();
     SQLDisconnect(connection_.get());
 }
 
 void OdbcConnection::begin() {
+    settle_results();
     if (!set_autocommit(false)) fail(SQL_HANDLE_DBC, connection_.get(), "beginning a transaction");
     in_transaction_ = true;
     transaction_failure_.reset();
@@ -263,6 +234,7 @@ void OdbcConnection::begin() {
 }
 
 void OdbcConnection::commit() {
+    settle_results();
     if (transaction_failure_) {
         const Failure failure = *transaction_failure_;
         roll_back();
@@ -286,6 +258,7 @@ void OdbcConnection::require_whole_transaction() {
 
 void OdbcConnection::roll_back() {
     if (!in_transaction_) return;
+    settle_results();
     if (!succeeded(SQLEndTran(SQL_HANDLE_DBC, connection_.get(), SQL_ROLLBACK))) disconnect();
     leave_transaction();
 }

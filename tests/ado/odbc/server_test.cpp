@@ -18,6 +18,13 @@ void make_table(NativeConnection& connection, TextView columns) {
     connection.run(Text(u"create table T (") + Text(columns) + u")");
 }
 
+/// Ends a connection from the server's side.
+void end_session(const Server& server, NativeConnection& connection) {
+    const bool mariadb = server.dialect == "mariadb";
+    const Text id = to_text(only_value(connection, mariadb ? u"select connection_id()" : u"select pg_backend_pid()"));
+    server.connect()->run(mariadb ? u"kill " + id : u"select pg_terminate_backend(" + id + u")");
+}
+
 TEST_CASE("OdbcConnection reads every type of a column as the value that ADO would give") {
     struct Row {
         const char* dialect;  // null: all of them
@@ -138,6 +145,81 @@ TEST_CASE("OdbcConnection answers a statement while recordsets of others are ope
             CHECK(found->field(u"A") == Variant(2));
         }
         CHECK(to_long(only_value(*connection, u"select count(*) from T")) == 4);
+    }
+}
+
+// Drivers that are told to fetch row by row are not trusted to hold what nobody has read.
+TEST_CASE("A result that nobody has read yet is as it was, whatever its connection does next") {
+    const auto rows_of = [](Recordset& recordset) {
+        std::string rows;
+        for (; !recordset.eof(); recordset.move_next()) rows += to_utf8(to_text(recordset.field(u"A"))) + " ";
+        return rows;
+    };
+    for (const Server& server : servers()) {
+        for (const char* settings : {"", "UseDeclareFetch=1;Fetch=1", "NO_CACHE=1;FORWARDONLY=1"}) {
+            INFO(server.dialect << " " << settings);
+            std::vector<RecordsetVariable> unread;
+            {
+                const Owned<OdbcConnection> connection = server.connect(settings);
+                const auto select = [&] { unread.push_back(connection->execute(u"select a from T order by a")); };
+                make_table(*connection, u"a integer");
+                connection->run(u"insert into T values (1), (2), (3)");
+                select();
+                select();
+                select();
+                connection->run(u"update T set a = a + 10");
+                connection->begin();
+                select();
+                connection->run(u"update T set a = a + 10");
+                connection->commit();
+                connection->begin();
+                select();
+                connection->run(u"delete from T");
+                select();
+                connection->roll_back();
+                select();
+            }
+            std::vector<std::string> read;
+            for (const RecordsetVariable& recordset : unread) read.push_back(rows_of(*recordset));
+            CHECK(read ==
+                  std::vector<std::string>{"1 2 3 ", "1 2 3 ", "1 2 3 ", "11 12 13 ", "21 22 23 ", "", "21 22 23 "});
+        }
+    }
+}
+
+TEST_CASE("A result that nobody has read yet may be let go of") {
+    for (const Server& server : servers()) {
+        const Owned<OdbcConnection> connection = server.connect();
+        make_table(*connection, u"a integer");
+        connection->run(u"insert into T values (1), (2)");
+        for (int pass = 0; pass < 3; ++pass) {
+            connection->execute(u"select a from T");
+            const RecordsetVariable closed = connection->execute(u"select a from T");
+            closed->close();
+            CHECK(closed->state() == 0);
+        }
+        CHECK(to_long(only_value(*connection, u"select count(*) from T")) == 2);
+    }
+}
+
+TEST_CASE(
+    "A result that nobody has read yet when its connection is lost is there on MariaDB, and says so on PostgreSQL") {
+    for (const Server& server : servers()) {
+        INFO(server.dialect);
+        const Owned<OdbcConnection> connection = server.connect();
+        make_table(*connection, u"a integer");
+        connection->run(u"insert into T values (1)");
+        connection->begin();
+        const RecordsetVariable kept = connection->execute(u"select a from T");
+        end_session(server, *connection);
+        CHECK(caught([&] { connection->run(u"insert into T values (3)"); }).number == error::unspecified);
+        connection->roll_back();
+        if (server.dialect == "mariadb") {
+            CHECK(kept->field(u"a") == Variant(1));
+        } else {
+            CHECK(caught([&] { kept->field(u"a"); }).number == error::unspecified);
+        }
+        CHECK(connection->remedy() == Remedy::connect_again);
     }
 }
 
@@ -340,19 +422,12 @@ TEST_CASE("A transaction in which a statement failed is not committed, whatever 
 TEST_CASE("A connection that its server has ended says that connecting again helps") {
     for (const Server& server : servers()) {
         INFO(server.dialect);
-        const bool mariadb = server.dialect == "mariadb";
-        const auto id_of = [&](NativeConnection& session) {
-            return to_text(only_value(session, mariadb ? u"select connection_id()" : u"select pg_backend_pid()"));
-        };
-        const auto end = [&](NativeConnection& session, NativeConnection& by) {
-            by.run(mariadb ? u"kill " + id_of(session) : u"select pg_terminate_backend(" + id_of(session) + u")");
-        };
         const Owned<OdbcConnection> other = server.connect();
         make_table(*other, u"a integer");
         const Owned<OdbcConnection> connection = server.connect();
         connection->begin();
         connection->run(u"insert into T values (1)");
-        end(*connection, *other);
+        end_session(server, *connection);
         CHECK(caught([&] { connection->run(u"insert into T values (2)"); }).number == error::unspecified);
         CHECK(connection->remedy() == Remedy::connect_again);
         CHECK(caught([&] { connection->commit(); }).number == error::unspecified);
@@ -362,7 +437,7 @@ TEST_CASE("A connection that its server has ended says that connecting again hel
 
         // Found out as the next transaction begins.
         const Owned<OdbcConnection> idle = server.connect();
-        end(*idle, *other);
+        end_session(server, *idle);
         const Caught failure = caught([&] {
             idle->begin();
             idle->run(u"select a from T");

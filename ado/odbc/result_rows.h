@@ -1,0 +1,23 @@
+#pragma once
+
+#include "ado/native_connection.h"
+
+namespace vantlo {
+
+/// Raised when a call on a statement's handle fails; its account is made where the handle's owner catches it.
+struct StatementFailed {};
+
+/// What an ODBC call on a statement returned, unless it failed.
+/// Errors   StatementFailed.
+std::int16_t checked(std::int16_t result);
+
+/// The rows of the result that an ODBC statement stands on, from the row on which it stands to the last.
+///
+/// Exact numbers that fit are Currency and never pass through binary floating point; binary numbers are never read as
+/// text.
+/// column_count     at least 1
+/// stands_on_row    false if there are no rows
+/// Errors           StatementFailed.
+ResultTable read_rows(void* statement, std::int16_t column_count, bool stands_on_row);
+
+}  // namespace vantlo
