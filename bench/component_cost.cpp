@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <new>
 
+#include "bench/instant_database.h"
 #include "component/inventory_class.h"
 #include "dataaccess/platform.h"
 
@@ -27,54 +28,7 @@ void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 namespace {
 
 using namespace vantlo;
-
-/// A row that every look-up finds: the ledger row exists and the unit holds 12.
-class InstantRecordset final : public Recordset {
-public:
-    void set_active_connection(Connection*) override {}
-    void set_cursor_location(std::int32_t) override {}
-    void set_cursor_type(std::int32_t) override {}
-    void open(TextView) override {}
-    bool eof() override { return false; }
-    void move_next() override {}
-    Variant field(TextView) override { return Currency::from_whole(12); }
-    std::int32_t state() override { return 0; }
-    void close() override {}
-
-    // Its memory is not the component's: one recordset serves all calls.
-    static void* operator new(std::size_t) { return storage; }
-    static void operator delete(void*) noexcept {}
-
-private:
-    alignas(std::max_align_t) static char storage[64];
-};
-alignas(std::max_align_t) char InstantRecordset::storage[64];
-
-class InstantConnection final : public Connection {
-public:
-    void add_reference() noexcept override {}
-    void release() noexcept override {}
-    RecordsetVariable execute(TextView) override { return std::make_unique<InstantRecordset>(); }
-};
-
-/// A line whose values stand ready, told apart by a name's first and last letters: what it costs is not the component's.
-class InstantLine final : public Line {
-public:
-    Variant value(TextView name) override {
-        switch (name.front()) {
-            case u'G': return gid_;
-            case u'U': return unit_;
-            case u'A': return quantity_;
-            case u'R': return receiver_;
-            case u'S': return supplier_;
-            default: return name.back() == u'1' ? model1_ : model2_;
-        }
-    }
-
-private:
-    Variant gid_ = u"G0017", unit_ = u"箱", quantity_ = 2.5F, receiver_ = u"W01", supplier_ = u"W02", model1_ = u"黑色",
-            model2_ = u"128G";
-};
+using namespace vantlo::bench;
 
 RecordsetVariable create_instant() { return std::make_unique<InstantRecordset>(); }
 

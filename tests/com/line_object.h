@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <vector>
 
 #include "posting/line.h"
@@ -16,8 +17,10 @@ public:
     static std::span<const ScriptMember<LineObject>> script_members() { return {}; }
 
     HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR* names, UINT, LCID, DISPID* ids) override {
-        ids[0] = static_cast<DISPID>(names_.size());
-        names_.emplace_back(reinterpret_cast<const char16_t*>(names[0]));
+        const Text name(reinterpret_cast<const char16_t*>(names[0]));
+        const auto known = std::ranges::find(names_, name);
+        ids[0] = static_cast<DISPID>(known - names_.begin());
+        if (known == names_.end()) names_.push_back(name);
         return S_OK;
     }
     HRESULT STDMETHODCALLTYPE Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS*, VARIANT* result, EXCEPINFO* exception,
