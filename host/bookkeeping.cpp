@@ -169,7 +169,6 @@ void Bookkeeping::in_transaction(const std::vector<Step>& steps) {
     const auto take = [&](NativeConnection& database, const Step& step) {
         Outcome& outcome = outcomes.emplace_back();
         outcome.what = step.what;
-        findings_.warnings.clear();
         if (observer_ != nullptr) observer_->begins(step.what);
         std::optional<PostingWatch> watch;
         if (guard_) watch.emplace(database, *guard_, language_, findings_);
@@ -182,6 +181,7 @@ void Bookkeeping::in_transaction(const std::vector<Step>& steps) {
     const auto work = [&](NativeConnection& database) {
         take_messages();  // those of an attempt that failed
         outcomes.clear();
+        findings_.begin();
         for (const Step& step : steps) take(database, step);
         return std::int32_t{0};
     };
@@ -206,6 +206,7 @@ void Bookkeeping::in_transaction(const std::vector<Step>& steps) {
     } catch (const std::exception& failure) {
         throw PostingFailed(failed(failure));
     }
+    findings_.commit();
     tell_warnings();
     for (const Outcome& outcome : outcomes) {
         if (observer_ != nullptr) observer_->ends(outcome.changes);

@@ -100,8 +100,7 @@ void PostingWatch::after(TextView statement, const ResultTable& result) {
 void PostingWatch::note_unit_look_up(TextView statement, const ResultTable& result) {
     constexpr TextView head = u"select id,Unit,UnitConverter from GoodsUnit where id=";
     constexpr TextView middle = u" and Unit=";
-    if (!result.rows.empty() || !statement.starts_with(head) || !findings_.asked_units.emplace(statement).second)
-        return;
+    if (!result.rows.empty() || !statement.starts_with(head) || !findings_.is_new(Text(statement))) return;
     TextView rest = statement.substr(head.size());
     const std::optional<Literal> goods = take_literal(rest);
     if (!goods || !rest.starts_with(middle)) return;
@@ -141,10 +140,10 @@ std::vector<LedgerChange> PostingWatch::changes() const {
 void PostingWatch::look_at_stock(const std::vector<LedgerChange>& changes) {
     for (const LedgerChange& change : changes) {
         if (!goes_negative(change)) continue;
-        const std::string what = say(language_, words::negative_stock, key_text(*change.after, language_),
-                                     quantity_text(change.after->on_hand));
+        const std::string key = key_text(*change.after, language_);
+        const std::string what = say(language_, words::negative_stock, key, quantity_text(change.after->on_hand));
         if (guard_.refuses_negative) throw Refused(what);
-        findings_.warnings.push_back(what);
+        if (findings_.is_new(from_utf8(key))) findings_.warnings.push_back(what);
     }
 }
 

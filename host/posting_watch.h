@@ -30,10 +30,24 @@ struct LedgerChange {
     std::optional<LedgerRow> after;
 };
 
-/// What watches have found in one bill after another.
-struct Findings {
-    std::set<Text> asked_units;         ///< look-ups without a factor: each unit is looked into, and warned of, once
+/// What watches have found in one bill after another. A unit without a factor and a ledger row below zero are noted once.
+class Findings {
+public:
     std::vector<std::string> warnings;  ///< of the bill at hand
+
+    /// Whether this has not been noted yet; now it is.
+    bool is_new(Text what) { return !noted_.contains(what) && noted_now_.insert(std::move(what)).second; }
+
+    /// A transaction begins, perhaps once more: what was found in an attempt that failed is found again.
+    void begin() {
+        warnings.clear();
+        noted_now_.clear();
+    }
+    void commit() { noted_.merge(noted_now_); }
+
+private:
+    std::set<Text> noted_;
+    std::set<Text> noted_now_;
 };
 
 /// Looks over the component's shoulder while it posts one bill, and knows what it touches and what it overlooks.
@@ -56,7 +70,8 @@ public:
     /// What raised Refused inside the component, which turns it into an error number.
     void raise_refusal() const;
 
-    /// Warns of stock that the bill takes below zero, or further below. Errors: Refused, if that is to be refused.
+    /// Warns of stock that the bill takes below zero, or further below, once for each ledger row.
+    /// Errors   Refused, if that is to be refused.
     void look_at_stock(const std::vector<LedgerChange>& changes);
 
     /// Every row that was looked up, in the order of the first look-up, as it is now.
