@@ -14,7 +14,7 @@ std::optional<CsvRow> CsvReader::next() {
 
 bool CsvReader::read_row(CsvRow& row) {
     do {
-        CsvCell& cell = row.cells.emplace_back(std::string(), at_);
+        CsvCell& cell = row.cells.emplace_back(CsvCell{std::string(), at_});
         if (!(take("\"") ? read_quoted(cell) : read_plain(cell))) return false;
     } while (take(","));
     if (at_end() || take_line_end()) return true;

@@ -1,7 +1,5 @@
 #include "host/verify/checks.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
 #include <map>
 #include <set>
@@ -85,11 +83,12 @@ std::vector<Note> column_notes(std::span<const ColumnDescription> columns) {
     std::vector<Note> notes;
     for (const auto& [table, column, full_type, characters] : columns) {
         if (!tables.contains(lower(table))) continue;
-        const std::string name = lower(table + "." + column);
+        const std::string written = table + "." + column;
+        const std::string name = lower(written);
         const std::string type = lower(full_type.substr(0, full_type.find('(')));
         const bool is_decimal = type == "decimal" || type == "numeric";
         const auto note = [&](Remark remark, const std::string& what) {
-            notes.push_back({remark, fmt::format("{}.{} {}", table, column, what)});
+            notes.push_back({remark, written + " " + what});
         };
         if (has(read_as_they_stand, name) && has(without_literal, type)) note(Remark::empty_literal, full_type);
         if (has(ledger_quantities, name) && (has(inexact, type) || (is_decimal && scale_of(full_type) < 4))) {
