@@ -4,37 +4,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <csignal>
-
 namespace vantlo::test {
-
-namespace {
-
-/// Passes statements on, and kills its process before or after the n-th of them, counted from 0.
-class KillingConnection final : public Connection {
-public:
-    KillingConnection(Connection& inner, int kill_at, bool before)
-        : inner_(inner), kill_at_(kill_at), before_(before) {}
-
-    void add_reference() noexcept override {}
-    void release() noexcept override {}
-    RecordsetVariable execute(TextView statement) override {
-        const bool is_last = statements++ == kill_at_;
-        if (is_last && before_) std::raise(SIGKILL);
-        RecordsetVariable result = inner_.execute(statement);
-        if (is_last) std::raise(SIGKILL);
-        return result;
-    }
-
-    int statements = 0;
-
-private:
-    Connection& inner_;
-    int kill_at_;
-    bool before_;
-};
-
-}  // namespace
 
 bool KilledPosting::post_and_kill(int kill_at, bool before, bool in_transaction) const {
     const pid_t child = ::fork();

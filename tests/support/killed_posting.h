@@ -4,11 +4,10 @@
 #include <map>
 #include <string>
 
+#include "tests/support/killing_connection.h"
 #include "tests/support/scenario_runner.h"
 
 namespace vantlo::test {
-
-constexpr int never = -1;
 
 /// A scenario posted on connections of its own, if need be in a process that is killed before or after a statement.
 class KilledPosting {
