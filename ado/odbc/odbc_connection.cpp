@@ -4,6 +4,7 @@
 #include <sqlext.h>
 
 #include <algorithm>
+#include <exception>
 #include <new>
 #include <utility>
 
@@ -82,7 +83,7 @@ public:
 
     ResultTable read() override {
         settle();
-        if (failure_) throw *failure_;
+        if (failure_ != nullptr) std::rethrow_exception(failure_);
         return std::move(table_);
     }
 
@@ -108,8 +109,8 @@ public:
                 }
             });
             connection_.keep_statement(std::move(handle_));
-        } catch (const Failure& failure) {
-            failure_ = failure;
+        } catch (...) {
+            failure_ = std::current_exception();
         }
     }
 
@@ -135,7 +136,7 @@ private:
     SQLSMALLINT column_count_ = 0;
     bool has_rows_ = false;
     ResultTable table_;
-    std::optional<Failure> failure_;
+    std::exception_ptr failure_;
 };
 
 void OdbcConnection::EnvironmentCloser::operator()(void* environment) const noexcept {
