@@ -46,9 +46,9 @@ Text ordinary_text(Date date);
 std::optional<Date> date_from_text(TextView text);
 
 // The fixed formats of SQL date literals.
-Text format_date_time(Date date);   // yyyy-MM-dd HH:mm:ss
-Text format_date(Date date);        // yyyy-MM-dd
-Text format_month(Date date);       // yyyy-MM
-Text format_time(Date date);        // HH:mm:ss
+Text format_date_time(Date date);  // yyyy-MM-dd HH:mm:ss
+Text format_date(Date date);       // yyyy-MM-dd
+Text format_month(Date date);      // yyyy-MM
+Text format_time(Date date);       // HH:mm:ss
 
 }  // namespace vantlo

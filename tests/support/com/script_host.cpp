@@ -69,7 +69,8 @@ std::vector<std::string> run_script(const std::string& path, const std::vector<s
     {
         SECURITY_ATTRIBUTES inherited = {sizeof inherited, nullptr, TRUE};
         const OwnedHandle output(CreateFileW(wide(windows_path(folder.file("output"))).c_str(), GENERIC_WRITE,
-                                             FILE_SHARE_READ, &inherited, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+                                             FILE_SHARE_READ, &inherited, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL,
+                                             nullptr));
         run_to_end(wide(command), output.get());
     }
     std::vector<std::string> lines;
