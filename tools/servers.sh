@@ -1,4 +1,6 @@
 # Database servers of our own for tools/with-servers and tools/with-cluster, which source this file.
+# They set $here, the folder that it is in.
+# shellcheck shell=bash disable=SC2154
 
 # Installs packages; servers that they bring are not started by their installation.
 install_without_starting() {
