@@ -1,6 +1,10 @@
-# The warnings that every target of the project is built with; all of them are errors.
+# The warnings that every target of the project is built with.
+option(VANTLO_WARNINGS_AS_ERRORS "Make errors of the compiler's warnings, as the presets do" OFF)
 set(warnings -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor -Wold-style-cast
-             -Woverloaded-virtual -Werror)
+             -Woverloaded-virtual)
+if(VANTLO_WARNINGS_AS_ERRORS)
+    list(APPEND warnings -Werror)
+endif()
 # GCC 12 takes a character put before a text for a copy onto itself.
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
     list(APPEND warnings -Wno-restrict)
