@@ -13,7 +13,9 @@ namespace vantlo {
 std::string checked_utf8(TextView statement);
 
 /// The statements of a script given in UTF-8, without the semicolons that end them and the comments before them.
-/// Shape    `--` begins a comment anywhere outside quotes, and quotes are single or double ones.
+/// Shape    `--` begins a comment anywhere outside quotes; quotes are single or double ones, and PostgreSQL's `$tag$`.
+///          `/* */` stays where it is: MariaDB reads what stands between `/*!` and `*/`.
+///          A line `delimiter //` between statements has them end there instead, as in the `mariadb` client.
 std::vector<Text> statements_of(std::string_view script);
 
 }  // namespace vantlo

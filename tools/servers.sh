@@ -111,4 +111,4 @@ make_mariadb_data() {
 }
 
 make_mariadb_user="create database vantlo character set utf8mb4; create user vantlo identified by 'vantlo';
-    grant all on *.* to vantlo;"
+    grant all on *.* to vantlo with grant option;"

@@ -30,6 +30,13 @@ TEST_CASE("A script falls apart at the semicolons outside quotes and comments") 
         {"select 1 -- the first\n  + 2", {u"select 1 \n  + 2"}},
         {"select 'unfinished; ", {u"select 'unfinished;"}},
         {"select '仓库'; -- the end", {u"select '仓库'"}},
+        {"select 1; do $a$ begin; $b$; end $a$; select $$;$$, $1;",
+         {u"select 1", u"do $a$ begin; $b$; end $a$", u"select $$;$$, $1"}},
+        {"do $a$ unfinished;", {u"do $a$ unfinished;"}},
+        {"select 1;\ndelimiter //\nbegin one; two; end//\n\n-- and\nselect 2//\ndelimiter ;\nselect 3;",
+         {u"select 1", u"begin one; two; end", u"select 2", u"select 3"}},
+        {"select delimiter from T; select 4", {u"select delimiter from T", u"select 4"}},
+        {"do /*! begin; end */; select /* it's */ 1; /*", {u"do /*! begin; end */", u"select /* it's */ 1", u"/*"}},
     };
     for (const Row& row : rows) {
         INFO(row.script);

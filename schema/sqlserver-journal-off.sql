@@ -1,0 +1,3 @@
+-- Ends the journal of stock movements: nothing is written down from now on. What it wrote stays.
+drop view if exists LedgerWithoutMovement;
+drop trigger if exists StockMovementOfChange;
