@@ -2,8 +2,8 @@
 
 #include <stdexcept>
 
-#include "ado/statement_text.h"
-#include "host/observed_connection.h"
+#include "ado/native/statement_text.h"
+#include "bookkeeping/observed_connection.h"
 
 namespace vantlo::bench {
 
@@ -49,16 +49,16 @@ void FloorConnection::commit() {
     }
 }
 
-void post(NativeConnection& database, Connection& connection, const Bill& bill) {
+void post(NativeConnection& database, Connection& connection, const BillLines& bill) {
     Poster poster(connection);
     database.begin();
-    for (const host::Record& line : bill) poster.post(line);
+    for (const Record& line : bill) poster.post(line);
     database.commit();
 }
 
-BillStatements post_and_capture(NativeConnection& database, const Bill& bill) {
+BillStatements post_and_capture(NativeConnection& database, const BillLines& bill) {
     BillStatements statements;
-    host::ObservedConnection observed(database, [&](TextView statement) { statements.push_back(to_utf8(statement)); });
+    ObservedConnection observed(database, [&](TextView statement) { statements.push_back(to_utf8(statement)); });
     post(database, observed, bill);
     return statements;
 }

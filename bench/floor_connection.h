@@ -8,7 +8,7 @@
 
 namespace vantlo::bench {
 
-using Bill = std::vector<host::Record>;
+using BillLines = std::vector<Record>;
 using BillStatements = std::vector<std::string>;  // in UTF-8
 
 /// The floor on either kind of database, with a connection of its own.
@@ -36,10 +36,10 @@ private:
 };
 
 /// Posts a bill through the component, in one transaction, on a connection to that database.
-void post(NativeConnection& database, Connection& connection, const Bill& bill);
+void post(NativeConnection& database, Connection& connection, const BillLines& bill);
 
 /// Posts a bill through the component, in one transaction.
 /// Returns  its statements as the component issued them.
-BillStatements post_and_capture(NativeConnection& database, const Bill& bill);
+BillStatements post_and_capture(NativeConnection& database, const BillLines& bill);
 
 }  // namespace vantlo::bench

@@ -13,7 +13,7 @@
 #include <stdexcept>
 #include <string_view>
 
-#include "ado/open_connection.h"
+#include "ado/native/open_connection.h"
 #include "bench/floor_connection.h"
 #include "bench/measure.h"
 #include "bench/movements.h"
@@ -28,18 +28,18 @@ constexpr std::size_t goods = 12;
 constexpr std::size_t lines_in_a_bill = 10;  // each bill is one transaction
 constexpr std::size_t bills_in_a_round = 48;
 
-std::vector<Bill> make_bills() {
-    std::vector<Bill> bills(bills_in_a_round);
+std::vector<BillLines> make_bills() {
+    std::vector<BillLines> bills(bills_in_a_round);
     std::size_t number = 0;
-    for (const host::Record& line : movements(bills_in_a_round * lines_in_a_bill, goods)) {
+    for (const Record& line : movements(bills_in_a_round * lines_in_a_bill, goods)) {
         bills[number++ / lines_in_a_bill].push_back(line);
     }
     return bills;
 }
 
-std::vector<BillStatements> post_and_capture_all(NativeConnection& database, const std::vector<Bill>& bills) {
+std::vector<BillStatements> post_and_capture_all(NativeConnection& database, const std::vector<BillLines>& bills) {
     std::vector<BillStatements> statements;
-    for (const Bill& bill : bills) statements.push_back(post_and_capture(database, bill));
+    for (const BillLines& bill : bills) statements.push_back(post_and_capture(database, bill));
     return statements;
 }
 
@@ -74,7 +74,7 @@ struct Times {
     std::vector<double> floor, own, ratio;
 };
 
-Times take_times(NativeConnection& database, FloorConnection& floor, const std::vector<Bill>& bills,
+Times take_times(NativeConnection& database, FloorConnection& floor, const std::vector<BillLines>& bills,
                  const std::vector<BillStatements>& statements, int rounds) {
     // What a database in memory does, this process does; a server has to be waited for.
     const Clock clock = database.dialect() == "sqlite" ? Clock::own_processor_time : Clock::wall;
@@ -101,7 +101,7 @@ int measure(const std::string& name, int rounds, double at_most) {
     run_all(*database, shop_statements(dialect, goods));
     for (const std::string& statement : shop_statements(dialect, goods)) floor.run(statement);
 
-    const std::vector<Bill> bills = make_bills();
+    const std::vector<BillLines> bills = make_bills();
     database->run(from_utf8(clearing_statement(dialect)));
     const std::vector<BillStatements> inserting = post_and_capture_all(*database, bills);
     const Currency received_in_a_round = goods_received(*database);

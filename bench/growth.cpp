@@ -54,7 +54,7 @@ void measure_bill(std::size_t count) {
     const Owned<SqliteConnection> shop = open_shop(goods);
     post(*shop, *shop, movements(8 * goods, goods));
     const double before = resident_bytes();
-    const Bill bill = movements(count, goods);
+    const BillLines bill = movements(count, goods);
     post(*shop, *shop, bill);
     const double grown = resident_bytes() - before;
     fmt::print("{} {:.1f} {:.0f}\n", count, microseconds_a_line(count, [&] { post(*shop, *shop, bill); }),
@@ -62,8 +62,8 @@ void measure_bill(std::size_t count) {
 }
 
 /// So many lines that lie far apart in the ledger.
-Bill scattered(std::size_t count, std::size_t goods) {
-    Bill lines;
+BillLines scattered(std::size_t count, std::size_t goods) {
+    BillLines lines;
     for (std::size_t i = 0; i < count; ++i) lines.push_back(movements(1, goods, i * 7919 % (8 * goods)).front());
     return lines;
 }
@@ -90,8 +90,8 @@ void measure_ledger(std::size_t rows, std::size_t ledgers, const PostFirst& post
 void measure_own_ledger(std::size_t rows) {
     const Owned<SqliteConnection> shop = open_shop(rows / rows_of_each_goods);
     measure_ledger(
-        rows, 1, [&](const Bill& bill) { post(*shop, *shop, bill); },
-        [&](const Bill& bill) { return [&shop, bill] { post(*shop, *shop, bill); }; });
+        rows, 1, [&](const BillLines& bill) { post(*shop, *shop, bill); },
+        [&](const BillLines& bill) { return [&shop, bill] { post(*shop, *shop, bill); }; });
 }
 
 /// The floor has a ledger of its own, beside the one on which the component issues the statements.
@@ -101,8 +101,8 @@ void measure_floor(std::size_t rows) {
     FloorConnection floor("sqlite::memory:");
     floor.post(shop_statements("sqlite", goods));
     measure_ledger(
-        rows, 2, [&](const Bill& bill) { floor.post(post_and_capture(*shop, bill)); },
-        [&](const Bill& bill) {
+        rows, 2, [&](const BillLines& bill) { floor.post(post_and_capture(*shop, bill)); },
+        [&](const BillLines& bill) {
             return [&floor, statements = post_and_capture(*shop, bill)] { floor.post(statements); };
         });
 }

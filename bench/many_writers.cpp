@@ -18,17 +18,17 @@
 #include <sstream>
 #include <thread>
 
-#include "ado/open_connection.h"
+#include "ado/native/open_connection.h"
 #include "automation/error.h"
 #include "bench/measure.h"
-#include "host/bookkeeping.h"
-#include "host/schema.h"
-#include "tests/host/stock_bills.h"
+#include "bills/schema.h"
+#include "bookkeeping/bookkeeping.h"
+#include "support/stock_bills.h"
 
 namespace {
 
 using namespace vantlo;
-using namespace vantlo::host;
+using namespace vantlo;
 
 struct Load {
     int writers;

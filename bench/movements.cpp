@@ -4,8 +4,8 @@
 
 #include <stdexcept>
 
-#include "ado/statement_text.h"
-#include "host/schema.h"
+#include "ado/native/statement_text.h"
+#include "bills/schema.h"
 
 namespace vantlo::bench {
 
@@ -15,12 +15,12 @@ std::string goods_id(std::size_t number) { return fmt::format("G{:04}", number);
 
 }  // namespace
 
-std::vector<host::Record> movements(std::size_t count, std::size_t goods, std::size_t first) {
-    std::vector<host::Record> lines;
+std::vector<Record> movements(std::size_t count, std::size_t goods, std::size_t first) {
+    std::vector<Record> lines;
     lines.reserve(count);
     for (std::size_t i = first; i < first + count; ++i) {
         const std::size_t model = i / goods % 8;
-        host::Record& line = lines.emplace_back();
+        Record& line = lines.emplace_back();
         line.set(u"Receiver", Text(u"W01"));
         line.set(u"Supplier", Text(u"W02"));
         line.set(u"Gid", from_utf8(goods_id(i % goods)));
@@ -36,7 +36,7 @@ std::vector<host::Record> movements(std::size_t count, std::size_t goods, std::s
 
 std::vector<std::string> shop_statements(const std::string& dialect, std::size_t goods) {
     std::vector<std::string> statements;
-    for (const Text& statement : statements_of(host::schema_for(dialect))) statements.push_back(to_utf8(statement));
+    for (const Text& statement : statements_of(schema_for(dialect))) statements.push_back(to_utf8(statement));
     statements.push_back("delete from GoodsUnit");
     for (std::size_t i = 0; i < goods; ++i) {
         statements.push_back(fmt::format("insert into GoodsUnit values('{}','箱',12)", goods_id(i)));
@@ -60,8 +60,8 @@ Poster::Poster(Connection& connection) : member_(*find_method(u"AddInventory_Db"
 
 Poster::~Poster() { component_.set_ADOConn(nullptr); }
 
-void Poster::post(const host::Record& line) {
-    host::RecordLine object(line, nullptr);
+void Poster::post(const Record& line) {
+    RecordLine object(line, nullptr);
     const Argument argument(object);
     const std::int32_t result = component_.call(member_, std::span(&argument, 1));
     if (result != 0) throw std::runtime_error(fmt::format("the posting returned {}", result));

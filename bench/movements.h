@@ -4,16 +4,16 @@
 #include <string>
 #include <vector>
 
-#include "ado/native_connection.h"
+#include "ado/native/native_connection.h"
+#include "bills/bill.h"
 #include "component/inventory_class.h"
-#include "host/bill.h"
 
 namespace vantlo::bench {
 
 /// Lines of goods moved between two warehouses, in boxes of 12: the same ones in every run.
 /// Shape    over `goods` kinds of goods in eight models each, between the same two warehouses: the ledger gets 16 rows
 ///          for each of the goods, and line `first` is followed by its like 8 * `goods` lines later.
-std::vector<host::Record> movements(std::size_t count, std::size_t goods, std::size_t first = 0);
+std::vector<Record> movements(std::size_t count, std::size_t goods, std::size_t first = 0);
 
 /// The statements, in UTF-8, that make the tables where they are missing and fill in the units of so many kinds of goods.
 std::vector<std::string> shop_statements(const std::string& dialect, std::size_t goods);
@@ -33,7 +33,7 @@ public:
     ~Poster();
 
     /// Errors   std::runtime_error unless the component answers 0.
-    void post(const host::Record& line);
+    void post(const Record& line);
 
 private:
     Inventory_Class component_;

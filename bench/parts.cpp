@@ -58,11 +58,11 @@ void product_of_currencies(benchmark::State& state) {
 /// The whole text of a statement, from a line as the native host hands it over.
 template <typename Word>
 void text_of_a_statement(benchmark::State& state, Word word) {
-    const std::vector<host::Record> lines = bench::movements(1, 1);
-    host::RecordLine line(lines.front(), nullptr);
+    const std::vector<Record> lines = bench::movements(1, 1);
+    RecordLine line(lines.front(), nullptr);
     const Side side = vantlo::side(movement::receipt, Source::of_line(u"Receiver"), Source::given(std::int16_t{0}),
                                    Currency::from_whole(24));
-    const Wording wording;
+    const Message wording;
     for ([[maybe_unused]] auto turn : state) {
         const Statement statement = word(line, wording, side);
         DoNotOptimize(statement.text().data());
@@ -70,13 +70,13 @@ void text_of_a_statement(benchmark::State& state, Word word) {
 }
 
 void text_of_an_update(benchmark::State& state) {
-    text_of_a_statement(state, [](Line& line, const Wording& wording, const Side& moved) {
+    text_of_a_statement(state, [](Line& line, const Message& wording, const Side& moved) {
         return update_statement(line, wording, moved);
     });
 }
 
 void text_of_an_insert(benchmark::State& state) {
-    text_of_a_statement(state, [](Line& line, const Wording& wording, const Side& moved) {
+    text_of_a_statement(state, [](Line& line, const Message& wording, const Side& moved) {
         return insert_statement(line, wording, moved);
     });
 }

@@ -20,17 +20,17 @@
 #include <stdexcept>
 #include <thread>
 
-#include "ado/open_connection.h"
+#include "ado/native/open_connection.h"
 #include "bench/measure.h"
+#include "bills/schema.h"
+#include "bookkeeping/bookkeeping.h"
 #include "component/inventory_class.h"
-#include "host/bookkeeping.h"
-#include "host/schema.h"
-#include "tests/host/stock_bills.h"
+#include "support/stock_bills.h"
 
 namespace {
 
 using namespace vantlo;
-using namespace vantlo::host;
+using namespace vantlo;
 
 /// Passes one client's connection to a local socket on to another, and counts.
 class Relay {

@@ -1,6 +1,6 @@
 #include "dataaccess/platform.h"
 
-#include "ado/native_connection.h"
+#include "ado/client_recordset.h"
 
 namespace vantlo {
 

@@ -1,7 +1,5 @@
 // Whether any file is either refused by name or read as bills whose every value has its column's type. An input is a file.
 
-#include "host/bill_file.h"
-
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -10,6 +8,7 @@
 #include <string>
 
 #include "fuzz/require.h"
+#include "import/shop_file.h"
 
 namespace {
 
@@ -32,7 +31,7 @@ private:
     int descriptor_;
 };
 
-void require_plain(const host::Record& record) {
+void require_plain(const Record& record) {
     for (const auto& field : record.fields()) {
         const std::string column = to_utf8(field.column);
         const Variant& value = field.value;
@@ -49,14 +48,14 @@ void require_plain(const host::Record& record) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
     const MemoryFile file(bytes, size);
     try {
-        const host::ShopFile shop = host::read_shop_file(file.path(), Language::english);
-        for (const host::MasterRow& row : shop.master) require_plain(row.values);
-        for (const host::Bill& bill : shop.bills) {
+        const ShopFile shop = read_shop_file(file.path(), Language::english);
+        for (const MasterRow& row : shop.master) require_plain(row.values);
+        for (const Bill& bill : shop.bills) {
             require(bill.kind != nullptr && !trim_blanks(bill.id).empty(), "a bill without a kind or an id");
             require_plain(bill.header);
-            for (const host::Record& line : bill.lines) require_plain(line);
+            for (const Record& line : bill.lines) require_plain(line);
         }
-    } catch (const host::BadInput& refusal) {
+    } catch (const BadInput& refusal) {
         require(std::string(refusal.what()).starts_with(file.path()), "a refusal that does not name the file");
     }
     return 0;

@@ -5,7 +5,7 @@
 #include <iostream>
 #include <string_view>
 
-#include "tests/ado/sqlite/paired_connections.h"
+#include "support/paired_connections.h"
 
 namespace {
 

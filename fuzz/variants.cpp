@@ -19,7 +19,7 @@
 #include "automation/error.h"
 #include "automation/variant.h"
 #include "fuzz/require.h"
-#include "tests/support/wide_integer.h"
+#include "support/wide_integer.h"
 
 namespace {
 

@@ -8,11 +8,12 @@
 #include <new>
 #include <utility>
 
+#include "ado/native/adapters.h"
+#include "ado/native/statement_text.h"
 #include "ado/odbc/connection_string.h"
 #include "ado/odbc/engine.h"
 #include "ado/odbc/odbc_failure.h"
 #include "ado/odbc/result_rows.h"
-#include "ado/statement_text.h"
 
 namespace vantlo {
 
@@ -294,6 +295,10 @@ std::string OdbcConnection::engine() const {
     SQLHDBC connection = connection_.get();
     return information(connection, SQL_DBMS_NAME) + " " + information(connection, SQL_DBMS_VER) + " (" +
            information(connection, SQL_DRIVER_NAME) + " " + information(connection, SQL_DRIVER_VER) + ")";
+}
+
+Owned<NativeConnection> open_odbc(std::string_view connection_string) {
+    return Owned<NativeConnection>(new OdbcConnection(std::string(connection_string)));
 }
 
 }  // namespace vantlo

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "ado/native_connection.h"
+#include "ado/native/native_connection.h"
 #include "automation/error.h"
 
 namespace vantlo {

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "ado/native_connection.h"
+#include "ado/native/native_connection.h"
 #include "automation/error.h"
 
 namespace vantlo {

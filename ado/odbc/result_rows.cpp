@@ -7,8 +7,8 @@
 #include <optional>
 #include <utility>
 
+#include "ado/native/statement_text.h"
 #include "ado/odbc/field_type.h"
-#include "ado/statement_text.h"
 #include "automation/error.h"
 
 namespace vantlo {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ado/native_connection.h"
+#include "ado/native/native_connection.h"
 
 namespace vantlo {
 

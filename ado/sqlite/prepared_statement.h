@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-#include "ado/native_connection.h"
+#include "ado/native/native_connection.h"
 #include "ado/sqlite/declared_type.h"
 
 struct sqlite3_stmt;

@@ -9,9 +9,10 @@
 #include <thread>
 #include <utility>
 
+#include "ado/native/adapters.h"
+#include "ado/native/statement_text.h"
 #include "ado/sqlite/prepared_statement.h"
 #include "ado/sqlite/sqlite_failure.h"
-#include "ado/statement_text.h"
 
 namespace vantlo {
 
@@ -127,6 +128,10 @@ void SqliteConnection::run_script(const std::string& script) {
         }
         if (prepared.get() != nullptr) run_to_end(prepared);
     }
+}
+
+Owned<NativeConnection> open_sqlite(std::string_view file, bool may_create) {
+    return Owned<NativeConnection>(new SqliteConnection(std::string(file), {.may_create = may_create}));
 }
 
 }  // namespace vantlo

@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "ado/native_connection.h"
+#include "ado/native/native_connection.h"
 #include "ado/sqlite/statement_cache.h"
 
 struct sqlite3;

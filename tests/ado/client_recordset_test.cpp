@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "ado/native_connection.h"
-#include "tests/support/failures.h"
+#include "ado/native/native_connection.h"
+#include "support/failures.h"
 #include "tests/support/printing.h"
 
 namespace vantlo::test {

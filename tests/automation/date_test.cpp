@@ -7,7 +7,7 @@
 #include <random>
 
 #include "automation/error.h"
-#include "tests/support/failures.h"
+#include "support/failures.h"
 #include "tests/support/printing.h"
 
 namespace vantlo {

@@ -13,9 +13,9 @@
 #include <string>
 
 #include "automation/error.h"
-#include "tests/support/failures.h"
+#include "support/failures.h"
+#include "support/wide_integer.h"
 #include "tests/support/printing.h"
-#include "tests/support/wide_integer.h"
 
 namespace vantlo {
 

@@ -11,7 +11,7 @@
 #include <type_traits>
 
 #include "automation/error.h"
-#include "tests/support/failures.h"
+#include "support/failures.h"
 #include "tests/support/printing.h"
 
 namespace vantlo {

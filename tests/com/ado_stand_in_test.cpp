@@ -1,6 +1,6 @@
 #include <doctest/doctest.h>
 
-#include "ado/native_connection.h"
+#include "ado/native/native_connection.h"
 #include "tests/support/ado_stand_in/ado_recordset.h"
 #include "tests/support/com/script_host.h"
 #include "tests/support/printing.h"

@@ -5,7 +5,7 @@
 #include <map>
 #include <random>
 
-#include "ado/native_connection.h"
+#include "ado/native/native_connection.h"
 #include "automation/error_text.h"
 #include "tests/com/line_object.h"
 #include "tests/com/member_call.h"

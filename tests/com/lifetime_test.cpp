@@ -8,7 +8,7 @@
 #include <string>
 #include <thread>
 
-#include "ado/native_connection.h"
+#include "ado/native/native_connection.h"
 #include "tests/com/line_object.h"
 #include "tests/com/member_call.h"
 #include "tests/support/ado_stand_in/ado_recordset.h"

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <thread>
 
-#include "tests/support/failures.h"
+#include "support/failures.h"
 #include "tests/support/journaled_database.h"
 #include "tests/support/servers.h"
 

@@ -4,9 +4,9 @@
 #include <random>
 #include <sstream>
 
-#include "ado/statement_text.h"
+#include "ado/native/statement_text.h"
 #include "automation/error.h"
-#include "tests/support/failures.h"
+#include "support/failures.h"
 #include "tests/support/journaled_database.h"
 #include "tests/support/scenario_check.h"
 

@@ -1,6 +1,6 @@
 // Windows builds have the SQLite adapter for the tests alone, and no ODBC adapter: this is their `open_connection`.
 
-#include "ado/open_connection.h"
+#include "ado/native/open_connection.h"
 #include "ado/sqlite/sqlite_connection.h"
 #include "automation/error.h"
 

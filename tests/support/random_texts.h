@@ -7,7 +7,7 @@
 #include <random>
 #include <vector>
 
-#include "ado/native_connection.h"
+#include "ado/native/native_connection.h"
 #include "automation/text.h"
 
 namespace vantlo::test {

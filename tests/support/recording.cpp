@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "ado/native_connection.h"
+#include "ado/native/native_connection.h"
 #include "automation/error.h"
 #include "tests/support/allocation_failures.h"
 

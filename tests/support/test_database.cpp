@@ -7,7 +7,7 @@
 #include <iterator>
 #include <stdexcept>
 
-#include "ado/open_connection.h"
+#include "ado/native/open_connection.h"
 #include "automation/error.h"
 #include "automation/number_text.h"
 

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "ado/native_connection.h"
+#include "ado/native/native_connection.h"
 #include "tests/support/scenario.h"
 
 namespace vantlo::test {

@@ -1,7 +1,7 @@
 #include <doctest/doctest.h>
 
 #include "dataaccess/sql_literals.h"
-#include "tests/support/failures.h"
+#include "support/failures.h"
 #include "tests/support/printing.h"
 #include "tests/support/servers.h"
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <thread>
 
-#include "tests/support/failures.h"
+#include "support/failures.h"
 #include "tests/support/printing.h"
 #include "tests/support/temporary_folder.h"
 

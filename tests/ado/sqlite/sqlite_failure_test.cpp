@@ -7,7 +7,7 @@
 #include <fstream>
 
 #include "ado/sqlite/sqlite_connection.h"
-#include "tests/support/failures.h"
+#include "support/failures.h"
 #include "tests/support/temporary_folder.h"
 
 namespace vantlo::test {

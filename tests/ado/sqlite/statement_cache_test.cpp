@@ -6,7 +6,7 @@
 #include <memory>
 #include <random>
 
-#include "tests/ado/sqlite/paired_connections.h"
+#include "support/paired_connections.h"
 #include "tests/support/printing.h"
 #include "tests/support/temporary_folder.h"
 

@@ -5,7 +5,7 @@
 #include <random>
 
 #include "ado/sqlite/lifted_text.h"
-#include "tests/ado/sqlite/paired_connections.h"
+#include "support/paired_connections.h"
 #include "tests/support/printing.h"
 
 namespace vantlo::test {

@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "ado/native_connection.h"
+#include "ado/native/native_connection.h"
 #include "tests/support/ado_stand_in/ado_connection.h"
 #include "tests/support/ado_stand_in/ado_recordset.h"
 #include "tests/support/com/class_factory.h"

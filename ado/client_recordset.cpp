@@ -1,0 +1,105 @@
+#include "ado/client_recordset.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "automation/error.h"
+
+namespace vantlo {
+
+namespace {
+
+constexpr std::int32_t state_closed = 0;
+constexpr std::int32_t state_open = 1;
+
+class ClientRecordset final : public Recordset {
+public:
+    ClientRecordset() = default;
+    explicit ClientRecordset(ResultTable result) : table_(std::move(result)), is_open_(table_.yields_rows) {}
+    explicit ClientRecordset(std::unique_ptr<UnreadResult> result) : unread_(std::move(result)), is_open_(true) {}
+
+    void set_active_connection(Connection* connection) override { connection_ = ConnectionReference(connection); }
+    void set_cursor_location(std::int32_t location) override { cursor_location_ = location; }
+    void set_cursor_type(std::int32_t type) override { cursor_type_ = type; }
+
+    void open(TextView source) override {
+        if (state() != state_closed) throw Failure(error::object_open);
+        if (connection_.get() == nullptr) throw Failure(error::no_connection);
+        executed_ = connection_.get()->execute(source);
+    }
+
+    bool eof() override {
+        if (executed_) return executed_->eof();
+        require_open();
+        return is_at_end();
+    }
+
+    void move_next() override {
+        if (executed_) return executed_->move_next();
+        require_open();
+        if (is_at_end()) throw Failure(error::no_current_row);
+        read();
+        ++row_;
+    }
+
+    Variant field(TextView name) override {
+        if (executed_) return executed_->field(name);
+        require_open();
+        read();
+        const auto column = std::ranges::find_if(
+            table_.columns, [name](const Text& column_name) { return equal_ignoring_case(column_name, name); });
+        if (column == table_.columns.end()) throw Failure(error::no_such_item, "no field " + to_utf8(name));
+        if (is_at_end()) throw Failure(error::no_current_row);
+        return table_.rows[row_][static_cast<std::size_t>(column - table_.columns.begin())];
+    }
+
+    std::int32_t state() override {
+        if (executed_) return executed_->state();
+        return is_open_ ? state_open : state_closed;
+    }
+
+    void close() override {
+        if (executed_) return executed_->close();
+        require_open();
+        is_open_ = false;
+        unread_.reset();
+        table_ = {};
+    }
+
+private:
+    void require_open() const {
+        if (!is_open_) throw Failure(error::object_closed);
+    }
+    [[nodiscard]] bool is_at_end() const {
+        return unread_ != nullptr ? !unread_->has_rows() : row_ == table_.rows.size();
+    }
+    void read() {
+        if (unread_ != nullptr) table_ = std::exchange(unread_, nullptr)->read();
+    }
+
+    ConnectionReference connection_;
+    std::int32_t cursor_location_ = 0;
+    std::int32_t cursor_type_ = 0;
+
+    // The rows are those that its connection's `execute` answered to `open`, as long as there are any: whatever stands
+    // between this recordset and the database then sees each call. Otherwise they are its own.
+    RecordsetVariable executed_;
+    std::unique_ptr<UnreadResult> unread_;
+    ResultTable table_;
+    std::size_t row_ = 0;
+    bool is_open_ = false;
+};
+
+}  // namespace
+
+RecordsetVariable make_client_recordset() { return std::make_unique<ClientRecordset>(); }
+
+RecordsetVariable make_client_recordset(ResultTable result) {
+    return std::make_unique<ClientRecordset>(std::move(result));
+}
+
+RecordsetVariable make_client_recordset(std::unique_ptr<UnreadResult> result) {
+    return std::make_unique<ClientRecordset>(std::move(result));
+}
+
+}  // namespace vantlo

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string_view>
+
+#include "ado/native/native_connection.h"
+
+namespace vantlo {
+
+// How each adapter opens a connection. An adapter defines its own function, so that nothing here includes an adapter.
+
+/// Opens an SQLite file, or `:memory:`; the path is UTF-8. `may_create` says whether a missing file is made. Errors: Failure.
+Owned<NativeConnection> open_sqlite(std::string_view file, bool may_create);
+
+/// Opens what an ODBC connection string names. Errors: Failure.
+Owned<NativeConnection> open_odbc(std::string_view connection_string);
+
+}  // namespace vantlo

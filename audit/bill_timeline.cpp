@@ -1,0 +1,154 @@
+#include "audit/bill_timeline.h"
+
+#include <algorithm>
+#include <map>
+#include <set>
+#include <tuple>
+
+#include "bookkeeping/bill_history.h"
+
+namespace vantlo {
+
+namespace {
+
+using Action = BillEvent::Action;
+
+/// A bill's name: its kind and its id.
+using BillName = std::pair<Text, Text>;
+
+struct HistoryEntry {
+    BillName bill;
+    Action action;
+    Text content;
+};
+
+Text text_of(const Variant& value) { return value.is<Null>() ? Text() : to_text(value); }
+
+std::string shown(const Text& first, const Text& second) { return to_utf8(first + u" " + second); }
+
+/// A quantity or status as the tables of this system keep it, whatever the type of the column that it comes from.
+Variant in_own_type(const Variant& value, ColumnType type) {
+    if (!value.is<Other>()) return value;
+    if (type == ColumnType::single) return static_cast<float>(to_double(value));
+    if (type == ColumnType::whole_number) return to_long(value);
+    return value;
+}
+
+Record read_record(Recordset& rows, std::span<const BillColumn> columns) {
+    const Record read = read_row(rows, columns);
+    Record record;
+    for (const BillColumn& column : columns) {
+        record.set(column.column, in_own_type(read.value(column.column), column.type));
+    }
+    return record;
+}
+
+std::map<Text, std::vector<Record>> read_lines(NativeConnection& database, const BillTable& table) {
+    std::map<Text, std::vector<Record>> lines;
+    const RecordsetVariable rows = database.execute(Text(u"select * from ") + table.name + u" order by ItemNo");
+    for (; !rows->eof(); rows->move_next()) {
+        lines[text_of(rows->field(table.id_column))].push_back(read_record(*rows, table.columns));
+    }
+    return lines;
+}
+
+class StoredBills {
+public:
+    StoredBills(NativeConnection& database, BillTimeline& course) {
+        std::set<const BillTable*> read;
+        for (const BillKind& kind : bill_kinds()) {
+            if (read.insert(kind.header).second) read_table(database, *kind.header, *kind.lines, course);
+        }
+    }
+
+    /// Takes a bill out. Returns nothing if there is none of that name.
+    std::optional<Bill> take(const BillName& name) {
+        const auto found = bills_.extract(name);
+        if (found.empty()) return std::nullopt;
+        return std::move(found.mapped());
+    }
+
+    /// Those that nobody took, by date and id.
+    std::vector<Bill> rest() {
+        std::vector<Bill> bills;
+        for (auto& [name, bill] : bills_) bills.push_back(std::move(bill));
+        const auto order = [](const Bill& bill) {
+            const Date* const date = bill.header.value(u"BillDate").get_if<Date>();
+            return std::tuple(date == nullptr ? Date{} : *date, bill.id);
+        };
+        std::ranges::stable_sort(bills, {}, order);
+        return bills;
+    }
+
+private:
+    void read_table(NativeConnection& database, const BillTable& header, const BillTable& lines, BillTimeline& course) {
+        std::map<Text, std::vector<Record>> lines_of = read_lines(database, lines);
+        const RecordsetVariable rows = database.execute(Text(u"select * from ") + header.name);
+        for (; !rows->eof(); rows->move_next()) {
+            const Text id = text_of(rows->field(header.id_column));
+            const Text kind_name = text_of(rows->field(u"Kind"));
+            const BillKind* const kind = find_bill_kind(to_utf8(kind_name));
+            auto own_lines = lines_of.extract(id);
+            if (kind == nullptr || kind->header->name != header.name) {
+                course.unknown_kind.push_back(shown(kind_name, id));
+                continue;
+            }
+            Bill bill{kind, id, read_record(*rows, header.columns), {}};
+            if (!own_lines.empty()) bill.lines = std::move(own_lines.mapped());
+            bills_.insert_or_assign(BillName{kind_name, id}, std::move(bill));
+        }
+        for (const auto& [id, rest] : lines_of) course.headless.push_back(shown(lines.name, id));
+    }
+
+    std::map<BillName, Bill> bills_;
+};
+
+std::vector<HistoryEntry> read_history(NativeConnection& database) {
+    std::vector<HistoryEntry> history;
+    const RecordsetVariable rows = database.execute(u"select * from BillHistory order by EntryNo");
+    for (; !rows->eof(); rows->move_next()) {
+        const bool is_take_back = text_of(rows->field(u"Action")) == history_action::take_back;
+        history.push_back({{text_of(rows->field(u"Kind")), text_of(rows->field(u"BillId"))},
+                           is_take_back ? Action::take_back : Action::save,
+                           text_of(rows->field(u"Content"))});
+    }
+    return history;
+}
+
+}  // namespace
+
+BillTimeline read_timeline(NativeConnection& database) {
+    BillTimeline course;
+    StoredBills stored(database, course);
+    const std::vector<HistoryEntry> history = read_history(database);
+
+    // Backwards: what a saved bill held is told by the entry that took it back, or else by the tables.
+    std::map<BillName, Bill> taken_back;
+    for (auto entry = history.rbegin(); entry != history.rend(); ++entry) {
+        const BillKind* const kind = find_bill_kind(to_utf8(entry->bill.first));
+        if (kind == nullptr) {
+            course.unknown_kind.push_back(shown(entry->bill.first, entry->bill.second));
+        } else if (entry->action == Action::take_back) {
+            const Bill bill = bill_from_content(*kind, entry->bill.second, entry->content);
+            course.events.push_back({Action::take_back, bill, true});
+            taken_back.insert_or_assign(entry->bill, bill);
+        } else {
+            auto content = taken_back.extract(entry->bill);
+            std::optional<Bill> bill = content.empty() ? stored.take(entry->bill) : std::move(content.mapped());
+            if (!bill) {
+                course.lost.push_back(shown(entry->bill.first, entry->bill.second));
+                continue;
+            }
+            course.events.push_back({Action::save, *std::move(bill), true});
+        }
+    }
+    std::vector<Bill> unrecorded = stored.rest();
+    for (auto& [name, bill] : taken_back) unrecorded.insert(unrecorded.begin(), std::move(bill));
+    for (auto bill = unrecorded.rbegin(); bill != unrecorded.rend(); ++bill) {
+        course.events.push_back({Action::save, std::move(*bill), false});
+    }
+    std::ranges::reverse(course.events);
+    return course;
+}
+
+}  // namespace vantlo

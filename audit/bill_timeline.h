@@ -1,0 +1,36 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "ado/native/native_connection.h"
+#include "bills/bill.h"
+
+namespace vantlo {
+
+/// Something that a host did with a bill.
+struct BillEvent {
+    enum class Action { save, take_back };
+
+    Action action;
+    Bill bill;
+    bool is_recorded;  ///< false for a stored bill that the history does not know
+};
+
+/// All that moved the ledger of a database, in the order in which it did.
+struct BillTimeline {
+    std::vector<BillEvent> events;
+
+    // What cannot take part, as `KIND ID`.
+    std::vector<std::string> lost;          ///< saved by the history, and now stored nowhere
+    std::vector<std::string> unknown_kind;  ///< a header whose kind is none
+    std::vector<std::string> headless;      ///< lines without a header, as `TABLE ID`
+};
+
+/// Reads the stored bills and the history.
+///
+/// The order is that of the history. A stored bill without an entry in it, stored by another host or before there was a
+/// history, comes before all others, by date and then by id.
+BillTimeline read_timeline(NativeConnection& database);
+
+}  // namespace vantlo

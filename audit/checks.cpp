@@ -1,0 +1,103 @@
+#include "audit/checks.h"
+
+#include <algorithm>
+#include <map>
+#include <set>
+
+namespace vantlo {
+
+namespace {
+
+std::string lower(std::string text) {
+    std::ranges::transform(text, text.begin(),
+                           [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
+    return text;
+}
+
+/// Columns whose values go into statements as they are read. A decimal or a 64-bit number has no literal: it is written as
+/// nothing.
+constexpr std::string_view read_as_they_stand[] = {
+    "stockbillitems.qty",   "stockbillitems.goodstutas", "gborrowitems.goodstutas",   "goodsbill.actualqty",
+    "goodsbill.goodstutas", "goodsbillitems.actualqty",  "goodsbillitems.goodstutas",
+};
+constexpr std::string_view ledger_quantities[] = {"inventory.inqty", "inventory.outqty", "inventory.currentqty"};
+constexpr std::string_view without_literal[] = {"decimal", "numeric", "bigint", "int8", "number"};
+constexpr std::string_view inexact[] = {"real",      "float", "float4",  "float8",   "double", "double precision",
+                                        "single",    "int",   "integer", "smallint", "bigint", "tinyint",
+                                        "smallmoney"};
+/// Character sets, encodings and collations that hold Chinese, by how their names begin.
+constexpr std::string_view chinese[] = {"utf", "gb", "big5", "euc_cn", "euc_tw", "ucs2", "chinese"};
+
+bool has(std::span<const std::string_view> list, std::string_view word) {
+    return std::ranges::find(list, word) != list.end();
+}
+
+/// Whether texts of that character set, encoding or collation can be Chinese.
+bool holds_chinese(const std::string& characters) {
+    const std::string name = lower(characters);
+    return name.ends_with("_utf8") ||
+           std::ranges::any_of(chinese, [&](std::string_view beginning) { return name.starts_with(beginning); });
+}
+
+/// `decimal(10,2)` -> 2; a type without digits after the point keeps none, `decimal(10)` and `decimal` too.
+int scale_of(const std::string& type) {
+    const std::size_t comma = type.find(',');
+    return comma == std::string::npos ? 0 : std::atoi(type.c_str() + comma + 1);
+}
+
+std::string shown(const LedgerKey& key) { return to_utf8(condition_of(key)); }
+
+void add_bill_notes(const BillTimeline& course, std::vector<Note>& notes) {
+    for (const std::string& bill : course.lost) notes.push_back({Remark::lost_bill, bill});
+    for (const std::string& bill : course.unknown_kind) notes.push_back({Remark::unknown_kind, bill});
+    for (const std::string& lines : course.headless) notes.push_back({Remark::headless_lines, lines});
+}
+
+}  // namespace
+
+std::vector<Note> notes_of(const Verification& verification) {
+    std::vector<Note> notes;
+    std::map<LedgerKey, int> rows_by_key;
+    std::map<LedgerKey, LedgerKey> key_by_look;
+    for (const LedgerEntry& entry : verification.expected.rows) {
+        const Amounts amounts = entry.amounts();
+        if (amounts[2] < 0) notes.push_back({Remark::negative_by_bills, shown(entry.key)});
+        if (!is_balanced(amounts)) notes.push_back({Remark::unbalanced_by_design, shown(entry.key)});
+        if (++rows_by_key[entry.key] == 2) notes.push_back({Remark::several_by_design, shown(entry.key)});
+        const auto [like, is_new] = key_by_look.emplace(look_of(entry.key), entry.key);
+        if (!is_new && like->second != entry.key) {
+            notes.push_back({Remark::keys_look_alike, shown(like->second) + "  |  " + shown(entry.key)});
+        }
+    }
+    add_bill_notes(verification.course, notes);
+    const std::vector<Note> of_columns = column_notes(verification.columns);
+    notes.insert(notes.end(), of_columns.begin(), of_columns.end());
+    std::ranges::stable_sort(notes, {}, &Note::remark);
+    return notes;
+}
+
+std::vector<Note> column_notes(std::span<const ColumnDescription> columns) {
+    static const std::set<std::string> tables = {"inventory",      "goodsunit", "stockbill",        "stockbillitems",
+                                                 "rgstockbill",    "gborrow",   "rgstockbillitems", "gborrowitems",
+                                                 "goodsbillitems", "goodsbill"};
+    std::vector<Note> notes;
+    for (const auto& [table, column, full_type, characters] : columns) {
+        if (!tables.contains(lower(table))) continue;
+        const std::string written = table + "." + column;
+        const std::string name = lower(written);
+        const std::string type = lower(full_type.substr(0, full_type.find('(')));
+        const bool is_decimal = type == "decimal" || type == "numeric";
+        const auto note = [&](Remark remark, const std::string& what) {
+            notes.push_back({remark, written + " " + what});
+        };
+        if (has(read_as_they_stand, name) && has(without_literal, type)) note(Remark::empty_literal, full_type);
+        if (has(ledger_quantities, name) && (has(inexact, type) || (is_decimal && scale_of(full_type) < 4))) {
+            note(Remark::loses_digits, full_type);
+        }
+        if (!characters.empty() && !holds_chinese(characters))
+            note(Remark::loses_characters, full_type + " " + characters);
+    }
+    return notes;
+}
+
+}  // namespace vantlo

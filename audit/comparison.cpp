@@ -1,0 +1,291 @@
+#include "audit/comparison.h"
+
+#include <uninorm.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <functional>
+#include <limits>
+#include <map>
+#include <memory>
+#include <set>
+
+namespace vantlo {
+
+namespace {
+
+constexpr std::size_t past_all_events = std::numeric_limits<std::size_t>::max();
+
+using Differences = std::map<LedgerKey, Difference>;
+using AmountsByKey = std::map<LedgerKey, Amounts>;
+
+Amounts sum_of(const std::vector<LedgerEntry>& entries) {
+    Amounts sum{};
+    for (const LedgerEntry& entry : entries) sum = sum + entry.amounts();
+    return sum;
+}
+
+bool is_zero(const LedgerEntry& entry) { return !entry.has_null() && entry.amounts() == Amounts{}; }
+
+std::vector<Amounts> sorted_amounts(const std::vector<LedgerEntry>& entries) {
+    std::vector<Amounts> amounts;
+    for (const LedgerEntry& entry : entries) amounts.push_back(entry.amounts());
+    std::ranges::sort(amounts);
+    return amounts;
+}
+
+bool any_null(const std::vector<LedgerEntry>& entries) { return std::ranges::any_of(entries, &LedgerEntry::has_null); }
+
+bool agree(const Difference& rows) {
+    if (any_null(rows.stored) != any_null(rows.expected)) return false;
+    if (rows.stored.empty()) return std::ranges::all_of(rows.expected, is_zero);
+    if (rows.expected.empty()) return rows.stored.size() == 1 && is_zero(rows.stored.front());
+    return sorted_amounts(rows.stored) == sorted_amounts(rows.expected);
+}
+
+/// Blanks of every width, tabs and the characters that take no room.
+bool is_blank(char16_t unit) {
+    constexpr TextView blanks = u" \t\r\n\u00A0\u2002\u2003\u2009\u200B\u200C\u200D\u202F\u3000\uFEFF";
+    return blanks.find(unit) != TextView::npos;
+}
+
+Text without_blanks_around(const Text& text) {
+    const auto first = std::ranges::find_if_not(text, is_blank);
+    const auto last = std::find_if_not(text.rbegin(), std::make_reverse_iterator(first), is_blank).base();
+    return {first, last};
+}
+
+// Source: Unicode's compatibility composition takes full-width letters and half-width syllables to their usual width.
+Text in_usual_width(const Text& text) {
+    std::size_t length = 0;
+    const std::unique_ptr<std::uint16_t, decltype(&std::free)> folded(
+        u16_normalize(UNINORM_NFKC, reinterpret_cast<const std::uint16_t*>(text.data()), text.size(), nullptr, &length),
+        &std::free);
+    if (!folded) return text;
+    return {folded.get(), folded.get() + length};
+}
+
+template <typename Change>
+LedgerKey with_changed_parts(const LedgerKey& key, const Change& change) {
+    LedgerKey changed = key;
+    for (std::optional<Text>& part : changed.parts) {
+        if (part) part = change(*part);
+    }
+    return changed;
+}
+
+LedgerKey trimmed(const LedgerKey& key) { return with_changed_parts(key, without_blanks_around); }
+
+LedgerKey without_status(const LedgerKey& key) {
+    LedgerKey changed = key;
+    changed.parts[status_part] = Text();
+    return changed;
+}
+
+/// What the events of a comparison have done, by event.
+struct Effect {
+    std::vector<std::pair<LedgerKey, Amounts>> steps;
+
+    /// From a step on, by key, without those that cancel out.
+    [[nodiscard]] AmountsByKey from(std::size_t step) const {
+        AmountsByKey amounts;
+        for (; step < steps.size(); ++step) {
+            Amounts& sum = amounts[steps[step].first];
+            sum = sum + steps[step].second;
+        }
+        std::erase_if(amounts, [](const auto& entry) { return entry.second == Amounts{}; });
+        return amounts;
+    }
+};
+
+class Comparison {
+public:
+    Comparison(const std::vector<LedgerEntry>& stored, const Recomputation& expected, const BillTimeline& course)
+        : course_(course), effects_(course.events.size()), is_taken_back_(course.events.size()) {
+        for (const LedgerEntry& entry : stored) rows_[entry.key].stored.push_back(entry);
+        for (const LedgerEntry& entry : expected.rows) rows_[entry.key].expected.push_back(entry);
+        for (const PostingStep& step : expected.steps) {
+            const LedgerKey& key = expected.rows[step.row].key;
+            effects_[step.event].steps.emplace_back(key, step.added);
+            std::vector<std::size_t>& events = rows_[key].events;
+            if (events.empty() || events.back() != step.event) events.push_back(step.event);
+        }
+        for (auto& [key, rows] : rows_) {
+            rows.key = key;
+            if (!agree(rows)) open_.emplace(key, rows);
+        }
+        find_taken_back();
+        for (const auto& [event, reason] : expected.refusals)
+            findings_.push_back({Cause::refused_bill, {}, event, 0, 0, reason});
+    }
+
+    std::vector<Finding> run() {
+        find_nulls_and_duplicates();
+        find_misspelt_keys();
+        find_bills();
+        for (const auto& [key, rows] : Differences(open_)) take(cause_by_itself(rows), {key});
+        order();
+        return std::move(findings_);
+    }
+
+private:
+    /// Moves the differences of these keys into a finding.
+    Finding& take(Cause cause, const std::vector<LedgerKey>& keys, std::optional<std::size_t> event = std::nullopt) {
+        Finding finding{cause, {}, event, 0, 0, {}};
+        for (const LedgerKey& key : keys) finding.differences.push_back(std::move(open_.extract(key).mapped()));
+        return findings_.emplace_back(std::move(finding));
+    }
+
+    void find_nulls_and_duplicates() {
+        for (const auto& [key, rows] : Differences(open_)) {
+            if (any_null(rows.stored)) {
+                take(Cause::null_quantity, {key});
+            } else if (rows.stored.size() > std::max<std::size_t>(rows.expected.size(), 1)) {
+                take(Cause::duplicate_key, {key});
+            }
+        }
+    }
+
+    /// Rows that no bill makes, beside a row that lacks just what they have.
+    void find_misspelt_keys() {
+        pair_misspelt_keys(Cause::blanks_in_key, trimmed);
+        pair_misspelt_keys(Cause::width_of_key, look_of);
+        pair_misspelt_keys(Cause::wrong_status, without_status);
+    }
+
+    template <typename Fold>
+    void pair_misspelt_keys(Cause cause, const Fold& fold) {
+        std::multimap<LedgerKey, LedgerKey> meant_by_fold;
+        std::vector<LedgerKey> without_bill;
+        for (const auto& [key, rows] : open_) {
+            if (rows.expected.empty()) {
+                without_bill.push_back(key);
+            } else {
+                meant_by_fold.emplace(fold(key), key);
+            }
+        }
+        for (const LedgerKey& key : without_bill) {
+            const auto [first, last] = meant_by_fold.equal_range(fold(key));
+            const auto meant = std::find_if(first, last, [&](const auto& entry) {
+                return open_.at(entry.second).surplus() == -open_.at(key).surplus();
+            });
+            if (meant == last) continue;
+            take(cause, {meant->second, key});
+            meant_by_fold.erase(meant);
+        }
+    }
+
+    /// Which savings a later event took back: backwards, so that each meets what came after it first.
+    void find_taken_back() {
+        std::set<std::pair<const BillKind*, Text>> taken_back;
+        for (std::size_t event = course_.events.size(); event-- > 0;) {
+            const auto& [action, bill, is_recorded] = course_.events[event];
+            if (action == BillEvent::Action::take_back) {
+                taken_back.emplace(bill.kind, bill.id);
+            } else {
+                is_taken_back_[event] = taken_back.erase({bill.kind, bill.id}) > 0;
+            }
+        }
+    }
+
+    /// Bills whose movement is just what the rows differ in: whole ones, then those that were cut off. Two bills of which
+    /// the same statements would be missing cannot be told apart; one that the history does not know is taken first, as
+    /// what crashed never entered it, and then the latest.
+    void find_bills() {
+        std::vector<std::size_t> saved;
+        for (std::size_t event = 0; event < effects_.size(); ++event) {
+            if (course_.events[event].action == BillEvent::Action::save) saved.push_back(event);
+        }
+        for (const std::size_t event : saved) find_whole_bill(event);
+        std::ranges::sort(saved, std::greater(),
+                          [&](std::size_t event) { return std::pair(!course_.events[event].is_recorded, event); });
+        for (const std::size_t event : saved) find_cut_off_bill(event);
+    }
+
+    void find_whole_bill(std::size_t event) {
+        const AmountsByKey all = effects_[event].from(0);
+        const bool is_gone = is_taken_back_[event];
+        if (differs_by(all, -1)) {
+            take(is_gone ? Cause::taken_back_twice : Cause::not_posted, keys_of(all), event);
+        } else if (differs_by(all, +1)) {
+            take(is_gone ? Cause::not_taken_back : Cause::posted_twice, keys_of(all), event);
+        }
+    }
+
+    void find_cut_off_bill(std::size_t event) {
+        const std::size_t steps = effects_[event].steps.size();
+        if (is_taken_back_[event]) return;
+        for (std::size_t step = 1; step < steps; ++step) {
+            const AmountsByKey rest = effects_[event].from(step);
+            if (!differs_by(rest, -1)) continue;
+            Finding& finding = take(Cause::posted_in_part, keys_of(rest), event);
+            finding.steps_there = step;
+            finding.steps = steps;
+            return;
+        }
+    }
+
+    /// Whether the surplus of every one of these rows is `sign` times the amounts.
+    [[nodiscard]] bool differs_by(const AmountsByKey& amounts, int sign) const {
+        return !amounts.empty() && std::ranges::all_of(amounts, [&](const auto& entry) {
+            const auto found = open_.find(entry.first);
+            return found != open_.end() && found->second.surplus() == (sign < 0 ? -entry.second : entry.second);
+        });
+    }
+
+    static std::vector<LedgerKey> keys_of(const AmountsByKey& amounts) {
+        std::vector<LedgerKey> keys;
+        for (const auto& [key, sum] : amounts) keys.push_back(key);
+        return keys;
+    }
+
+    static Cause cause_by_itself(const Difference& rows) {
+        if (rows.expected.empty()) return Cause::extra_row;
+        if (rows.stored.empty()) return Cause::missing_row;
+        const Amounts stored = sum_of(rows.stored);
+        const Amounts expected = sum_of(rows.expected);
+        if (!is_balanced(stored) && is_balanced(expected)) return Cause::unbalanced;
+        if (stored[2] < 0 && expected[2] >= 0) return Cause::negative_stock;
+        return Cause::changed_quantity;
+    }
+
+    void order() {
+        std::map<Cause, std::size_t> first_of;
+        for (const Finding& finding : findings_) {
+            const auto [place, is_new] = first_of.emplace(finding.cause, finding.first_event());
+            if (!is_new) place->second = std::min(place->second, finding.first_event());
+        }
+        std::ranges::stable_sort(findings_, {}, [&](const Finding& finding) {
+            return std::tuple(first_of[finding.cause], finding.cause, finding.first_event());
+        });
+    }
+
+    const BillTimeline& course_;
+    std::vector<Effect> effects_;      // by event
+    std::vector<bool> is_taken_back_;  // by event
+    Differences rows_;                 // of all keys
+    Differences open_;                 // those that no finding has yet
+    std::vector<Finding> findings_;
+};
+
+}  // namespace
+
+Amounts Difference::surplus() const { return sum_of(stored) - sum_of(expected); }
+
+std::size_t Finding::first_event() const {
+    if (event) return *event;
+    std::size_t first = past_all_events;
+    for (const Difference& rows : differences) {
+        if (!rows.events.empty()) first = std::min(first, rows.events.front());
+    }
+    return first;
+}
+
+std::vector<Finding> compare(const std::vector<LedgerEntry>& stored, const Recomputation& expected,
+                             const BillTimeline& course) {
+    return Comparison(stored, expected, course).run();
+}
+
+LedgerKey look_of(const LedgerKey& key) { return with_changed_parts(trimmed(key), in_usual_width); }
+
+}  // namespace vantlo

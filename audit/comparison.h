@@ -1,0 +1,66 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "audit/recomputation.h"
+
+namespace vantlo {
+
+/// Why ledger and bills differ, as far as the rows tell.
+enum class Cause {
+    refused_bill,      ///< the component does not post the bill
+    not_posted,        ///< all that a stored bill moves is missing
+    posted_in_part,    ///< the first statements of a bill's posting are there, the rest is missing
+    posted_twice,      ///< all that a stored bill moves is there once more
+    not_taken_back,    ///< all that a bill moved is there still, though it was taken back
+    taken_back_twice,  ///< all that a bill moved is missing, though it was taken back
+    null_quantity,
+    duplicate_key,
+    blanks_in_key,  ///< the key's like without blanks around its parts is missing what this row has
+    width_of_key,   ///< the same of full-width and half-width characters
+    wrong_status,   ///< the same key under another status is missing what this row has
+    unbalanced,     ///< received less issued is not on hand
+    negative_stock,
+    missing_row,
+    extra_row,
+    changed_quantity,
+};
+
+/// All rows of one key, where ledger and bills differ in them.
+struct Difference {
+    LedgerKey key;
+    std::vector<LedgerEntry> stored;
+    std::vector<LedgerEntry> expected;
+    std::vector<std::size_t> events;  ///< those that touch the rows, in order
+
+    /// What the ledger has too much.
+    [[nodiscard]] Amounts surplus() const;
+};
+
+/// One thing that went wrong.
+struct Finding {
+    Cause cause;
+    std::vector<Difference> differences;
+    std::optional<std::size_t> event;  ///< the bill that explains it
+    std::size_t steps_there = 0;       ///< of a bill posted in part
+    std::size_t steps = 0;
+    std::string reason;  ///< of a refused bill
+
+    /// The first event that has to do with it; past all events if none has.
+    [[nodiscard]] std::size_t first_event() const;
+};
+
+/// Compares the ledger with what the bills make of it, row by row.
+///
+/// Rows are of one key if their keys are exactly equal. A row whose quantities are all 0 equals one that is missing: bills
+/// that were taken back leave it, and the component makes it again.
+/// Returns  the findings by cause; the cause that meets the earliest bill first, and within each likewise.
+std::vector<Finding> compare(const std::vector<LedgerEntry>& stored, const Recomputation& expected,
+                             const BillTimeline& course);
+
+/// A key as it looks: without blanks of any kind around its parts, in the usual width of each character.
+LedgerKey look_of(const LedgerKey& key);
+
+}  // namespace vantlo

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <array>
+#include <compare>
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include "ado/native/native_connection.h"
+
+namespace vantlo {
+
+/// The columns that tell ledger rows apart, and those that are counted.
+inline constexpr std::array<const char16_t*, 5> key_columns = {u"WID", u"GId", u"Model1", u"Model2", u"Status"};
+inline constexpr std::array<const char16_t*, 3> quantity_columns = {u"InQty", u"OutQty", u"CurrentQty"};
+inline constexpr std::array<const char16_t*, 3> detail_columns = {u"Class", u"Unit", u"Remarks"};
+inline constexpr std::size_t status_part = 4;
+
+/// A ledger row's key as it stands in the table, blanks and all; a part can be null.
+struct LedgerKey {
+    std::array<std::optional<Text>, key_columns.size()> parts;
+
+    friend auto operator<=>(const LedgerKey&, const LedgerKey&) = default;
+};
+
+/// Received, issued and on hand, in ten-thousandths: what a row has, or what is added to it.
+using Amounts = std::array<std::int64_t, quantity_columns.size()>;
+
+Amounts operator+(const Amounts& left, const Amounts& right);
+Amounts operator-(const Amounts& left, const Amounts& right);
+inline Amounts operator-(const Amounts& amounts) { return Amounts{} - amounts; }
+
+/// Whether received less issued is on hand.
+inline bool is_balanced(const Amounts& amounts) { return amounts[0] - amounts[1] == amounts[2]; }
+
+/// A row of the ledger as it is stored.
+struct LedgerEntry {
+    LedgerKey key;
+    std::array<std::optional<std::int64_t>, quantity_columns.size()> quantities;  ///< nothing for null and no number
+    std::array<Variant, detail_columns.size()> details;
+
+    /// The quantities, null counted as 0.
+    [[nodiscard]] Amounts amounts() const;
+    [[nodiscard]] bool has_null() const;
+};
+
+/// The row that a recordset of whole ledger rows stands on.
+LedgerEntry read_entry(Recordset& rows);
+
+/// The ledger, by key.
+std::vector<LedgerEntry> read_entries(NativeConnection& database);
+
+/// The key as a condition that finds exactly this row's like: nothing trimmed, null as `is null`.
+/// Example  `WID='W1' and GId='G1 ' and Model1='' and Model2 is null and Status=0`
+Text condition_of(const LedgerKey& key);
+
+/// A text as an SQL literal, as it stands: quotes doubled, blanks kept.
+Text exact_literal(TextView text);
+
+}  // namespace vantlo

@@ -1,0 +1,15 @@
+#include "audit/verification.h"
+
+namespace vantlo {
+
+Verification verify(NativeConnection& database, Language language) {
+    Verification verification;
+    verification.course = read_timeline(database);
+    verification.stored = read_entries(database);
+    verification.columns = read_columns(database);
+    verification.expected = recompute(database, verification.course, language);
+    verification.findings = compare(verification.stored, verification.expected, verification.course);
+    return verification;
+}
+
+}  // namespace vantlo

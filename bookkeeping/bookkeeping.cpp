@@ -1,0 +1,330 @@
+#include "bookkeeping/bookkeeping.h"
+
+#include <fmt/format.h>
+
+#include <random>
+
+#include "bookkeeping/bill_history.h"
+#include "bookkeeping/import_journal.h"
+#include "bookkeeping/interrupt.h"
+#include "component/inventory_class.h"
+#include "dataaccess/platform.h"
+#include "dataaccess/sql_literals.h"
+
+namespace vantlo {
+
+namespace {
+
+std::string shown_messages;
+
+void keep_message(const char16_t* text, const char16_t*, std::int32_t) noexcept {
+    try {
+        shown_messages += to_utf8(text) + "\n";
+    } catch (...) {
+        // Without memory for the message, the posting's result still tells of the failure.
+    }
+}
+
+/// `Id=` or the like, followed by the literal of a bill's identifier.
+Text where_id(const BillTable& table, const Text& id) {
+    return Text(u" where ") + table.id_column + u"=" + GetSqlVal(id);
+}
+
+/// Header fields that a call is fed, by what they are.
+const Variant& header_field(const Bill& bill, Feed feed) {
+    if (feed == Feed::header_receiver) return bill.header.value(u"Receiver");
+    if (feed == Feed::header_supplier) return bill.header.value(u"Supplier");
+    return bill.header.value(u"ReferFlag");
+}
+
+Argument argument_for(Feed feed, const Bill& bill, Line* line) {
+    switch (feed) {
+        case Feed::line: return *line;
+        case Feed::id: return bill.id;
+        case Feed::any_class: return Text();
+        case Feed::any_main_goods_flag: return std::int16_t{-1};
+        case Feed::magnitude: return VariantBool::exactly_true;
+        case Feed::signed_quantity: return VariantBool::exactly_false;
+        case Feed::header_status:
+        case Feed::header_receiver:
+        case Feed::header_supplier: break;
+    }
+    return header_field(bill, feed);
+}
+
+std::vector<Argument> arguments_for(const MemberCall& call, const Bill& bill, Line* line) {
+    std::vector<Argument> arguments;
+    for (const Feed feed : call.arguments) arguments.push_back(argument_for(feed, bill, line));
+    return arguments;
+}
+
+/// A bill as people name it.
+std::string name_of(const BillKind& kind, const Text& id) { return fmt::format("{} {}", kind.name, to_utf8(id)); }
+
+bool is_fed_lines(const MemberCall& call) { return call.arguments.front() == Feed::line; }
+
+}  // namespace
+
+void collect_messages() {
+    Platform hosted = platform();
+    hosted.show_message = keep_message;
+    set_platform(hosted);
+}
+
+std::string take_messages() { return std::exchange(shown_messages, {}); }
+
+/// The work of one transaction, on the connection that it is open on.
+class Bookkeeping::Session {
+public:
+    Session(NativeConnection& database, const ObservedConnection::Show& show, Language language, PostingWatch* watch)
+        : connection_(database, show, watch), language_(language), watch_(watch) {
+        // Every engine but Access reads the date literals of SQL Server.
+        component_.let_DATAType(database.dialect() == "access" ? u"[Microsoft Access]" : u"[Microsoft SQL Server]");
+        component_.set_ADOConn(&connection_);
+    }
+    Session(const Session&) = delete;
+    Session& operator=(const Session&) = delete;
+    ~Session() { component_.set_ADOConn(nullptr); }
+
+    void store(const Bill& bill);
+    Bill stored(const BillKind& kind, const Text& id);
+    /// `posted` is called after each call of a member, with the line's number or 0 for the whole bill.
+    void post(std::span<const MemberCall> calls, const Bill& bill,
+              const std::function<void(const MemberCall& call, std::int32_t item)>& posted = {});
+    void enter_into_journal(const Bill& bill, const MemberCall& call, std::int32_t item, const Text& content);
+    void erase_from_journal(const Bill& bill);
+    void replace(const MasterRow& row);
+    void insert(const char16_t* table, const Record& record);
+    void erase(const BillTable& table, const Text& id);
+    /// Enters what was done into the history: the last statement, so that bills on the same ledger rows stand in its order.
+    void record(TextView action, const Bill& bill, const Variant& content);
+
+private:
+    std::vector<Record> read_lines(const BillTable& table, const Text& id);
+
+    ObservedConnection connection_;
+    Language language_;
+    PostingWatch* watch_;
+    Inventory_Class component_;
+};
+
+Bookkeeping::Bookkeeping(Connect connect, std::shared_ptr<BookkeepingObserver> observer, Language language,
+                         std::optional<Guard> guard)
+    : saver_(std::move(connect)), observer_(std::move(observer)), language_(language), guard_(guard) {
+    std::random_device random;
+    for (int word = 0; word < 4; ++word) name_ += from_utf8(fmt::format("{:08x}", random()));
+}
+
+void Bookkeeping::save_master(std::span<const MasterRow> rows) {
+    in_transaction({{"master data", [&](Session& session) {
+                         for (const MasterRow& row : rows) session.replace(row);
+                     }}});
+}
+
+void Bookkeeping::save(const Bill& bill) {
+    in_transaction({{name_of(*bill.kind, bill.id), [&](Session& session) {
+                         session.store(bill);
+                         session.post(bill.kind->post, bill);
+                         session.record(history_action::save, bill, Null{});
+                     }}});
+}
+
+void Bookkeeping::import(std::span<const Bill* const> bills) {
+    std::vector<Step> steps;
+    for (const Bill* const bill : bills) {
+        steps.push_back({name_of(*bill->kind, bill->id), [bill](Session& session) {
+                             session.store(*bill);
+                             const Text content = content_digest(*bill);
+                             session.post(bill->kind->post, *bill, [&](const MemberCall& call, std::int32_t item) {
+                                 session.enter_into_journal(*bill, call, item, content);
+                             });
+                             session.record(history_action::save, *bill, Null{});
+                         }});
+    }
+    in_transaction(steps);
+}
+
+Bill Bookkeeping::remove(const BillKind& kind, const Text& id) {
+    Bill bill;
+    in_transaction({{name_of(kind, id), [&](Session& session) {
+                         bill = session.stored(kind, id);
+                         session.post(kind.take_back, bill);
+                         session.erase_from_journal(bill);
+                         session.erase(*kind.lines, id);
+                         session.erase(*kind.header, id);
+                         session.record(history_action::take_back, bill, bill_content(bill));
+                     }}});
+    return bill;
+}
+
+void Bookkeeping::in_transaction(const std::vector<Step>& steps) {
+    struct Outcome {
+        std::string what;
+        std::vector<std::string> warnings;
+        std::vector<LedgerChange> changes;
+    };
+    std::vector<Outcome> outcomes;
+    ObservedConnection::Show show;
+    if (observer_ != nullptr) show = [this](TextView statement) { observer_->sends(statement); };
+    const auto take = [&](NativeConnection& database, const Step& step) {
+        Outcome& outcome = outcomes.emplace_back();
+        outcome.what = step.what;
+        if (observer_ != nullptr) observer_->begins(step.what);
+        std::optional<PostingWatch> watch;
+        if (guard_) watch.emplace(database, *guard_, language_, findings_);
+        Session session(database, show, language_, watch ? &*watch : nullptr);
+        step.work(session);
+        if (watch) outcome.changes = watch->changes();
+        if (watch) watch->look_at_stock(outcome.changes);
+        outcome.warnings = std::exchange(findings_.warnings, {});
+    };
+    const auto work = [&](NativeConnection& database) {
+        take_messages();  // those of an attempt that failed
+        outcomes.clear();
+        findings_.begin();
+        for (const Step& step : steps) take(database, step);
+        return std::int32_t{0};
+    };
+    const auto tell_warnings = [&] {
+        if (observer_ == nullptr) return;
+        for (const Outcome& outcome : outcomes) {
+            for (const std::string& warning : outcome.warnings) observer_->warns(outcome.what, warning);
+        }
+    };
+    /// Where it failed: the last step that was begun, or the first if none was.
+    const auto failed = [&](const std::exception& failure) {
+        if (!outcomes.empty()) outcomes.back().warnings = std::exchange(findings_.warnings, {});
+        tell_warnings();
+        return fmt::format("{}: {}", outcomes.empty() ? steps.front().what : outcomes.back().what, failure.what());
+    };
+    try {
+        saver_.save(next_marker(), work);
+    } catch (const Interrupted&) {
+        throw;
+    } catch (const Refused& refusal) {
+        throw Refused(failed(refusal));
+    } catch (const std::exception& failure) {
+        throw PostingFailed(failed(failure));
+    }
+    findings_.commit();
+    tell_warnings();
+    for (const Outcome& outcome : outcomes) {
+        if (observer_ != nullptr) observer_->ends(outcome.changes);
+    }
+}
+
+Text Bookkeeping::next_marker() { return name_ + from_utf8(fmt::format("-{}", ++savings_)); }
+
+void Bookkeeping::Session::store(const Bill& bill) {
+    const BillTable& header = *bill.kind->header;
+    Record row;
+    row.set(header.id_column, bill.id);
+    row.set(u"Kind", from_utf8(bill.kind->name));
+    for (const Record::Field& field : bill.header.fields()) row.set(field.column, field.value);
+    insert(header.name, row);
+    std::int32_t number = 0;
+    for (const Record& line : bill.lines) {
+        Record item;
+        item.set(bill.kind->lines->id_column, bill.id);
+        item.set(u"ItemNo", ++number);
+        for (const Record::Field& field : line.fields()) item.set(field.column, field.value);
+        insert(bill.kind->lines->name, item);
+    }
+}
+
+Bill Bookkeeping::Session::stored(const BillKind& kind, const Text& id) {
+    const RecordsetVariable header =
+        connection_.execute(Text(u"select * from ") + kind.header->name + where_id(*kind.header, id));
+    if (header->eof() || to_text(header->field(u"Kind")) != from_utf8(kind.name)) {
+        throw PostingFailed("there is no such bill");
+    }
+    return {&kind, id, read_row(*header, kind.header->columns), read_lines(*kind.lines, id)};
+}
+
+void Bookkeeping::Session::post(std::span<const MemberCall> calls, const Bill& bill,
+                                const std::function<void(const MemberCall& call, std::int32_t item)>& posted) {
+    if (watch_ != nullptr) watch_->look_at(bill);
+    for (const MemberCall& call : calls) {
+        const Member& member = *find_method(call.member);
+        const auto post_one = [&](Line* line, std::int32_t item) {
+            const std::int32_t result = component_.call(member, arguments_for(call, bill, line));
+            if (result == 0) {
+                if (posted) posted(call, item);
+                return;
+            }
+            // The statement that was not sent is the one which failed then.
+            stop_if_interrupted();
+            if (watch_ != nullptr) watch_->raise_refusal();
+            throw PostingFailed(fmt::format("{} returned {} ({})\n{}{}", to_utf8(call.member), result,
+                                            to_utf8(standard_text(result, language_)), take_messages(),
+                                            connection_.account()));
+        };
+        if (!is_fed_lines(call)) post_one(nullptr, 0);
+        std::int32_t item = 0;
+        for (const Record& record : bill.lines) {
+            if (!is_fed_lines(call)) break;
+            RecordLine line(record, bill.kind->warehouse_column);
+            post_one(&line, ++item);
+        }
+    }
+}
+
+void Bookkeeping::Session::enter_into_journal(const Bill& bill, const MemberCall& call, std::int32_t item,
+                                              const Text& content) {
+    Record entry;
+    entry.set(u"Kind", from_utf8(bill.kind->name));
+    entry.set(u"BillId", bill.id);
+    entry.set(u"Member", Text(call.member));
+    entry.set(u"ItemNo", item);
+    entry.set(u"Content", content);
+    insert(u"PostingJournal", entry);
+}
+
+void Bookkeeping::Session::erase_from_journal(const Bill& bill) {
+    connection_.execute(u"delete from PostingJournal where BillId=" + GetSqlVal(bill.id) + u" and Kind=" +
+                        GetSqlVal(from_utf8(bill.kind->name)));
+}
+
+void Bookkeeping::Session::replace(const MasterRow& row) {
+    Text key;
+    for (const BillColumn& column : row.table->columns.first(row.table->keys)) {
+        key += key.empty() ? u" where " : u" and ";
+        key += Text(column.column) + u"=" + GetSqlVal(row.values.value(column.column));
+    }
+    connection_.execute(Text(u"delete from ") + row.table->name + key);
+    insert(row.table->name, row.values);
+}
+
+void Bookkeeping::Session::insert(const char16_t* table, const Record& record) {
+    Text columns;
+    Text values;
+    for (const Record::Field& field : record.fields()) {
+        if (!columns.empty()) columns += u",", values += u",";
+        columns += field.column;
+        values += GetSqlVal(field.value);
+    }
+    connection_.execute(Text(u"insert into ") + table + u"(" + columns + u") values(" + values + u")");
+}
+
+std::vector<Record> Bookkeeping::Session::read_lines(const BillTable& table, const Text& id) {
+    const RecordsetVariable rows =
+        connection_.execute(Text(u"select * from ") + table.name + where_id(table, id) + u" order by ItemNo");
+    std::vector<Record> lines;
+    for (; !rows->eof(); rows->move_next()) lines.push_back(read_row(*rows, table.columns));
+    return lines;
+}
+
+void Bookkeeping::Session::erase(const BillTable& table, const Text& id) {
+    connection_.execute(Text(u"delete from ") + table.name + where_id(table, id));
+}
+
+void Bookkeeping::Session::record(TextView action, const Bill& bill, const Variant& content) {
+    Record entry;
+    entry.set(u"Kind", from_utf8(bill.kind->name));
+    entry.set(u"BillId", bill.id);
+    entry.set(u"Action", Text(action));
+    entry.set(u"Content", content);
+    insert(u"BillHistory", entry);
+}
+
+}  // namespace vantlo

@@ -1,0 +1,98 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+
+#include "automation/error_text.h"
+#include "bills/bill.h"
+#include "bills/master_tables.h"
+#include "bookkeeping/observed_connection.h"
+#include "bookkeeping/posting_watch.h"
+#include "bookkeeping/transaction_retry.h"
+
+namespace vantlo {
+
+/// A bill that could not be saved or taken back; nothing of it was left behind.
+class PostingFailed : public std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+/// What a host sees of its bookkeeping, call by call; every call does nothing unless it is told to.
+class BookkeepingObserver {
+public:
+    BookkeepingObserver() = default;
+    BookkeepingObserver(const BookkeepingObserver&) = delete;
+    BookkeepingObserver& operator=(const BookkeepingObserver&) = delete;
+    virtual ~BookkeepingObserver() = default;
+
+    /// An attempt to save or take back begins.
+    virtual void begins(const std::string& /*bill*/) {}
+    /// A statement is sent.
+    virtual void sends(TextView /*statement*/) {}
+    /// Something is dubious; told once the bill is in the database, or has failed.
+    virtual void warns(const std::string& /*bill*/, const std::string& /*what*/) {}
+    /// The bill is in the database, and has moved these rows.
+    virtual void ends(const std::vector<LedgerChange>& /*changes*/) {}
+};
+
+/// Keeps bills and the ledger of one database together: every bill is stored and posted, or taken back and deleted, in
+/// one transaction, through the component, and again after a conflict or a lost connection (TransactionRetry).
+///
+/// Errors   besides those below, every call raises Interrupted if the user asks to stop meanwhile; its transaction is then
+///          rolled back.
+class Bookkeeping {
+public:
+    /// The observer may be null. `language` is that of the error texts in PostingFailed, the component's own messages are
+    /// Chinese. Without a guard nothing is refused, no warning given and no change of a row told.
+    /// Errors   Failure, if no connection can be opened.
+    explicit Bookkeeping(Connect connect, std::shared_ptr<BookkeepingObserver> observer = {},
+                         Language language = Language::chinese, std::optional<Guard> guard = {});
+
+    /// Stores master rows in one transaction; a row that is there already is replaced.
+    void save_master(std::span<const MasterRow> rows);
+
+    /// Stores a bill and posts it. Errors: PostingFailed with the user's messages and the database's words;
+    /// Refused by the guard.
+    void save(const Bill& bill);
+
+    /// Stores bills and posts them in one transaction, with a row of PostingJournal for each posting.
+    /// Errors   PostingFailed or Refused, which name the bill; none of them is saved then.
+    void import(std::span<const Bill* const> bills);
+
+    /// Takes a stored bill back and deletes it. Returns the bill. Errors: PostingFailed, also if there is no such bill;
+    /// Refused by the guard.
+    Bill remove(const BillKind& kind, const Text& id);
+
+    /// How many attempts after the first all calls together have made.
+    [[nodiscard]] long retries() const { return saver_.retries(); }
+
+private:
+    class Session;
+
+    /// What a transaction does to one bill, or to master data.
+    struct Step {
+        std::string what;  ///< as people name it
+        std::function<void(Session&)> work;
+    };
+
+    void in_transaction(const std::vector<Step>& steps);
+    [[nodiscard]] Text next_marker();
+
+    TransactionRetry saver_;
+    std::shared_ptr<BookkeepingObserver> observer_;
+    Language language_;
+    std::optional<Guard> guard_;
+    Findings findings_;
+    Text name_;  ///< no other Bookkeeping has it, in any process
+    long savings_ = 0;
+};
+
+/// Shows the messages of the component to the host: the platform's presenter, which keeps them until they are taken.
+void collect_messages();
+
+/// The messages shown since the last call, each on a line of its own.
+std::string take_messages();
+
+}  // namespace vantlo

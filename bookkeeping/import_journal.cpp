@@ -1,0 +1,81 @@
+#include "bookkeeping/import_journal.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <map>
+#include <span>
+#include <unordered_map>
+#include <unordered_set>
+
+#include "bookkeeping/bill_history.h"
+#include "dataaccess/sql_literals.h"
+
+namespace vantlo {
+
+namespace {
+
+/// Contents of bills by key_of.
+using Contents = std::unordered_map<Text, Text>;
+
+Text key_of(TextView kind, TextView id) { return Text(kind) + u"\n" + Text(id); }
+
+/// The bills of one table that are among `ids`, a list of literals.
+std::unordered_set<Text> stored_bills(NativeConnection& database, const BillTable& table, const Text& ids) {
+    std::unordered_set<Text> found;
+    const Text id = table.id_column;
+    const Text look_up = u"select " + id + u" from " + table.name + u" where " + id + u" in (" + ids + u")";
+    for (const auto& row : database.run(look_up).rows) found.insert(to_text(row[0]));
+    return found;
+}
+
+/// The contents of the bills in the journal that have one of the ids.
+Contents posted_contents(NativeConnection& database, const Text& ids) {
+    Contents found;
+    // Line 1 stands for all lines of a bill, which were entered in one transaction.
+    const Text look_up = u"select Kind,BillId,Content from PostingJournal where BillId in (" + ids + u") and ItemNo<=1";
+    for (const auto& row : database.run(look_up).rows) {
+        found.emplace(key_of(to_text(row[0]), to_text(row[1])), to_text(row[2]));
+    }
+    return found;
+}
+
+BillState state_of(const Bill& bill, const std::unordered_set<Text>& stored, const Contents& contents) {
+    const Text id(trim_blanks(bill.id));
+    const auto content = contents.find(key_of(from_utf8(bill.kind->name), id));
+    if (!stored.contains(id)) return content == contents.end() ? BillState::absent : BillState::lost;
+    if (content == contents.end()) return BillState::stored_otherwise;
+    return content->second == content_digest(bill) ? BillState::imported : BillState::imported_otherwise;
+}
+
+}  // namespace
+
+Text content_digest(const Bill& bill) {
+    std::uint64_t digest = 0xCBF29CE484222325;  // FNV-1a: these are its offset and prime
+    for (const char16_t unit : bill_content(bill)) digest = (digest ^ unit) * 0x100000001B3;
+    return from_utf8(fmt::format("{:016x}", digest));
+}
+
+std::vector<BillState> states_of(NativeConnection& database, const std::vector<Bill>& bills) {
+    constexpr std::size_t bills_a_statement = 200;
+    std::vector<BillState> states(bills.size(), BillState::absent);
+    std::map<const BillTable*, std::vector<std::size_t>> by_table;
+    for (std::size_t index = 0; index < bills.size(); ++index) by_table[bills[index].kind->header].push_back(index);
+    for (const auto& [table, indexes] : by_table) {
+        for (std::span<const std::size_t> left = indexes; !left.empty();) {
+            const auto chunk = left.first(std::min(left.size(), bills_a_statement));
+            left = left.subspan(chunk.size());
+            Text ids;
+            for (const std::size_t index : chunk) {
+                if (!ids.empty()) ids += u',';
+                ids += GetSqlVal(bills[index].id);
+            }
+            const std::unordered_set<Text> stored = stored_bills(database, *table, ids);
+            const Contents contents = posted_contents(database, ids);
+            for (const std::size_t index : chunk) states[index] = state_of(bills[index], stored, contents);
+        }
+    }
+    return states;
+}
+
+}  // namespace vantlo

@@ -1,0 +1,164 @@
+#include "bookkeeping/posting_watch.h"
+
+#include <algorithm>
+
+#include "automation/message.h"
+
+namespace vantlo {
+
+namespace words {
+
+// clang-format off
+constexpr Message null_quantity  = {"第 {} 行没有数量", "line {} has no quantity"};
+constexpr Message null_header    = {"表头没有数量", "the header has no quantity"};
+constexpr Message unknown_unit   = {"商品 {} 没有单位“{}”，按 1 个基本单位计", "goods {} have no unit \"{}\": it counts as one base unit"};
+constexpr Message negative_stock = {"{} 的结存将变为 {}", "{} goes to {} on hand"};
+constexpr Message comment_in_statement = {
+    "数量为负：两个减号之后的部分连同 WHERE 子句都会被当作注释，每一行台账都会改变（--force 仍然执行）：{}",
+    "the quantity is negative, so that everything behind the two minus signs would be a comment, the WHERE clause too, and every row of the ledger would change (--force sends it all the same): {}"};
+// clang-format on
+
+}  // namespace words
+
+namespace {
+
+struct Literal {
+    TextView text;  ///< in its quotes
+    Text value;
+};
+
+/// Takes a literal in quotes off the front of a text; nothing if there is none.
+std::optional<Literal> take_literal(TextView& text) {
+    if (!text.starts_with(u'\'')) return std::nullopt;
+    Text value;
+    for (std::size_t i = 1; i < text.size(); ++i) {
+        const bool is_quote = text[i] == u'\'';
+        if (is_quote && text.substr(i + 1, 1) != u"'") {
+            const TextView taken = text.substr(0, i + 1);
+            text.remove_prefix(taken.size());
+            return Literal{taken, value};
+        }
+        value += text[i];
+        if (is_quote) ++i;
+    }
+    return std::nullopt;
+}
+
+/// The condition of a look-up in the ledger; empty for every other statement.
+TextView ledger_condition(TextView statement) {
+    constexpr TextView head = u"where WID=";
+    const std::size_t at = statement.find(head);
+    if (at == TextView::npos || !equal_ignoring_case(statement.substr(0, 6), u"select")) return {};
+    const TextView from = trim_blanks(statement.substr(0, at));
+    return from.ends_with(u"from Inventory") ? statement.substr(at) : TextView();
+}
+
+std::vector<LedgerRow> ledger_rows(ResultTable result) {
+    const RecordsetVariable rows = make_client_recordset(std::move(result));
+    std::vector<LedgerRow> ledger;
+    for (; !rows->eof(); rows->move_next()) ledger.push_back(ledger_row(*rows));
+    return ledger;
+}
+
+bool goes_negative(const LedgerChange& change) {
+    if (!change.after || change.after->on_hand >= Currency()) return false;
+    return !change.before || change.after->on_hand < change.before->on_hand;
+}
+
+}  // namespace
+
+bool has_comment(TextView statement) {
+    bool in_literal = false;
+    for (std::size_t i = 0; i < statement.size(); ++i) {
+        if (statement[i] == u'\'') in_literal = !in_literal;
+        if (!in_literal && statement.substr(i, 2) == u"--") return true;
+    }
+    return false;
+}
+
+void PostingWatch::look_at(const Bill& bill) {
+    const auto has_null = [](const Record& record, std::span<const BillColumn> columns) {
+        return std::ranges::any_of(columns, [&](const BillColumn& column) {
+            return column.field == "quantity" && record.value(column.column).is<Null>();
+        });
+    };
+    const BillKind& kind = *bill.kind;
+    if (has_null(bill.header, kind.header->columns)) findings_.warnings.emplace_back(words::null_header.in(language_));
+    for (std::size_t i = 0; i < bill.lines.size(); ++i) {
+        if (!has_null(bill.lines[i], kind.lines->columns)) continue;
+        findings_.warnings.push_back(say(language_, words::null_quantity, i + 1));
+    }
+}
+
+void PostingWatch::before(TextView statement) {
+    // MariaDB reads a comment only where a blank follows, and Access has none.
+    if (dialect_ == "mariadb" || dialect_ == "access" || !has_comment(statement)) return;
+    const std::string what = say(language_, words::comment_in_statement, to_utf8(statement));
+    if (guard_.lets_comments_pass) {
+        findings_.warnings.push_back(what);
+        return;
+    }
+    refusal_ = what;
+    raise_refusal();
+}
+
+void PostingWatch::raise_refusal() const {
+    if (!refusal_.empty()) throw Refused(refusal_);
+}
+
+void PostingWatch::after(TextView statement, const ResultTable& result) {
+    note_unit_look_up(statement, result);
+    note_ledger_look_up(statement, result);
+}
+
+void PostingWatch::note_unit_look_up(TextView statement, const ResultTable& result) {
+    constexpr TextView head = u"select id,Unit,UnitConverter from GoodsUnit where id=";
+    constexpr TextView middle = u" and Unit=";
+    if (!result.rows.empty() || !statement.starts_with(head) || !findings_.is_new(Text(statement))) return;
+    TextView rest = statement.substr(head.size());
+    const std::optional<Literal> goods = take_literal(rest);
+    if (!goods || !rest.starts_with(middle)) return;
+    rest.remove_prefix(middle.size());
+    const std::optional<Literal> unit = take_literal(rest);
+    if (!unit || unit->value.empty()) return;
+    const Text base_unit = u"select ID from Goods where ID=" + Text(goods->text) + u" and Unit=" + Text(unit->text);
+    if (!database_.run(base_unit).rows.empty()) return;
+    findings_.warnings.push_back(say(language_, words::unknown_unit, to_utf8(goods->value), to_utf8(unit->value)));
+}
+
+void PostingWatch::note_ledger_look_up(TextView statement, const ResultTable& result) {
+    const Text condition(ledger_condition(statement));
+    if (condition.empty() || !conditions_.insert(condition).second) return;
+    const bool has_rows = statement.starts_with(u"select *");  // others only count them
+    look_ups_.push_back({condition, has_rows ? ledger_rows(result) : rows_of(condition)});
+}
+
+std::vector<LedgerRow> PostingWatch::rows_of(const Text& condition) const {
+    return ledger_rows(database_.run(u"select * from Inventory " + condition));
+}
+
+std::vector<LedgerChange> PostingWatch::changes() const {
+    std::vector<LedgerChange> changes;
+    for (const LookUp& look_up : look_ups_) {
+        const std::vector<LedgerRow> rows = rows_of(look_up.condition);
+        const auto at = [](const std::vector<LedgerRow>& list, std::size_t i) {
+            return i < list.size() ? std::optional(list[i]) : std::nullopt;
+        };
+        for (std::size_t i = 0; i < std::max(rows.size(), look_up.rows.size()); ++i) {
+            changes.push_back({at(look_up.rows, i), at(rows, i)});
+        }
+    }
+    return changes;
+}
+
+void PostingWatch::look_at_stock(const std::vector<LedgerChange>& changes) {
+    for (const LedgerChange& change : changes) {
+        if (!goes_negative(change)) continue;
+        const std::string key = key_text(*change.after, language_);
+        const std::string what = say(language_, words::negative_stock, key, quantity_text(change.after->on_hand));
+        if (guard_.refuses_negative) throw Refused(what);
+        if (findings_.is_new(from_utf8(key))) findings_.warnings.push_back(what);
+    }
+}
+
+}  // namespace vantlo

@@ -1,0 +1,103 @@
+#pragma once
+
+#include <optional>
+#include <set>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "ado/native/native_connection.h"
+#include "automation/error_text.h"
+#include "bills/bill.h"
+#include "bills/ledger_row.h"
+
+namespace vantlo {
+
+/// A posting that the host does not let through; nothing of its bill was left behind.
+class Refused : public std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+/// What the host refuses of that which the component by design does not check.
+struct Guard {
+    bool lets_comments_pass = false;  ///< `--force`
+    bool refuses_negative = false;    ///< `--fail-on-negative`
+};
+
+/// A ledger row that a bill looked up: as it was before, and as it is after. A side is empty where there is no row.
+struct LedgerChange {
+    std::optional<LedgerRow> before;
+    std::optional<LedgerRow> after;
+};
+
+/// What watches have found in one bill after another. A unit without a factor and a ledger row below zero are noted once.
+class Findings {
+public:
+    std::vector<std::string> warnings;  ///< of the bill at hand
+
+    /// Whether this has not been noted yet; now it is.
+    bool is_new(Text what) { return !noted_.contains(what) && noted_now_.insert(std::move(what)).second; }
+
+    /// A transaction begins, perhaps once more: what was found in an attempt that failed is found again.
+    void begin() {
+        warnings.clear();
+        noted_now_.clear();
+    }
+    void commit() { noted_.merge(noted_now_); }
+
+private:
+    std::set<Text> noted_;
+    std::set<Text> noted_now_;
+};
+
+/// Looks over the component's shoulder while it posts one bill, and knows what it touches and what it overlooks.
+///
+/// It sees the statements themselves, so that it judges what the engine is about to run, whichever member wrote it. What it
+/// asks the database itself is seen by nobody: one look-up for each touched row, and one for each unit without a factor.
+class PostingWatch {
+public:
+    PostingWatch(NativeConnection& database, const Guard& guard, Language language, Findings& findings)
+        : database_(database), guard_(guard), language_(language), findings_(findings), dialect_(database.dialect()) {}
+
+    /// Warns of lines without a quantity.
+    void look_at(const Bill& bill);
+
+    /// Errors   Refused for a statement whose end, WHERE clause included, the engine would take for a comment.
+    void before(TextView statement);
+
+    void after(TextView statement, const ResultTable& result);
+
+    /// What raised Refused inside the component, which turns it into an error number.
+    void raise_refusal() const;
+
+    /// Warns of stock that the bill takes below zero, or further below, once for each ledger row.
+    /// Errors   Refused, if that is to be refused.
+    void look_at_stock(const std::vector<LedgerChange>& changes);
+
+    /// Every row that was looked up, in the order of the first look-up, as it is now.
+    [[nodiscard]] std::vector<LedgerChange> changes() const;
+
+private:
+    struct LookUp {
+        Text condition;
+        std::vector<LedgerRow> rows;
+    };
+
+    void note_unit_look_up(TextView statement, const ResultTable& result);
+    void note_ledger_look_up(TextView statement, const ResultTable& result);
+    [[nodiscard]] std::vector<LedgerRow> rows_of(const Text& condition) const;
+
+    NativeConnection& database_;
+    Guard guard_;
+    Language language_;
+    Findings& findings_;
+    std::string dialect_;
+    std::vector<LookUp> look_ups_;
+    std::set<Text> conditions_;
+    std::string refusal_;
+};
+
+/// Whether the statement has two minus signs outside its literals, from which on many engines read a comment.
+bool has_comment(TextView statement);
+
+}  // namespace vantlo

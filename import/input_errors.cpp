@@ -1,0 +1,32 @@
+#include "import/input_errors.h"
+
+#include <fmt/format.h>
+
+#include "import/shop_file.h"
+
+namespace vantlo {
+
+namespace words {
+
+// clang-format off
+constexpr Message more_errors    = {"……另有 {} 处错误", "... and {} more errors"};
+// clang-format on
+
+}  // namespace words
+
+std::string InputErrors::where(const SourceText& source, std::size_t offset) {
+    const Place place = source.place(offset);
+    return fmt::format("{}:{}:{}: ", source.file(), place.line, place.column);
+}
+
+std::string InputErrors::text() const {
+    std::string text = fmt::format("{}", fmt::join(errors_, "\n"));
+    if (count_ > errors_.size()) text += "\n" + say(language_, words::more_errors, count_ - errors_.size());
+    return text;
+}
+
+void InputErrors::raise() const {
+    if (!empty()) throw BadInput(text());
+}
+
+}  // namespace vantlo

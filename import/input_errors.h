@@ -1,0 +1,50 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "automation/message.h"
+#include "import/source_text.h"
+
+namespace vantlo {
+
+/// What is wrong with the input, all of it: the first hundred in words of one language, the rest counted.
+class InputErrors {
+public:
+    static constexpr std::size_t kept = 100;
+
+    explicit InputErrors(Language language) : language_(language) {}
+
+    [[nodiscard]] Language language() const { return language_; }
+
+    /// Something is wrong with what stands at `offset`.
+    template <typename... Values>
+    void add(const SourceText& source, std::size_t offset, const Message& reason, const Values&... values) {
+        ++count_;
+        if (errors_.size() < kept) errors_.push_back(where(source, offset) + say(language_, reason, values...));
+    }
+
+    /// Something is wrong that stands nowhere in a text; `place` is the file's name, or begins with it.
+    template <typename... Values>
+    void add(const std::string& place, const Message& reason, const Values&... values) {
+        ++count_;
+        if (errors_.size() < kept) errors_.push_back(place + ": " + say(language_, reason, values...));
+    }
+
+    [[nodiscard]] bool empty() const { return count_ == 0; }
+
+    /// Shape    a line each, `FILE:LINE:COLUMN: REASON`; then how many more there are, if there are.
+    [[nodiscard]] std::string text() const;
+
+    /// Errors   BadInput with the text, if anything is wrong.
+    void raise() const;
+
+private:
+    static std::string where(const SourceText& source, std::size_t offset);
+
+    Language language_;
+    std::vector<std::string> errors_;
+    std::size_t count_ = 0;
+};
+
+}  // namespace vantlo

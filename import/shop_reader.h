@@ -1,0 +1,84 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "import/column_limits.h"
+#include "import/input_errors.h"
+#include "import/input_value.h"
+#include "import/shop_file.h"
+
+namespace vantlo {
+
+/// What is not told by a file itself.
+struct FileOptions {
+    Encoding encoding = Encoding::utf8;
+    std::string table;  ///< of CSV files with master data; if empty, the file is named after it: `goods.csv`
+};
+
+/// Reads files of master data and bills, and checks all that can be known without the database.
+///
+/// Shape    JSON: {"warehouses": [...], "goods": [...], "units": [...], "bills": [{"kind", "id", ..., "lines": [...]}]},
+///          every part optional. JSON Lines: a bill a line, or {"table": "goods", ...}. CSV: a row a line of a bill,
+///          whose own fields are in columns `bill.kind`, `bill.id`, ...; or a row of one master table.
+///          Fields are those of the bill's kind; texts left out are empty, numbers 0, dates null.
+class ShopReader {
+public:
+    /// What is wrong is told in this language.
+    explicit ShopReader(Language language) : errors_(language) {}
+
+    /// Reads one more file. Errors: whatever is wrong is added to errors().
+    void read(const std::string& path, const FileOptions& options = {});
+
+    [[nodiscard]] InputErrors& errors() { return errors_; }
+
+    /// What the files hold; of use only without errors.
+    [[nodiscard]] ShopFile& shop() { return shop_; }
+
+    /// Where something stands.
+    struct Origin {
+        const SourceText* source;
+        std::size_t offset;
+    };
+
+    /// The bills' places, in the order of the bills.
+    [[nodiscard]] const std::vector<Origin>& bill_origins() const { return bill_origins_; }
+
+private:
+    void read_document();
+    void take_json_line(InputValue& document);
+    void take_row(const MasterTable& table, const InputValue& row);
+    void take_bill(const InputValue& object);
+
+    Record read_record(const InputValue& object, TextView table, std::span<const BillColumn> columns,
+                       std::initializer_list<std::string_view> others);
+    void check_needed(const InputValue& object, std::span<const BillColumn> columns);
+    void tell_missing(const InputValue& object, std::string_view field);
+    Variant read_value(const InputValue& value, const BillColumn& column, const ColumnLimits::Limit& limit);
+    Text read_text(const InputValue& value, std::string_view field, const ColumnLimits::Limit& limit);
+    Variant read_single(const InputValue& value, std::string_view field);
+    Variant read_whole_number(const InputValue& value, std::string_view field, const ColumnLimits::Limit& limit);
+    bool expect_object(const InputValue& value);
+    bool is_given(const InputValue& object, std::string_view field);
+    bool is_new(const std::string& key, const std::string& what, std::size_t offset);
+    [[nodiscard]] std::string shown(const InputValue& value) const;
+
+    /// Something is wrong with what stands at `offset` of the file that is being read.
+    template <typename... Values>
+    void tell(std::size_t offset, const Message& reason, const Values&... values) {
+        errors_.add(*source_, offset, reason, values...);
+    }
+
+    const ColumnLimits limits_;
+    InputErrors errors_;
+    ShopFile shop_;
+    std::vector<Origin> bill_origins_;
+    std::vector<std::unique_ptr<const SourceText>> sources_;
+    const SourceText* source_ = nullptr;            ///< the file that is being read
+    std::unordered_map<std::string, Origin> seen_;  ///< keys of rows and bills
+};
+
+}  // namespace vantlo

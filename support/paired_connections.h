@@ -1,0 +1,76 @@
+#pragma once
+
+#include <algorithm>
+#include <cmath>
+#include <string>
+#include <vector>
+
+#include "ado/sqlite/sqlite_connection.h"
+#include "support/failures.h"
+
+namespace vantlo::test {
+
+/// Columns of every affinity, kinds of keys and indexes, constraints, triggers that write and that fail, a view.
+inline constexpr const char* tables_of_many_kinds = R"(
+    create table A (i integer primary key, n int, m money, r real, t nvarchar(20), x, u nvarchar(20) unique,
+                    check (n < 1000000));
+    create table B (k nvarchar(9), n smallint not null, d date, f float, primary key (k, n)) without rowid;
+    create table Log (what nvarchar(40), n);
+    create index AN on A (n, t);
+    create index AT on A (t collate nocase);
+    create trigger Inserted after insert on B begin insert into Log values ('inserted ' || new.k, new.n); end;
+    create trigger Guarded before update on B when new.n = 13 begin select raise(abort, 'thirteen'); end;
+    create view V as select A.i, A.t, B.k, B.n from A, B where A.n = B.n;
+)";
+
+/// Two equal databases in memory, of which one connection lifts literals and the other sends every text as it stands.
+class PairedConnections {
+public:
+    /// What a statement came to on one of them.
+    struct Outcome {
+        Caught failure;
+        ResultTable result;
+        Remedy remedy = Remedy::none;
+    };
+
+    /// Runs a script on both.
+    void run_script(const std::string& script) {
+        lifting_->run_script(script);
+        plain_->run_script(script);
+    }
+
+    /// Runs a statement on both. Returns: whether result or failure, and what can be done about it, are the same.
+    bool run(TextView statement) {
+        lifted = outcome(*lifting_, statement);
+        plain = outcome(*plain_, statement);
+        return lifted.failure.number == plain.failure.number && lifted.failure.account == plain.failure.account &&
+               lifted.remedy == plain.remedy && lifted.result.yields_rows == plain.result.yields_rows &&
+               lifted.result.columns == plain.result.columns &&
+               std::ranges::equal(lifted.result.rows, plain.result.rows, [](const auto& left, const auto& right) {
+                   return std::ranges::equal(left, right, are_same);
+               });
+    }
+
+    /// The latest statement's, for messages.
+    Outcome lifted;
+    Outcome plain;
+
+private:
+    static Outcome outcome(SqliteConnection& connection, TextView statement) {
+        Outcome outcome;
+        outcome.failure = caught([&] { outcome.result = connection.run(statement); });
+        outcome.remedy = connection.remedy();
+        return outcome;
+    }
+
+    // Equality takes the two zeros for one.
+    static bool are_same(const Variant& left, const Variant& right) {
+        const auto* const number = left.get_if<double>();
+        return left == right && (number == nullptr || std::signbit(*number) == std::signbit(*right.get_if<double>()));
+    }
+
+    Owned<SqliteConnection> lifting_{new SqliteConnection(":memory:")};
+    Owned<SqliteConnection> plain_{new SqliteConnection(":memory:", {.lifts_literals = false})};
+};
+
+}  // namespace vantlo::test

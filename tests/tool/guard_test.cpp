@@ -1,0 +1,145 @@
+#include <doctest/doctest.h>
+
+#include "bookkeeping/posting_watch.h"
+#include "tests/support/shell.h"
+
+// What the component by design does not check, and what the host makes of it.
+
+namespace vantlo::test {
+namespace {
+
+TEST_CASE("has_comment finds two minus signs outside literals only") {
+    struct Row {
+        const char16_t* statement;
+        bool expected;
+    };
+    const Row rows[] = {
+        {u"update Inventory set CurrentQty = CurrentQty--3 where WID='W1'", true},
+        {u"update Inventory set CurrentQty = CurrentQty - -3 where WID='W1'", false},
+        {u"select * from Inventory where WID='a--b' and GId='x'", false},
+        {u"select * from Inventory where WID='a''--b' and GId='x'", false},
+        {u"select * from Inventory where WID='a''' -- and GId='x'", true},
+        {u"--", true},
+        {u"-", false},
+        {u"", false},
+    };
+    for (const Row& row : rows) CHECK_MESSAGE(has_comment(row.statement) == row.expected, to_utf8(row.statement));
+}
+
+std::string bill(const std::string& kind, const std::string& id, const std::string& fields, const std::string& line) {
+    return R"({"bills": [{"kind": ")" + kind + R"(", "id": ")" + id + R"(", "date": "2024-03-05", )" + fields +
+           R"("lines": [{)" + line + "}]}]}";
+}
+
+/// A shop with 10 of G1 in W1, and its shell.
+struct Shop {
+    Shop() {
+        shell.vantlo("init");
+        shell.file("start.json", bill("stock-in", "B1", "", R"("goods": "G1", "quantity": 10, "receiver": "W1")"));
+        REQUIRE(shell.vantlo("save start.json").exit_code == 0);
+        shell.file("other.json", bill("stock-in", "B2", "", R"("goods": "G2", "quantity": 7, "receiver": "W1")"));
+        REQUIRE(shell.vantlo("save other.json").exit_code == 0);
+    }
+
+    Shell shell;
+};
+
+TEST_CASE_FIXTURE(Shop, "A negative quantity whose statement would lose its WHERE clause is refused unless forced") {
+    const char* const kinds[] = {"assembly", "disassembly"};
+    for (const std::string kind : kinds) {
+        CAPTURE(kind);
+        const bool takes_components = kind == "assembly";
+        const std::string part = R"("goods": "G1", "warehouse": "W1", "quantity": )";
+        const std::string header =
+            R"("goods": ")" + std::string(takes_components ? "G9" : "G1") + R"(", "warehouse": "W1", "quantity": )";
+        const std::string negative =
+            takes_components ? bill(kind, "A1", header + "1, ", part + "-3")
+                             : bill(kind, "A1", header + "-3, ", R"("goods": "P1", "warehouse": "W1", "quantity": 1)");
+        shell.file("negative.json", negative);
+        const std::string before = shell.vantlo("ledger").output;
+        const Finished refused = shell.vantlo("save negative.json");
+        CHECK(refused.exit_code == 7);
+        CHECK_MESSAGE(refused.has("CurrentQty = CurrentQty--3 where"), refused.output);
+        CHECK(shell.vantlo("ledger").output == before);
+        CHECK(shell.vantlo("delete " + kind + " A1").exit_code == 1);
+
+        const Finished forced = shell.vantlo("save --force --dry-run negative.json");
+        CHECK(forced.exit_code == 0);
+        CHECK(forced.has("warning: " + kind + " A1: the quantity is negative"));
+    }
+}
+
+TEST_CASE_FIXTURE(Shop, "A forced negative quantity changes every row, as it was foretold") {
+    shell.file("negative.json", bill("assembly", "A1", R"("goods": "G9", "warehouse": "W1", "quantity": 1, )",
+                                     R"("goods": "G1", "warehouse": "W1", "quantity": -3)"));
+    CHECK(shell.vantlo("save --force negative.json").exit_code == 0);
+    const Finished ledger = shell.vantlo("ledger --goods G2");
+    CHECK_MESSAGE(ledger.has(" 7      -3        7\n"), ledger.output);  // OutQty of goods that no bill named
+}
+
+TEST_CASE_FIXTURE(Shop, "Stock that goes negative is warned of, and refused on request") {
+    shell.file("out.json", bill("stock-out", "B3", "", R"("goods": "G1", "quantity": 12, "supplier": "W1")"));
+    const std::string before = shell.vantlo("ledger").output;
+    const Finished refused = shell.vantlo("save --fail-on-negative out.json");
+    CHECK(refused.exit_code == 7);
+    CHECK(refused.has("stock-out B3: W1 G1, status 0 goes to -2 on hand"));
+    CHECK(shell.vantlo("ledger").output == before);
+
+    const Finished warned = shell.vantlo("save out.json");
+    CHECK(warned.exit_code == 0);
+    CHECK(warned.has("warning: stock-out B3: W1 G1, status 0 goes to -2 on hand"));
+
+    // A receipt that leaves the row below zero mends it; it is no reason to warn.
+    shell.file("in.json", bill("stock-in", "B4", "", R"("goods": "G1", "quantity": 1, "receiver": "W1")"));
+    const Finished mended = shell.vantlo("save --fail-on-negative in.json");
+    CHECK(mended.exit_code == 0);
+    CHECK(!mended.has("warning"));
+    // Once in a run for each ledger row, however often it goes further down.
+    const std::string out = R"({"goods": "G1", "quantity": 1, "supplier": "W1"})";
+    shell.file("more.json", R"({"bills": [{"kind": "stock-out", "id": "B5", "lines": [)" + out + "," + out +
+                                R"(]}, {"kind": "stock-out", "id": "B6", "lines": [)" + out +
+                                R"(, {"goods": "G3", "quantity": 99, "supplier": "W1"}]}]})");
+    const Finished once = shell.vantlo("save more.json");
+    CHECK(once.has("warning: stock-out B5: W1 G1, status 0 goes to -3 on hand"));
+    CHECK(!once.has("B6: W1 G1"));
+    CHECK(once.has("warning: stock-out B6: W1 G3, status 0 goes to "));
+    // Taking back what was received takes stock below zero too.
+    CHECK(shell.vantlo("delete --fail-on-negative stock-in B1").exit_code == 7);
+}
+
+TEST_CASE_FIXTURE(Shop, "An unknown unit is warned of once, a base unit and a unit with a factor never") {
+    shell.file("master.json",
+               R"({"goods": [{"id": "G1", "unit": "个"}], "units": [{"goods": "G1", "unit": "箱", "factor": 12}]})");
+    CHECK(shell.vantlo("save master.json").exit_code == 0);
+    const auto saved = [&](const std::string& id, const std::string& unit) {
+        const std::string line = R"({"goods": "G1", "quantity": 1, "receiver": "W1", "unit": ")" + unit + R"("})";
+        shell.file("unit.json", R"({"bills": [{"kind": "stock-in", "id": ")" + id +
+                                    R"(", "date": "2024-03-05", "lines": [)" + line + "," + line + "]}]}");
+        return shell.vantlo("save unit.json");
+    };
+    for (const std::string known : {"个", "箱", ""}) CHECK(!saved("K" + known, known).has("warning"));
+    const Finished unknown = saved("U1", "O'盒");
+    CHECK(unknown.exit_code == 0);
+    const std::string warning = "warning: stock-in U1: goods G1 have no unit \"O'盒\": it counts as one base unit\n";
+    CHECK_MESSAGE(unknown.has(warning), unknown.output);
+    CHECK(unknown.output.find(warning) == unknown.output.rfind(warning));
+}
+
+TEST_CASE_FIXTURE(Shop, "A line without a quantity is warned of") {
+    shell.file("null.json", bill("assembly", "A1", R"("goods": "G9", "warehouse": "W1", "quantity": null, )",
+                                 R"("goods": "G1", "warehouse": "W1", "quantity": null)"));
+    const Finished saved = shell.vantlo("save null.json");
+    CHECK_MESSAGE(saved.has("warning: assembly A1: the header has no quantity\n"), saved.output);
+    CHECK(saved.has("warning: assembly A1: line 1 has no quantity\n"));
+}
+
+TEST_CASE_FIXTURE(Shop, "What is saved before a refused bill is told") {
+    shell.file("out.json", bill("stock-out", "B3", "", R"("goods": "G1", "quantity": 12, "supplier": "W1")"));
+    shell.file("in.json", bill("stock-in", "B4", "", R"("goods": "G3", "quantity": 1, "receiver": "W1")"));
+    const Finished refused = shell.vantlo("save --fail-on-negative in.json out.json");
+    CHECK(refused.exit_code == 7);
+    CHECK(refused.has("Saved 1 bills with 1 lines."));
+}
+
+}  // namespace
+}  // namespace vantlo::test

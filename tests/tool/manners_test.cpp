@@ -1,0 +1,145 @@
+#include <doctest/doctest.h>
+
+#include <chrono>
+#include <thread>
+
+#include "ado/native/open_connection.h"
+#include "tests/support/shell.h"
+#include "tests/support/terminal.h"
+
+// How vantlo behaves towards its user: help, languages, streams, passwords, interrupts.
+
+namespace vantlo::test {
+namespace {
+
+std::string bill(const std::string& id, int lines) {
+    std::string text = R"({"kind": "stock-in", "id": ")" + id + R"(", "date": "2024-03-05", "lines": [)";
+    for (int i = 0; i < lines; ++i) {
+        if (i > 0) text += ",";
+        text += R"({"goods": "G)" + std::to_string(i) + R"(", "quantity": 1, "receiver": "W1"})";
+    }
+    return text + "]}";
+}
+
+TEST_CASE("vantlo explains every command with examples, in the user's language") {
+    const Shell shell;
+    const Finished main = shell.vantlo("--help");
+    CHECK(main.exit_code == 0);
+    CHECK(main.has("Exit codes: 0 done"));
+    for (const std::string command :
+         {"init", "save", "import", "delete", "ledger", "bill", "explain", "verify", "repair"}) {
+        CHECK_MESSAGE(main.has("\n  " + command + " "), command);
+        const Finished english = shell.vantlo(command + " --help");
+        CHECK(english.exit_code == 0);
+        CHECK_MESSAGE(english.has("Examples:\n  vantlo "), english.output);
+        CHECK_MESSAGE(shell.vantlo("--lang zh " + command + " --help").has("示例:\n  vantlo "), command);
+    }
+}
+
+TEST_CASE("vantlo speaks the language of the locale, unless it is told another") {
+    struct Row {
+        std::string environment;
+        std::string options;
+        std::string shown;
+    };
+    const Row rows[] = {
+        {"LC_ALL=zh_CN.UTF-8 LANG=C", "", "仓库"},
+        {"LC_ALL= LC_MESSAGES=zh_TW.UTF-8 LANG=en_GB.UTF-8", "", "仓库"},
+        {"LC_ALL= LC_MESSAGES= LANG=zh_CN.UTF-8", "", "仓库"},
+        {"LC_ALL=C LANG=zh_CN.UTF-8", "", "Warehouse"},
+        {"-u LC_ALL -u LC_MESSAGES -u LANG", "", "Warehouse"},
+        {"LC_ALL=de_DE.UTF-8", "", "Warehouse"},
+        {"LC_ALL=C.UTF-8", "--lang zh", "仓库"},
+        {"LC_ALL=zh_CN.UTF-8", "--lang=en", "Warehouse"},
+    };
+    const Shell shell;
+    shell.vantlo("init");
+    for (const Row& row : rows) {
+        const Finished shown = shell.run("env " + row.environment + " " + shell.program() + " ledger " + row.options);
+        CHECK_MESSAGE(shown.has(row.shown), row.environment, " ", row.options, ": ", shown.output);
+    }
+}
+
+TEST_CASE("vantlo writes data to stdout and everything else to stderr") {
+    const Shell shell;
+    CHECK(shell.vantlo("init 2>/dev/null").output.empty());
+    shell.file("bill.json", R"({"bills": [)" + bill("B1", 1) + "]}");
+    CHECK(shell.vantlo("--show-sql save bill.json 2>/dev/null").output.empty());
+    CHECK(shell.vantlo("save bill.json 2>/dev/null").output.empty());
+    CHECK(shell.vantlo("ledger 2>&1 >/dev/null").output.empty());
+    CHECK(shell.vantlo("delete stock-in B1 2>/dev/null").output.empty());
+    CHECK(shell.vantlo("frobnicate 2>/dev/null").output.empty());
+}
+
+TEST_CASE("vantlo tells its version and the engine's, and makes no database for it") {
+    const Shell shell;
+    const Finished version = shell.vantlo("--version");
+    CHECK(version.exit_code == 0);
+    CHECK(version.has("vantlo 3."));
+    CHECK(version.has("\nSQLite 3."));
+    CHECK(shell.vantlo("ledger").exit_code == 4);
+    CHECK(shell.vantlo("--db 'Driver=none;' --version").exit_code == 4);
+}
+
+TEST_CASE("vantlo takes the database from the environment") {
+    const Shell shell;
+    shell.vantlo("--db shop.db init");
+    CHECK(shell.run("VANTLO_DB=shop.db " + shell.program() + " ledger").exit_code == 0);
+    CHECK(shell.run("VANTLO_DB=none.db " + shell.program() + " ledger").exit_code == 4);
+    CHECK(shell.run("VANTLO_DB=none.db " + shell.program() + " --db shop.db ledger").exit_code == 0);
+}
+
+TEST_CASE("vantlo refuses passwords in arguments and never shows one") {
+    const Shell shell;
+    const Finished refused = shell.vantlo("--db 'Driver=none;UID=shop;PWD=geheim' ledger");
+    CHECK(refused.exit_code == 2);
+    CHECK(refused.has("VANTLO_PASSWORD"));
+    CHECK(!refused.has("geheim"));
+    const Finished from_environment = shell.run("VANTLO_DB='Driver=geheim;PWD=geheim' " + shell.program() + " ledger");
+    CHECK(from_environment.exit_code == 4);
+    CHECK(!from_environment.has("geheim"));
+    CHECK(from_environment.has("***"));
+    // The driver's name in the message is the password too: that it is masked shows that the string holds the password.
+    const Finished beside = shell.run("VANTLO_PASSWORD='a}b' " + shell.program() + " --db 'Driver={a}}b}' ledger");
+    CHECK(beside.exit_code == 4);
+    CHECK_MESSAGE(beside.has("***"), beside.output);
+}
+
+TEST_CASE("Ctrl-C rolls back the bill at hand, keeps those before it, and says so") {
+    const Shell shell;
+    shell.vantlo("init");
+    shell.file("bills.json", R"({"bills": [)" + bill("B1", 3) + "," + bill("B2", 500) + "," + bill("B3", 3) + "]}");
+    Terminal terminal(shell.in_folder("exec " + shell.program() + " --show-sql save bills.json"));
+    REQUIRE(terminal.wait_for("values('W1','G40','','',0,"));
+    terminal.type("\x03");
+    CHECK(terminal.finish() == 6);
+    const std::string said = "Interrupted: 1 bills with 3 lines were saved; stock-in B2 was rolled back";
+    CHECK_MESSAGE(terminal.shown().find(said) != std::string::npos, terminal.shown());
+    const Finished ledger = shell.vantlo("ledger");
+    CHECK(ledger.has("G2"));
+    CHECK(!ledger.has("G3 "));
+    CHECK(ledger.has("Total of 3 rows"));
+    CHECK(shell.vantlo("delete stock-in B2").exit_code == 1);
+    CHECK(shell.vantlo("delete stock-in B1").exit_code == 0);
+}
+
+TEST_CASE("A second Ctrl-C ends vantlo at once, whatever it waits for") {
+    const Shell shell;
+    shell.vantlo("init");
+    shell.file("bills.json", R"({"bills": [)" + bill("B1", 1) + "]}");
+    const auto other_writer = open_connection("sqlite:" + shell.path("vantlo.db"));
+    other_writer->begin();
+    const auto start = std::chrono::steady_clock::now();
+    Terminal terminal(shell.in_folder("exec " + shell.program() + " save bills.json"));
+    for (int i = 0; i < 2; ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(300));
+        terminal.type("\x03");
+    }
+    CHECK(terminal.finish() != 0);
+    CHECK(std::chrono::steady_clock::now() - start < std::chrono::seconds(4));  // it would wait longer for the lock
+    other_writer->roll_back();
+    CHECK(shell.vantlo("ledger").has("Total of 0 rows"));
+}
+
+}  // namespace
+}  // namespace vantlo::test

@@ -1,0 +1,249 @@
+#include <doctest/doctest.h>
+
+#include <algorithm>
+#include <array>
+#include <fstream>
+#include <iterator>
+#include <map>
+
+#include "ado/native/open_connection.h"
+#include "bills/bill_kinds.h"
+#include "bills/schema.h"
+#include "bookkeeping/bookkeeping.h"
+#include "component/member_table.h"
+#include "tests/support/shell.h"
+#include "tests/support/terminal.h"
+#include "tool/output/member_guide.h"
+
+// What vantlo shows: the ledger in every form, bills with what they move, the members explained.
+
+namespace vantlo::test {
+namespace {
+
+/// A shop with rows of two warehouses, classes and statuses, one with all that CSV and JSON have to quote.
+struct Shop {
+    Shop() {
+        shell.vantlo("init");
+        shell.file("shop.json", R"({
+            "warehouses": [{"id": "W1", "name": "主仓库"}],
+            "bills": [
+                {"kind": "stock-in", "id": "B1", "date": "2024-03-05", "lines": [
+                    {"goods": "G1", "quantity": 2.5, "receiver": "W1", "class": "A01", "unit": "台"},
+                    {"goods": "G,2", "model1": "6.1\" red", "quantity": 3, "receiver": "W2", "class": "B"}]},
+                {"kind": "stock-out", "id": "B2", "date": "2024-03-07", "status": 2, "lines": [
+                    {"goods": "G1", "quantity": 4, "supplier": "W1", "class": "A01"}]}]})");
+        REQUIRE(shell.vantlo("save shop.json").exit_code == 0);
+    }
+
+    std::string file(const std::string& name) const {
+        std::ifstream stream(shell.path(name));
+        return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+    }
+
+    Shell shell;
+};
+
+TEST_CASE_FIXTURE(Shop, "The ledger comes as JSON, JSON Lines and CSV") {
+    const std::string objects[] = {
+        R"({"warehouse": "W1", "warehouse_name": "主仓库", "goods": "G1", "goods_name": "", "model1": "", "model2": "", )"
+        R"("status": 0, "class": "A01", "unit": "台", "received": 2.5, "issued": 0, "on_hand": 2.5})",
+        R"({"warehouse": "W1", "warehouse_name": "主仓库", "goods": "G1", "goods_name": "", "model1": "", "model2": "", )"
+        R"("status": 2, "class": "A01", "unit": "", "received": 0, "issued": 4, "on_hand": -4})",
+        R"({"warehouse": "W2", "warehouse_name": "", "goods": "G,2", "goods_name": "", "model1": "6.1\" red", "model2": "", )"
+        R"("status": 0, "class": "B", "unit": "", "received": 3, "issued": 0, "on_hand": 3})",
+    };
+    CHECK(shell.vantlo("ledger --format jsonl").output == objects[0] + "\n" + objects[1] + "\n" + objects[2] + "\n");
+    CHECK(shell.vantlo("ledger --format json").output ==
+          "[\n  " + objects[0] + ",\n  " + objects[1] + ",\n  " + objects[2] + "\n]\n");
+    CHECK(shell.vantlo("ledger --format csv").output ==
+          "warehouse,warehouse_name,goods,goods_name,model1,model2,status,class,unit,received,issued,on_hand\r\n"
+          "W1,主仓库,G1,,,,0,A01,台,2.5,0,2.5\r\n"
+          "W1,主仓库,G1,,,,2,A01,,0,4,-4\r\n"
+          "W2,,\"G,2\",,\"6.1\"\" red\",,0,B,,3,0,3\r\n");
+    CHECK(shell.vantlo("ledger --format xml").exit_code == 2);
+    CHECK(shell.vantlo("ledger --warehouse W9 --format json").output == "[]\n");
+    CHECK(shell.vantlo("ledger --warehouse W9 --format jsonl").output.empty());
+}
+
+TEST_CASE_FIXTURE(Shop, "The ledger is filtered by warehouse, goods, class and status, and by all of them") {
+    struct Row {
+        std::string filter;
+        std::string rows;
+    };
+    const Row rows[] = {
+        {"", "3"},
+        {"--warehouse W1", "2"},
+        {"--goods 'G,2'", "1"},
+        {"--class A01", "2"},
+        {"--status 2", "1"},
+        {"--status 1", "0"},
+        {"--class A01 --status 0", "1"},
+        {"--warehouse W2 --goods G1", "0"},
+        {"--warehouse W1 --goods G1 --class A01 --status 2", "1"},
+    };
+    for (const Row& row : rows) {
+        const Finished shown = shell.vantlo("ledger " + row.filter);
+        CHECK_MESSAGE(shown.has("Total of " + row.rows + " rows"), row.filter);
+    }
+    CHECK(shell.vantlo("ledger --status new").exit_code == 2);
+}
+
+TEST_CASE_FIXTURE(Shop, "The table is coloured on a terminal, unless NO_COLOR is set") {
+    struct Row {
+        std::string environment;
+        bool is_coloured;
+    };
+    const Row rows[] = {{"-u NO_COLOR TERM=xterm", true},
+                        {"NO_COLOR= TERM=xterm", true},
+                        {"NO_COLOR=1 TERM=xterm", false},
+                        {"-u NO_COLOR TERM=dumb", false}};
+    for (const Row& row : rows) {
+        Terminal terminal(shell.in_folder("exec env " + row.environment + " " + shell.program() + " ledger"));
+        CHECK(terminal.finish() == 0);
+        CHECK_MESSAGE((terminal.shown().find("\033[31m-4\033[0m") != std::string::npos) == row.is_coloured,
+                      row.environment);
+        CHECK((terminal.shown().find('\033') != std::string::npos) == row.is_coloured);
+    }
+    CHECK(!shell.vantlo("ledger").has("\033"));
+}
+
+TEST_CASE_FIXTURE(Shop, "A bill is shown with the rows that it moves, and nothing is written for it") {
+    const std::string before = shell.vantlo("ledger").output;
+    const Finished shown = shell.vantlo("bill stock-in B1");
+    CHECK(shown.exit_code == 0);
+    CHECK_MESSAGE(shown.has("stock-in 入库单 B1\n"), shown.output);
+    CHECK(shown.has("2024-03-05"));
+    CHECK(shown.has("W1 G1, status 0                +2.5       0     +2.5\n"));
+    CHECK(shown.has("W2 G,2 6.1\" red, status 0        +3       0       +3\n"));
+    CHECK(shell.vantlo("bill stock-out B2").has("W1 G1, status 2          0      +4       -4\n"));
+    CHECK(shell.vantlo("ledger").output == before);
+    CHECK(shell.vantlo("bill stock-in B9").exit_code == 1);
+    CHECK(shell.vantlo("bill gift B1").exit_code == 2);
+}
+
+TEST_CASE_FIXTURE(Shop, "The picture holds every warehouse and day, as a drawing and as a page") {
+    CHECK(shell.vantlo("ledger --as-picture stock.svg").exit_code == 0);
+    const std::string drawing = file("stock.svg");
+    CHECK(drawing.starts_with("<svg xmlns="));
+    CHECK(drawing.ends_with("</svg>\n"));
+    for (const std::string shown : {"W1 主仓库: −1.5", "W2: 3", "2024-03-05 Received 5.5", "2024-03-07 Issued 4"}) {
+        CHECK_MESSAGE(drawing.find(shown) != std::string::npos, shown);
+    }
+    CHECK(shell.vantlo("--lang zh ledger --as-picture stock.html").exit_code == 0);
+    const std::string page = file("stock.html");
+    CHECK(page.starts_with("<!doctype html>"));
+    CHECK(page.find("<svg") != std::string::npos);
+    CHECK(page.find("<td>W1 主仓库</td><td class=\"number\">−1.5</td>") != std::string::npos);
+    CHECK(shell.vantlo("ledger --warehouse W9 --as-picture none.svg").exit_code == 0);
+    CHECK(file("none.svg").ends_with("</svg>\n"));
+    CHECK(shell.vantlo("ledger --as-picture no/such/folder.svg").exit_code == 5);
+    CHECK(shell.vantlo("ledger --as-picture stock.svg --format csv").exit_code == 2);
+}
+
+TEST_CASE("vantlo explain tells each member's parameters, moves and callers") {
+    const Shell shell;
+    const Finished list = shell.vantlo("explain");
+    CHECK(list.exit_code == 0);
+    const Finished in = shell.vantlo("explain in_addinventory");
+    CHECK(in.exit_code == 0);
+    CHECK(in.has("In_AddInventory(objBillItems As StockBillItemObject, [iCPZT As Integer = 0]) As Long\n"));
+    CHECK(in.has("Receiver   iCPZT   +                 +        in base units\n"));
+    CHECK(in.has("  stock-in 入库单: to post it\n"));
+    CHECK(shell.vantlo("explain Out_AddInventory").has("[bUseAbs As Boolean = False]"));
+    CHECK(shell.vantlo("explain DATAType").exit_code == 2);
+    for (const Member& member : member_table()) {
+        if (member.kind != MemberKind::method) continue;
+        CHECK(list.has(to_utf8(member.name) + "\n"));
+        CHECK_MESSAGE(shell.vantlo("explain " + to_utf8(member.name)).has(": to "), to_utf8(member.name));
+    }
+}
+
+TEST_CASE("The guides stand in the order of the interface, one for each method") {
+    std::size_t number = 0;
+    for (const Member& member : member_table()) {
+        if (member.kind != MemberKind::method) continue;
+        REQUIRE(number < member_guides().size());
+        CHECK(member_guides()[number++].member == member.name);
+    }
+    CHECK(number == member_guides().size());
+}
+
+/// The counters by warehouse and status.
+using Rows = std::map<std::pair<std::string, std::string>, std::string>;
+
+/// Bills whose fields all differ, so that each ledger row tells where its parts came from.
+Bill telling_bill(const BillKind& kind) {
+    const auto fill = [](std::span<const BillColumn> columns, bool is_header) {
+        Record record;
+        for (const BillColumn& column : columns) {
+            const TextView name = column.column;
+            if (name == u"Gid")
+                record.set(name, Text(u"G1"));
+            else if (name == u"Unit")
+                record.set(name, Text(u"box"));
+            else if (column.field == "quantity")
+                record.set(name, 2.0F);
+            else if (column.type == ColumnType::date)
+                record.set(name, *date_from_text(u"2024-03-05"));
+            else if (is_header && name == u"WareHouseID")
+                record.set(name, Text(u"Main"));
+            else if (column.type == ColumnType::text)
+                record.set(name, Text(name));
+            else
+                record.set(name, std::int32_t{name == u"ReferFlag" ? 3 : 5});
+        }
+        return record;
+    };
+    return {&kind, u"B1", fill(kind.header->columns, true), {fill(kind.lines->columns, false)}};
+}
+
+/// What the guides of the members say of the rows that they make in an empty ledger.
+Rows foretold(std::span<const MemberCall> calls, const BillKind& kind) {
+    std::map<std::pair<std::string, std::string>, std::array<int, 3>> counters;
+    for (const MemberCall& call : calls) {
+        const MemberGuide& guide = *std::ranges::find(member_guides(), TextView(call.member), &MemberGuide::member);
+        for (const MemberMove& move : guide.moves) {
+            TextView warehouse = move.warehouse;
+            if (warehouse == u"WarehouseId") warehouse = kind.warehouse_column;
+            if (guide.member.ends_with(u"_MJ")) warehouse = u"Main";
+            const char* const statuses[] = {"0", "1", "2", "3", "3", "5", "2", "0"};  // in the order of StatusFrom
+            const bool is_converted =
+                move.quantity == QuantityAs::base_units || move.quantity == QuantityAs::base_units_when_new;
+            const int quantity = is_converted ? 24 : 2;
+            const Signs signs = signs_of(move.move);
+            auto& row = counters[{to_utf8(warehouse), statuses[static_cast<int>(move.status)]}];
+            row = {row[0] + signs.received * quantity, row[1] + signs.issued * quantity,
+                   row[2] + signs.on_hand * quantity};
+        }
+    }
+    Rows rows;
+    for (const auto& [key, row] : counters) rows[key] = fmt::format("{} {} {}", row[0], row[1], row[2]);
+    return rows;
+}
+
+Rows rows_of(NativeConnection& database) {
+    Rows rows;
+    for (const LedgerRow& row : read_ledger(database, {})) {
+        rows[{to_utf8(row.warehouse), to_utf8(row.status)}] =
+            fmt::format("{} {} {}", quantity_text(row.received), quantity_text(row.issued), quantity_text(row.on_hand));
+    }
+    return rows;
+}
+
+TEST_CASE("Every member moves a new row as its guide says") {
+    for (const BillKind& kind : bill_kinds()) {
+        CAPTURE(std::string(kind.name));
+        const auto memory = open_connection("sqlite::memory:");
+        memory->run_script(schema_for("sqlite"));
+        memory->run(u"insert into GoodsUnit(id,Unit,UnitConverter) values('G1','box',12)");
+        Bookkeeping bookkeeping([&] { return memory; });
+        bookkeeping.save(telling_bill(kind));
+        CHECK(rows_of(*memory) == foretold(kind.post, kind));
+        memory->run(u"delete from Inventory");
+        bookkeeping.remove(kind, u"B1");
+        CHECK(rows_of(*memory) == foretold(kind.take_back, kind));
+    }
+}
+
+}  // namespace
+}  // namespace vantlo::test

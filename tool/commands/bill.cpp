@@ -1,0 +1,111 @@
+#include <iostream>
+
+#include "bookkeeping/rehearsal.h"
+#include "tool/commands/command.h"
+#include "tool/output/table_output.h"
+
+namespace vantlo {
+
+namespace words {
+
+// clang-format off
+constexpr Message bill_about     = {"显示一张已保存的单据以及它对台账的影响", "Show a stored bill and the ledger rows that it moves"};
+constexpr Message bill_example   = {"显示入库单 R1001", "Show the stock-in bill R1001"};
+constexpr Message moved_row      = {"台账变动", "Ledger row moved"};
+// clang-format on
+
+}  // namespace words
+
+namespace {
+
+struct Named {
+    std::string kind;
+    std::string id;
+};
+
+/// Keeps what the latest bill changed.
+class LatestChanges final : public BookkeepingObserver {
+public:
+    void ends(const std::vector<LedgerChange>& changes) override { changes_ = changes; }
+    [[nodiscard]] const std::vector<LedgerChange>& changes() const { return changes_; }
+
+private:
+    std::vector<LedgerChange> changes_;
+};
+
+std::string cell(const Variant& value) { return value.is<Null>() ? "null" : to_utf8(to_text(value)); }
+
+/// The fields of a bill file beside their values; two columns that one field fills are shown once.
+void write_header(const Bill& bill) {
+    std::cout << bill.kind->name << ' ' << bill.kind->chinese_name << ' ' << to_utf8(bill.id) << '\n';
+    for (const BillColumn& column : bill.kind->header->columns) {
+        std::cout << fmt::format("  {:10} {}\n", column.field, cell(bill.header.value(column.column)));
+    }
+}
+
+void write_lines(const Bill& bill) {
+    std::vector<TableOutput::Column> titles = {{"#", TableOutput::Align::right}};
+    std::vector<BillColumn> columns;
+    for (const BillColumn& column : bill.kind->lines->columns) {
+        if (!columns.empty() && columns.back().field == column.field) continue;
+        columns.push_back(column);
+        const bool is_text = column.type == ColumnType::text;
+        titles.push_back({std::string(column.field), is_text ? TableOutput::Align::left : TableOutput::Align::right});
+    }
+    TableOutput table(titles);
+    for (std::size_t i = 0; i < bill.lines.size(); ++i) {
+        std::vector<std::string> cells = {std::to_string(i + 1)};
+        for (const BillColumn& column : columns) cells.push_back(cell(bill.lines[i].value(column.column)));
+        table.add_row(cells);
+    }
+    std::cout << '\n' << table.text();
+}
+
+void write_moves(const std::vector<LedgerChange>& changes, const CommonOptions& common) {
+    constexpr auto right = TableOutput::Align::right;
+    TableOutput table({{common.say(words::moved_row)},
+                       {common.say(words::received), right},
+                       {common.say(words::issued), right},
+                       {common.say(words::on_hand), right}});
+    const auto moved = [](const LedgerChange& change, Currency LedgerRow::*counter) {
+        const Currency before = change.before ? (*change.before).*counter : Currency();
+        const Currency difference = (*change.after).*counter - before;
+        return (difference > Currency() ? "+" : "") + quantity_text(difference);
+    };
+    for (const LedgerChange& change : changes) {
+        if (!change.after) continue;
+        table.add_row({key_text(*change.after, common.language), moved(change, &LedgerRow::received),
+                       moved(change, &LedgerRow::issued), moved(change, &LedgerRow::on_hand)});
+    }
+    std::cout << '\n' << table.text();
+}
+
+/// Takes the bill back and posts it again, in a rehearsal: the second is what it moves.
+ExitCode show_bill(const CommonOptions& common, const Named& named) {
+    const BillKind* const kind = known_kind(common, named.kind);
+    if (kind == nullptr) return ExitCode::usage;
+    const auto latest = std::make_shared<LatestChanges>();
+    Bookkeeping rehearsal(rehearsing(common.connect()), latest, common.language, Guard{.lets_comments_pass = true});
+    const Bill bill = rehearsal.remove(*kind, from_utf8(named.id));
+    rehearsal.save(bill);
+    write_header(bill);
+    write_lines(bill);
+    write_moves(latest->changes(), common);
+    return ExitCode::done;
+}
+
+}  // namespace
+
+void add_bill(CLI::App& app, Invocation& invocation) {
+    const CommonOptions& common = invocation.common;
+    CLI::App* const command =
+        add_command(app, common, "bill", words::bill_about, {{"vantlo bill stock-in R1001", words::bill_example}});
+    const auto named = std::make_shared<Named>();
+    command->add_option("KIND", named->kind, common.say(words::bill_kind))->required();
+    command->add_option("ID", named->id, common.say(words::bill_id))->required();
+    command->callback([&invocation, named] {
+        invocation.work = [&common = invocation.common, named] { return show_bill(common, *named); };
+    });
+}
+
+}  // namespace vantlo

@@ -1,0 +1,86 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "bookkeeping/bookkeeping.h"
+#include "tool/commands/exit_code.h"
+#include "tool/output/words.h"
+
+namespace vantlo {
+
+/// The options that every command takes, before its name or after it.
+struct CommonOptions {
+    std::vector<std::string> databases;
+    bool show_sql = false;
+    Language language = language_of_locale();
+    Guard guard;
+    bool dry_run = false;
+
+    /// A text of the program in the user's language, its places filled.
+    template <typename... Values>
+    [[nodiscard]] std::string say(const Message& wording, const Values&... values) const {
+        return vantlo::say(language, wording, values...);
+    }
+
+    /// Opens the databases in turn, for a rehearsal in a dry run; a bare file name stands for an SQLite file. Without any, VANTLO_DB names it.
+    /// `may_create` says whether an SQLite file that does not exist is made.
+    [[nodiscard]] Connect connect(bool may_create = false) const;
+
+    /// The database's kind of SQL; a file of the embedded engine need not be there for it.
+    [[nodiscard]] std::string dialect() const;
+
+    /// Engine and driver of the database, with their versions; without a database, those of the embedded engine.
+    [[nodiscard]] std::string engine() const;
+
+    /// The names of the databases as open_connection reads them.
+    [[nodiscard]] std::vector<std::string> connection_texts() const;
+
+    /// The bookkeeping of every command that posts or takes back, told all that these options say: it warns on stderr, shows
+    /// statements there, and in a dry run writes them to stdout with the rows that they change.
+    [[nodiscard]] Bookkeeping bookkeeping() const;
+};
+
+/// One call of the program: what it was told, and the work of the command that it named.
+struct Invocation {
+    CommonOptions common;
+    std::function<ExitCode()> work;
+};
+
+/// The kind of that name. If there is none, tells the user which there are and returns null.
+const BillKind* known_kind(const CommonOptions& common, const std::string& name);
+
+/// A command line that the help shows, and what it does.
+struct Example {
+    const char* command_line;
+    const Message& meaning;
+};
+
+/// Adds the options of every command that posts or takes back: --dry-run, --force, --fail-on-negative.
+void add_posting_options(CLI::App& command, CommonOptions& common);
+
+/// Adds a subcommand whose help ends with examples.
+CLI::App* add_command(CLI::App& app, const CommonOptions& common, const char* name, const Message& about,
+                      std::initializer_list<Example> examples);
+
+// Each command adds its subcommand with its options, and puts its work into the invocation when it is named.
+// Errors   BadInput, PostingFailed, Refused, Interrupted and Failure may leave the work; the program turns them into words and an
+//          exit code.
+
+void add_init(CLI::App& app, Invocation& invocation);
+void add_save(CLI::App& app, Invocation& invocation);
+void add_import(CLI::App& app, Invocation& invocation);
+void add_delete(CLI::App& app, Invocation& invocation);
+void add_bill(CLI::App& app, Invocation& invocation);
+void add_explain(CLI::App& app, Invocation& invocation);
+void add_ledger(CLI::App& app, Invocation& invocation);
+void add_verify(CLI::App& app, Invocation& invocation);
+void add_repair(CLI::App& app, Invocation& invocation);
+
+/// The commands in the order in which the help lists them.
+inline constexpr void (*add_commands[])(CLI::App&, Invocation&) = {
+    add_init, add_save, add_import, add_delete, add_ledger, add_bill, add_explain, add_verify, add_repair};
+
+}  // namespace vantlo

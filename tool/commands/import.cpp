@@ -1,0 +1,152 @@
+#include <fmt/format.h>
+
+#include <iostream>
+#include <map>
+
+#include "bookkeeping/import_journal.h"
+#include "bookkeeping/interrupt.h"
+#include "import/shop_reader.h"
+#include "tool/commands/command.h"
+#include "tool/output/progress_bar.h"
+
+namespace vantlo {
+
+namespace words {
+
+// clang-format off
+constexpr Message import_about   = {"从文件导入基础资料和单据，先全部检查", "Take over master data and bills from files, all checked first"};
+constexpr Message import_files   = {"含基础资料和单据的文件：.csv、.jsonl 或 .json", "Files of master data and bills: .csv, .jsonl or .json"};
+constexpr Message import_example = {"导入商品、单位和单据", "Import goods, units and bills"};
+constexpr Message import_gb_example = {"导入电子表格以 GB18030 编码保存的单据", "Import bills that a spreadsheet has written in GB18030"};
+constexpr Message encoding_option = {"文件的编码：utf-8 或 gb18030", "Encoding of the files: utf-8 or gb18030"};
+constexpr Message table_option   = {"CSV 文件的行是什么（文件不以此命名时）：warehouses、goods 或 units", "What the rows of a CSV file are that is not named after it: warehouses, goods or units"};
+constexpr Message would_import   = {"将导入 {} 行基础资料和 {} 张单据，共 {} 行；另有 {} 张单据此前已导入；未写入任何数据。",
+                                           "Would import {} rows of master data and {} bills with {} lines; {} bills were imported before. Nothing was written."};
+constexpr Message imported       = {"已导入 {} 行基础资料和 {} 张单据，共 {} 行；另有 {} 张单据此前已导入。",
+                                           "Imported {} rows of master data and {} bills with {} lines; {} bills were imported before."};
+constexpr Message import_interrupted = {"已中断：已导入 {} 张单据，共 {} 行，还剩 {} 张；正在处理的已回滚。再次运行同一命令即可继续。",
+                                           "Interrupted: {} bills with {} lines were imported, {} are left, and what was begun is rolled back. The same command goes on from there."};
+constexpr Message import_stopped = {"已导入 {} 张单据，共 {} 行，还剩 {} 张。改正后再次运行同一命令即可继续。",
+                                           "{} bills with {} lines were imported, {} are left. Once this is put right, the same command goes on from there."};
+constexpr Message imported_otherwise = {"{} {} 此前已导入，但内容不同", "{} {} was imported before with other content"};
+constexpr Message stored_otherwise = {"{} {}：已有此编号的单据，且不是由导入保存的", "{} {}: a bill with this id is stored already, and not by an import"};
+constexpr Message import_lost    = {"{} {} 此前已导入，但单据已不在数据库中", "{} {} was imported before, but is no longer stored"};
+// clang-format on
+
+}  // namespace words
+
+namespace {
+
+/// A commit costs as much as some dozen lines; what an interrupt rolls back is imported again within a moment.
+constexpr std::size_t lines_a_transaction = 500;
+
+struct ImportOptions {
+    std::vector<std::string> paths;
+    FileOptions files;
+};
+
+/// The bills that are not imported yet.
+/// Errors   bills that the database knows otherwise are told.
+std::vector<const Bill*> bills_to_import(NativeConnection& database, ShopReader& reader) {
+    const std::vector<Bill>& bills = reader.shop().bills;
+    const std::vector<BillState> states = states_of(database, bills);
+    std::vector<const Bill*> absent;
+    for (std::size_t index = 0; index < bills.size(); ++index) {
+        const Bill& bill = bills[index];
+        const auto tell = [&](const Message& wording) {
+            const ShopReader::Origin& origin = reader.bill_origins()[index];
+            reader.errors().add(*origin.source, origin.offset, wording, bill.kind->name, to_utf8(bill.id));
+        };
+        switch (states[index]) {
+            case BillState::absent: absent.push_back(&bill); break;
+            case BillState::imported: break;
+            case BillState::imported_otherwise: tell(words::imported_otherwise); break;
+            case BillState::stored_otherwise: tell(words::stored_otherwise); break;
+            case BillState::lost: tell(words::import_lost); break;
+        }
+    }
+    return absent;
+}
+
+/// The first of the bills that go into one transaction: one at least, however long it is.
+std::span<const Bill* const> next_batch(std::span<const Bill* const> bills) {
+    std::size_t count = 0;
+    for (std::size_t lines = 0; count < bills.size() && lines < lines_a_transaction; ++count) {
+        lines += bills[count]->lines.size();
+    }
+    return bills.first(count);
+}
+
+std::size_t lines_of(std::span<const Bill* const> bills) {
+    std::size_t lines = 0;
+    for (const Bill* const bill : bills) lines += bill->lines.size();
+    return lines;
+}
+
+ExitCode import(const CommonOptions& common, const ImportOptions& options) {
+    ShopReader reader(common.language);
+    for (const std::string& path : options.paths) reader.read(path, options.files);
+    reader.errors().raise();
+    const std::vector<const Bill*> bills = bills_to_import(*common.connect()(), reader);
+    reader.errors().raise();
+
+    const ShopFile& shop = reader.shop();
+    Bookkeeping bookkeeping = common.bookkeeping();
+    std::size_t done_bills = 0, done_lines = 0;
+    const auto stopped = [&](const std::exception& failure) {
+        if (common.dry_run) return std::string(failure.what());
+        return fmt::format("{}\n{}", failure.what(),
+                           common.say(words::import_stopped, done_bills, done_lines, bills.size() - done_bills));
+    };
+    try {
+        ProgressBar progress(shop.master.size() + lines_of(bills), common.language);
+        for (std::span<const MasterRow> left = shop.master; !left.empty();) {
+            const auto batch = left.first(std::min(left.size(), lines_a_transaction));
+            bookkeeping.save_master(batch);
+            left = left.subspan(batch.size());
+            progress.show(shop.master.size() - left.size());
+        }
+        for (std::span<const Bill* const> left = bills; !left.empty();) {
+            const auto batch = common.dry_run ? left.first(1) : next_batch(left);
+            bookkeeping.import(batch);
+            left = left.subspan(batch.size());
+            done_bills += batch.size();
+            done_lines += lines_of(batch);
+            progress.show(shop.master.size() + done_lines);
+        }
+    } catch (const Interrupted&) {
+        if (common.dry_run) throw Interrupted(common.say(words::interrupted_rehearsal));
+        throw Interrupted(common.say(words::import_interrupted, done_bills, done_lines, bills.size() - done_bills));
+    } catch (const PostingFailed& failure) {
+        throw PostingFailed(stopped(failure));
+    } catch (const Refused& refusal) {
+        throw Refused(stopped(refusal));
+    }
+    std::cerr << common.say(common.dry_run ? words::would_import : words::imported, shop.master.size(), done_bills,
+                            done_lines, shop.bills.size() - bills.size())
+              << '\n';
+    return ExitCode::done;
+}
+
+}  // namespace
+
+void add_import(CLI::App& app, Invocation& invocation) {
+    CommonOptions& common = invocation.common;
+    CLI::App* const command = add_command(app, common, "import", words::import_about,
+                                          {{"vantlo import goods.csv units.csv bills.csv", words::import_example},
+                                           {"vantlo import --encoding gb18030 bills.csv", words::import_gb_example}});
+    const auto options = std::make_shared<ImportOptions>();
+    command->add_option("FILE", options->paths, common.say(words::import_files))->required();
+    command->add_option("--encoding", options->files.encoding, common.say(words::encoding_option))
+        ->transform(
+            CLI::Transformer(std::map<std::string, Encoding>{{"utf-8", Encoding::utf8}, {"gb18030", Encoding::gb18030}},
+                             CLI::ignore_case))
+        ->default_str("utf-8");
+    command->add_option("--table", options->files.table, common.say(words::table_option));
+    add_posting_options(*command, common);
+    command->callback([&invocation, options] {
+        invocation.work = [&common = invocation.common, options] { return import(common, *options); };
+    });
+}
+
+}  // namespace vantlo

@@ -1,0 +1,98 @@
+#include <unistd.h>
+
+#include <fstream>
+#include <iostream>
+
+#include "bills/ledger_row.h"
+#include "import/shop_file.h"
+#include "tool/commands/command.h"
+#include "tool/output/ledger_formats.h"
+#include "tool/output/ledger_picture.h"
+#include "tool/output/ledger_table.h"
+#include "tool/output/table_output.h"
+
+namespace vantlo {
+
+namespace words {
+
+// clang-format off
+constexpr Message ledger_about   = {"显示库存台账", "Show the stock ledger"};
+constexpr Message only_warehouse = {"只显示此仓库", "Only this warehouse"};
+constexpr Message only_goods     = {"只显示此商品", "Only these goods"};
+constexpr Message ledger_example = {"显示仓库 W01 的台账", "Show the ledger of warehouse W01"};
+constexpr Message only_class     = {"只显示此类别", "Only this goods class"};
+constexpr Message only_status    = {"只显示此状态", "Only this status"};
+constexpr Message format_option  = {"输出格式：table、json、jsonl 或 csv", "Output: table, json, jsonl or csv"};
+constexpr Message picture_option = {"改为写入图片文件：.svg 或 .html", "Write a picture instead: an .svg drawing or an .html page"};
+constexpr Message ledger_csv_example = {"将台账写成 CSV", "Write the ledger as CSV"};
+constexpr Message ledger_picture_example = {"画出各仓库的库存和每日进出", "Draw the stock of each warehouse and the movement by day"};
+constexpr Message cannot_write   = {"无法写入 {}", "{} cannot be written"};
+// clang-format on
+
+}  // namespace words
+
+namespace {
+
+struct Wanted {
+    std::string warehouse;
+    std::string goods;
+    std::string goods_class;
+    std::optional<std::int32_t> status;
+    std::string format = "table";
+    std::string picture;
+
+    [[nodiscard]] LedgerFilter filter() const {
+        return {from_utf8(warehouse), from_utf8(goods), from_utf8(goods_class), status};
+    }
+};
+
+std::string formatted(const std::vector<LedgerRow>& rows, const std::string& format, Language language) {
+    if (format == "json") return ledger_json(rows);
+    if (format == "jsonl") return ledger_json_lines(rows);
+    if (format == "csv") return ledger_csv(rows);
+    return ledger_table(rows, language, wants_colour(STDOUT_FILENO));
+}
+
+void write_picture(NativeConnection& database, const Wanted& wanted, const CommonOptions& common) {
+    const LedgerPicture picture = read_picture(database, wanted.filter(), common.language);
+    std::ofstream file(wanted.picture);
+    file << (wanted.picture.ends_with(".html") ? picture_page(picture, common.language)
+                                               : picture_svg(picture, common.language));
+    if (!file.flush()) throw BadInput(common.say(words::cannot_write, wanted.picture));
+}
+
+ExitCode show_ledger(const CommonOptions& common, const Wanted& wanted) {
+    const auto database = common.connect()();
+    if (!wanted.picture.empty()) {
+        write_picture(*database, wanted, common);
+    } else {
+        std::cout << formatted(read_ledger(*database, wanted.filter()), wanted.format, common.language);
+    }
+    return ExitCode::done;
+}
+
+}  // namespace
+
+void add_ledger(CLI::App& app, Invocation& invocation) {
+    const CommonOptions& common = invocation.common;
+    CLI::App* const command = add_command(app, common, "ledger", words::ledger_about,
+                                          {{"vantlo ledger --warehouse W01", words::ledger_example},
+                                           {"vantlo ledger --format csv > ledger.csv", words::ledger_csv_example},
+                                           {"vantlo ledger --as-picture stock.svg", words::ledger_picture_example}});
+    const auto wanted = std::make_shared<Wanted>();
+    command->add_option("--warehouse", wanted->warehouse, common.say(words::only_warehouse));
+    command->add_option("--goods", wanted->goods, common.say(words::only_goods));
+    command->add_option("--class", wanted->goods_class, common.say(words::only_class));
+    command->add_option("--status", wanted->status, common.say(words::only_status));
+    CLI::Option* const format = command->add_option("--format", wanted->format, common.say(words::format_option))
+                                    ->check(CLI::IsMember({"table", "json", "jsonl", "csv"}))
+                                    ->type_name("FORMAT");
+    command->add_option("--as-picture", wanted->picture, common.say(words::picture_option))
+        ->type_name("FILE")
+        ->excludes(format);
+    command->callback([&invocation, wanted] {
+        invocation.work = [&common = invocation.common, wanted] { return show_ledger(common, *wanted); };
+    });
+}
+
+}  // namespace vantlo

@@ -1,0 +1,68 @@
+#include <iostream>
+
+#include "bookkeeping/interrupt.h"
+#include "import/shop_file.h"
+#include "tool/commands/command.h"
+
+namespace vantlo {
+
+namespace words {
+
+// clang-format off
+constexpr Message save_about     = {"保存单据并过账", "Store bills and post them"};
+constexpr Message save_files     = {"含基础资料和单据的 JSON 文件", "JSON files of master data and bills"};
+constexpr Message save_example   = {"保存文件中的单据，每张单据一个事务", "Save the bills of a file, each in a transaction of its own"};
+constexpr Message save_sql_example = {"同时显示发出的每条语句", "Show every statement beside it"};
+constexpr Message save_dry_example = {"只显示会发生什么", "Show what would happen"};
+constexpr Message saved          = {"已保存 {} 张单据，共 {} 行。", "Saved {} bills with {} lines."};
+constexpr Message interrupted_at = {"已中断：已保存 {} 张单据，共 {} 行；{} {} 已回滚，其后的单据未处理。",
+                                           "Interrupted: {} bills with {} lines were saved; {} {} was rolled back, and none after it begun."};
+constexpr Message would_save     = {"将保存 {} 张单据，共 {} 行；未写入任何数据。", "Would save {} bills with {} lines; nothing was written."};
+// clang-format on
+
+}  // namespace words
+
+namespace {
+
+ExitCode save(const CommonOptions& common, const std::vector<std::string>& paths) {
+    std::vector<ShopFile> files;
+    for (const std::string& path : paths) files.push_back(read_shop_file(path, common.language));
+    Bookkeeping bookkeeping = common.bookkeeping();
+    std::size_t bills = 0, lines = 0;
+    for (const ShopFile& file : files) {
+        if (!file.master.empty()) bookkeeping.save_master(file.master);
+        for (const Bill& bill : file.bills) {
+            try {
+                bookkeeping.save(bill);
+            } catch (const Interrupted&) {
+                if (common.dry_run) throw Interrupted(common.say(words::interrupted_rehearsal));
+                throw Interrupted(common.say(words::interrupted_at, bills, lines, bill.kind->name, to_utf8(bill.id)));
+            } catch (...) {
+                if (!common.dry_run) std::cerr << common.say(words::saved, bills, lines) << '\n';
+                throw;
+            }
+            ++bills;
+            lines += bill.lines.size();
+        }
+    }
+    std::cerr << common.say(common.dry_run ? words::would_save : words::saved, bills, lines) << '\n';
+    return ExitCode::done;
+}
+
+}  // namespace
+
+void add_save(CLI::App& app, Invocation& invocation) {
+    CommonOptions& common = invocation.common;
+    CLI::App* const command = add_command(app, common, "save", words::save_about,
+                                          {{"vantlo save bills.json", words::save_example},
+                                           {"vantlo save --dry-run bills.json", words::save_dry_example},
+                                           {"vantlo --show-sql save bills.json", words::save_sql_example}});
+    const auto paths = std::make_shared<std::vector<std::string>>();
+    command->add_option("FILE", *paths, common.say(words::save_files))->required();
+    add_posting_options(*command, common);
+    command->callback([&invocation, paths] {
+        invocation.work = [&common = invocation.common, paths] { return save(common, *paths); };
+    });
+}
+
+}  // namespace vantlo

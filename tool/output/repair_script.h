@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "audit/repair.h"
+#include "automation/error_text.h"
+
+namespace vantlo {
+
+/// The repairs as a script for the engine's own client, in a transaction, each with its cause as a comment.
+std::string script_of(const std::vector<Repair>& repairs, const std::string& dialect, Language language);
+
+}  // namespace vantlo

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace vantlo {
+
+/// A table of texts (UTF-8) for people: columns aligned by the cells that a terminal gives each character.
+class TableOutput {
+public:
+    enum class Align { left, right };
+
+    struct Column {
+        std::string title;
+        Align align = Align::left;
+    };
+
+    /// In colour the titles are bold and negative numbers red.
+    explicit TableOutput(std::vector<Column> columns, bool has_colour = false)
+        : columns_(std::move(columns)), has_colour_(has_colour) {}
+
+    void add_row(std::vector<std::string> cells) { rows_.push_back(std::move(cells)); }
+
+    /// A row below a rule.
+    void set_totals(std::vector<std::string> cells) { totals_ = std::move(cells); }
+
+    [[nodiscard]] std::string text() const;
+
+private:
+    std::vector<Column> columns_;
+    bool has_colour_;
+    std::vector<std::vector<std::string>> rows_;
+    std::vector<std::string> totals_;
+};
+
+/// How many terminal cells a text takes: two for each Chinese character, none for marks.
+std::size_t cell_width(const std::string& text);
+
+/// Whether text for a file descriptor may be coloured: on a terminal that can, unless the user has set NO_COLOR.
+/// Source   no-color.org: set and not empty.
+bool wants_colour(int descriptor);
+
+}  // namespace vantlo
