@@ -4,6 +4,7 @@
 #include "ado/com/hresult.h"
 #include "com/invocation.h"
 #include "com/server.h"
+#include "com/thread_state.h"
 
 namespace vantlo {
 
@@ -105,6 +106,7 @@ HRESULT InventoryObject::putref_ADOConn(_Connection* value) {
     return guarded([&] {
         const ConnectionReference connection = value != nullptr ? ComConnection::of(*value) : ConnectionReference();
         component_.set_ADOConn(connection.get());
+        thread_state::watch_apartment();
         return S_OK;
     });
 }

@@ -51,6 +51,14 @@ void hold() noexcept { ++holds; }
 
 void let_go() noexcept { --holds; }
 
+bool add_reference() noexcept {
+    HMODULE added = nullptr;
+    const auto* const in_module = reinterpret_cast<const wchar_t*>(&own_module);
+    return GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS, in_module, &added) != FALSE;
+}
+
+void remove_reference() noexcept { FreeLibrary(own_module); }
+
 }  // namespace vantlo::server
 
 using namespace vantlo;
@@ -75,11 +83,10 @@ STDAPI DllGetClassObject(REFCLSID identifier, REFIID interface_identifier, void*
 }
 
 STDAPI DllCanUnloadNow() {
-    if (server::holds != 0) return S_FALSE;
-    // No object is left that could have set the thread's project-wide copy again: what it still refers to is let go of
-    // here, since nothing may be called while the library is unloaded.
-    thread_state::reset();
-    return S_OK;
+    // No object is left that could set the thread's project-wide copy again: what it still refers to is let go of here,
+    // since nothing may be called while the library is unloaded.
+    if (server::holds == 0) thread_state::reset();
+    return thread_state::nothing_watched() && server::holds == 0 ? S_OK : S_FALSE;
 }
 
 STDAPI DllRegisterServer() {

@@ -16,4 +16,10 @@ std::wstring path();
 void hold() noexcept;
 void let_go() noexcept;
 
+/// Adds a reference to the library's module as the system counts them. Returns: whether it could.
+bool add_reference() noexcept;
+
+/// Takes one away: only where a caller keeps the library loaded, or the code that is running goes with it.
+void remove_reference() noexcept;
+
 }  // namespace vantlo::server
