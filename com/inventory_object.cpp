@@ -26,8 +26,6 @@ HRESULT guarded(Body body) noexcept {
 
 InventoryObject::InventoryObject() { server::hold(); }
 
-InventoryObject::~InventoryObject() { server::let_go(); }
-
 HRESULT InventoryObject::QueryInterface(REFIID identifier, void** object) {
     if (object == nullptr) return E_POINTER;
     *object = nullptr;
@@ -43,7 +41,11 @@ ULONG InventoryObject::AddRef() { return static_cast<ULONG>(InterlockedIncrement
 
 ULONG InventoryObject::Release() {
     const long left = InterlockedDecrement(&references_);
-    if (left == 0) delete this;
+    if (left == 0) {
+        delete this;
+        // Behind the members, which release what the host gave them: the host may ask meanwhile.
+        server::let_go();
+    }
     return static_cast<ULONG>(left);
 }
 

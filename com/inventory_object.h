@@ -146,7 +146,7 @@ public:
     }
 
 private:
-    ~InventoryObject();
+    ~InventoryObject() = default;
 
     /// One argument as it comes through the vtable: always by reference.
     struct Incoming {

@@ -26,6 +26,13 @@ bool attach(HMODULE loaded) {
     return thread_state::open();
 }
 
+/// Asks the system for this module, which counts a reference to it or does what the flags say.
+bool find_own_module(DWORD flags) {
+    HMODULE found = nullptr;
+    const auto* const address = reinterpret_cast<const wchar_t*>(&own_module);
+    return GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | flags, address, &found) != FALSE;
+}
+
 /// Runs the body of an export that may run out of memory.
 template <typename Body>
 HRESULT exported(Body body) noexcept {
@@ -51,13 +58,11 @@ void hold() noexcept { ++holds; }
 
 void let_go() noexcept { --holds; }
 
-bool add_reference() noexcept {
-    HMODULE added = nullptr;
-    const auto* const in_module = reinterpret_cast<const wchar_t*>(&own_module);
-    return GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS, in_module, &added) != FALSE;
-}
+bool add_reference() noexcept { return find_own_module(0); }
 
 void remove_reference() noexcept { FreeLibrary(own_module); }
+
+void stay_loaded() noexcept { find_own_module(GET_MODULE_HANDLE_EX_FLAG_PIN); }
 
 }  // namespace vantlo::server
 

@@ -12,7 +12,8 @@ namespace vantlo::server {
 /// The full path of the library's file.
 std::wstring path();
 
-/// Counts what keeps the library loaded: objects, class factories in a host's hands, and locks on the server.
+/// Counts what keeps the library loaded: objects, class factories in a host's hands, and locks on the server. An object
+/// lets go behind its own destructor.
 void hold() noexcept;
 void let_go() noexcept;
 
@@ -21,5 +22,8 @@ bool add_reference() noexcept;
 
 /// Takes one away: only where a caller keeps the library loaded, or the code that is running goes with it.
 void remove_reference() noexcept;
+
+/// Keeps the library loaded until the process ends.
+void stay_loaded() noexcept;
 
 }  // namespace vantlo::server

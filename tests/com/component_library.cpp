@@ -20,8 +20,12 @@ Structure* at(HMODULE module, std::size_t offset) {
     return reinterpret_cast<Structure*>(reinterpret_cast<std::byte*>(module) + offset);
 }
 
-/// Puts another function in the place of one that a module imports.
-void replace_import(HMODULE module, FARPROC imported, void* replacement) {
+FARPROC message_box() { return GetProcAddress(GetModuleHandleW(L"user32.dll"), "MessageBoxW"); }
+
+FARPROC message_box_on_platform() { return reinterpret_cast<FARPROC>(reinterpret_cast<void*>(show_on_platform)); }
+
+/// Puts another function in the place of one that a module imports. Returns: whether the module imports that one.
+bool replace_import(HMODULE module, FARPROC imported, FARPROC replacement) {
     const auto* const dos = at<IMAGE_DOS_HEADER>(module, 0);
     const auto* const headers = at<IMAGE_NT_HEADERS>(module, static_cast<std::size_t>(dos->e_lfanew));
     const auto& directory = headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT];
@@ -30,12 +34,12 @@ void replace_import(HMODULE module, FARPROC imported, void* replacement) {
             if (*slot != imported) continue;
             DWORD protection = 0;
             VirtualProtect(slot, sizeof *slot, PAGE_READWRITE, &protection);
-            *slot = reinterpret_cast<FARPROC>(replacement);
+            *slot = replacement;
             VirtualProtect(slot, sizeof *slot, protection, &protection);
-            return;
+            return true;
         }
     }
-    throw std::runtime_error("the library does not import the function");
+    return false;
 }
 
 }  // namespace
@@ -44,7 +48,11 @@ ComponentLibrary::ComponentLibrary() : module_(LoadLibraryW(path().c_str())) {
     if (module_ == nullptr) throw std::runtime_error("Vantlo.dll does not load");
 }
 
-ComponentLibrary::~ComponentLibrary() { FreeLibrary(module_); }
+ComponentLibrary::~ComponentLibrary() {
+    // The library may stay loaded.
+    replace_import(module_, message_box_on_platform(), message_box());
+    FreeLibrary(module_);
+}
 
 FARPROC ComponentLibrary::address(const char* name) const {
     const FARPROC found = GetProcAddress(module_, name);
@@ -74,8 +82,9 @@ bool ComponentLibrary::can_unload() const { return function<HRESULT(STDAPICALLTY
 
 void ComponentLibrary::show_messages_on_platform() const {
     show_messages_in_window();
-    const FARPROC shown = GetProcAddress(GetModuleHandleW(L"user32.dll"), "MessageBoxW");
-    replace_import(module_, shown, reinterpret_cast<void*>(show_on_platform));
+    if (!replace_import(module_, message_box(), message_box_on_platform())) {
+        throw std::runtime_error("the library does not import the function");
+    }
 }
 
 std::wstring ComponentLibrary::path() {

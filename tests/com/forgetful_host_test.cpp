@@ -1,34 +1,14 @@
 #include <doctest/doctest.h>
 
-#include <functional>
 #include <thread>
 
-#include "ado/com/ado_interfaces.h"
 #include "tests/com/posting_host.h"
+#include "tests/com/released_connection.h"
 
 // Hosts that end threads without setting ADOConn to nothing.
 
 namespace vantlo::test {
 namespace {
-
-/// A host's connection that nothing is posted through; it says when a reference to it is released.
-class ReleasedConnection final : public AutomationObject<ReleasedConnection, IDispatch> {
-public:
-    explicit ReleasedConnection(std::function<void()> on_release) : on_release_(std::move(on_release)) {}
-
-    static std::span<const IID> identifiers() { return {&connection_identifier.first, 1}; }
-    static std::span<const ScriptMember<ReleasedConnection>> script_members() { return {}; }
-
-    ULONG STDMETHODCALLTYPE Release() override {
-        on_release_();
-        return AutomationObject::Release();
-    }
-
-private:
-    ~ReleasedConnection() override = default;
-
-    std::function<void()> on_release_;
-};
 
 /// Sets a new object's connection, and forgets it.
 void use_and_forget(const ComponentLibrary& library, IUnknown& connection) {
