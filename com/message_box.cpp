@@ -36,6 +36,21 @@ bool written_to_stderr(const wchar_t* text) {
     return true;
 }
 
+/// Puts the first of a thread's windows that a user could click on where `parameter` points.
+BOOL CALLBACK take_clickable(HWND window, LPARAM parameter) {
+    const bool is_clickable = IsWindowVisible(window) && IsWindowEnabled(window);
+    if (is_clickable) *reinterpret_cast<HWND*>(parameter) = window;
+    return !is_clickable;
+}
+
+/// The window that a box belongs to, and that nobody can click on while the box is open: the thread's active window or
+/// its last popup. A program in the background has no active window; its foremost one is taken then.
+HWND owner_of_boxes() {
+    HWND window = GetActiveWindow();
+    if (window == nullptr) EnumThreadWindows(GetCurrentThreadId(), take_clickable, reinterpret_cast<LPARAM>(&window));
+    return window != nullptr ? GetLastActivePopup(window) : nullptr;
+}
+
 void write_to_event_log(const wchar_t* text) {
     const HANDLE log = RegisterEventSourceW(nullptr, L"Vantlo");
     if (log == nullptr) return;
@@ -54,7 +69,8 @@ void report(const wchar_t* text) {
 void show_message_box(const char16_t* text, const char16_t* title, std::int32_t style) noexcept {
     const bool somebody_sees_it = !is_unattended() && has_visible_desktop();
     // A box that could not be made gives no positive answer.
-    const bool shown = somebody_sees_it && MessageBoxW(nullptr, wide(text), wide(title), static_cast<UINT>(style)) > 0;
+    const bool shown =
+        somebody_sees_it && MessageBoxW(owner_of_boxes(), wide(text), wide(title), static_cast<UINT>(style)) > 0;
     if (!shown) report(wide(text));
 }
 

@@ -4,7 +4,8 @@
 
 namespace vantlo {
 
-/// Shows a message to the user, and returns when it has been dismissed.
+/// Shows a message to the user, and returns when it has been dismissed. The window that the user was in cannot be used
+/// meanwhile.
 ///
 /// Where nobody could see it (a service, a session without a display, or VANTLO_UNATTENDED=1 in the environment) it
 /// returns at once, and the text goes to the debugger's output and to stderr, or to the event log if there is no stderr.

@@ -33,21 +33,27 @@ HICON icon_in(HWND box) {
     return nullptr;
 }
 
+/// Waits until another thread's message box can be answered. Returns: null after ten seconds.
+HWND wait_for_box() {
+    for (int attempt = 0; attempt < 1000; ++attempt, Sleep(10)) {
+        const HWND box = FindWindowW(L"#32770", L"提示信息");
+        if (box != nullptr && GetDlgItem(box, IDOK) != nullptr && IsWindowVisible(box)) return box;
+    }
+    return nullptr;
+}
+
 /// Waits for the message box of another thread, reads it, and answers OK.
 SeenBox read_and_dismiss_box() {
     constexpr int text_id = 0xFFFF;
-    for (int attempt = 0; attempt < 1000; ++attempt, Sleep(10)) {
-        const HWND box = FindWindowW(L"#32770", L"提示信息");
-        if (box == nullptr || GetDlgItem(box, IDOK) == nullptr || !IsWindowVisible(box)) continue;
-        SeenBox seen;
-        seen.title = text_of_window(box);
-        seen.text = text_of_window(GetDlgItem(box, text_id));
-        seen.icon = icon_in(box);
-        CHECK(GetDlgItem(box, IDCANCEL) == nullptr);
-        PostMessageW(box, WM_COMMAND, IDOK, 0);
-        return seen;
-    }
-    return {};
+    const HWND box = wait_for_box();
+    SeenBox seen;
+    if (box == nullptr) return seen;
+    seen.title = text_of_window(box);
+    seen.text = text_of_window(GetDlgItem(box, text_id));
+    seen.icon = icon_in(box);
+    CHECK(GetDlgItem(box, IDCANCEL) == nullptr);
+    PostMessageW(box, WM_COMMAND, IDOK, 0);
+    return seen;
 }
 
 TEST_CASE(
@@ -66,6 +72,130 @@ TEST_CASE(
     CHECK(seen.title == u"提示信息");
     CHECK(seen.text == u"SaleIn_ReduceInventory():" + Text(standard_text(error::object_not_set)));
     CHECK(seen.icon == LoadIconW(nullptr, IDI_INFORMATION));
+}
+
+/// A host's window, which posts a bill whenever it is clicked on.
+class HostWindow {
+public:
+    HostWindow() {
+        WNDCLASSW window_class = {};
+        window_class.lpfnWndProc = receive;
+        window_class.hInstance = GetModuleHandleW(nullptr);
+        window_class.lpszClassName = L"HostWindow";
+        RegisterClassW(&window_class);
+        window_ = CreateWindowW(L"HostWindow", L"host", WS_POPUP | WS_VISIBLE, 0, 0, 200, 200, nullptr, nullptr,
+                                window_class.hInstance, nullptr);
+        REQUIRE(window_ != nullptr);
+        SetForegroundWindow(window_);
+        clicks_ = 0;
+    }
+    HostWindow(const HostWindow&) = delete;
+    HostWindow& operator=(const HostWindow&) = delete;
+    ~HostWindow() { DestroyWindow(window_); }
+
+    [[nodiscard]] HWND handle() const { return window_; }
+    [[nodiscard]] int clicks() const { return clicks_; }
+
+    /// A click as the mouse makes it.
+    static void click() {
+        SetCursorPos(100, 100);
+        for (const DWORD event : std::initializer_list<DWORD>{MOUSEEVENTF_LEFTDOWN, MOUSEEVENTF_LEFTUP})
+            mouse_event(event, 0, 0, 0, 0);
+    }
+
+    /// Takes the messages that wait for the window, for as long as a click may need to arrive.
+    static void take_messages() {
+        for (int i = 0; i < 20; ++i, Sleep(5)) {
+            for (MSG message; PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE);) DispatchMessageW(&message);
+        }
+    }
+
+private:
+    static LRESULT CALLBACK receive(HWND window, UINT message, WPARAM first, LPARAM second) {
+        if (message == WM_LBUTTONDOWN) ++clicks_;
+        return DefWindowProcW(window, message, first, second);
+    }
+
+    static inline int clicks_ = 0;
+    HWND window_ = nullptr;
+};
+
+void fail_with_box(_Inventory_Class& object) {
+    OwnedBstr id(u"B1");
+    LONG result = 0;
+    CHECK(object.SaleIn_ReduceInventory(id.out(), &result) == S_OK);
+    CHECK(result == error::object_not_set);
+}
+
+TEST_CASE("The box belongs to the host's active window, which takes no second click while it is open") {
+    const Apartment apartment;
+    const ComponentLibrary library;
+    library.show_messages_in_window();
+    const ComPointer<_Inventory_Class> object = library.make_object();
+    const HostWindow host;
+    HWND owner = nullptr;
+    bool was_enabled = true;
+    std::thread user([&] {
+        const HWND box = wait_for_box();
+        owner = GetWindow(box, GW_OWNER);
+        was_enabled = IsWindowEnabled(host.handle());
+        HostWindow::click();
+        Sleep(100);
+        PostMessageW(box, WM_COMMAND, IDOK, 0);
+    });
+    fail_with_box(*object.get());
+    user.join();
+    CHECK(owner == host.handle());
+    CHECK_FALSE(was_enabled);
+    HostWindow::take_messages();
+    CHECK(host.clicks() == 0);
+    CHECK(IsWindowEnabled(host.handle()));
+    HostWindow::click();
+    HostWindow::take_messages();
+    CHECK(host.clicks() == 1);
+}
+
+/// Whether the host's window was enabled when a box of this thread was shown, and what answered the box.
+struct QuickUser {
+    explicit QuickUser(const HostWindow& host_window) {
+        host = host_window.handle();
+        boxes = boxes_beside_an_enabled_host = 0;
+        hook = SetWindowsHookExW(WH_CBT, on_event, nullptr, GetCurrentThreadId());
+        REQUIRE(hook != nullptr);
+    }
+    QuickUser(const QuickUser&) = delete;
+    QuickUser& operator=(const QuickUser&) = delete;
+    ~QuickUser() { UnhookWindowsHookEx(hook); }
+
+    static LRESULT CALLBACK on_event(int code, WPARAM window, LPARAM details) {
+        if (code == HCBT_ACTIVATE && reinterpret_cast<HWND>(window) != host) {
+            ++boxes;
+            if (IsWindowEnabled(host)) ++boxes_beside_an_enabled_host;
+            PostMessageW(reinterpret_cast<HWND>(window), WM_COMMAND, IDOK, 0);
+        }
+        return CallNextHookEx(nullptr, code, window, details);
+    }
+
+    static inline HWND host = nullptr;
+    static inline int boxes = 0;
+    static inline int boxes_beside_an_enabled_host = 0;
+    HHOOK hook;
+};
+
+TEST_CASE("A thousand boxes leave the host's window as it was") {
+    const Apartment apartment;
+    const ComponentLibrary library;
+    library.show_messages_in_window();
+    const ComPointer<_Inventory_Class> object = library.make_object();
+    const HostWindow host;
+    const QuickUser user(host);
+    for (int i = 0; i < 1'000; ++i) {
+        fail_with_box(*object.get());
+        REQUIRE(IsWindowEnabled(host.handle()));
+        REQUIRE(GetActiveWindow() == host.handle());
+    }
+    CHECK(QuickUser::boxes == 1'000);
+    CHECK(QuickUser::boxes_beside_an_enabled_host == 0);
 }
 
 }  // namespace
