@@ -10,16 +10,15 @@ namespace vantlo {
 
 namespace {
 
-/// Runs a body that must not let an exception out.
-template <typename Body>
-HRESULT guarded(Body body) noexcept {
-    try {
-        return body();
-    } catch (const Failure& failure) {
-        return failure.number() == error::type_mismatch ? DISP_E_TYPEMISMATCH : E_OUTOFMEMORY;
-    } catch (...) {
-        return E_OUTOFMEMORY;
-    }
+/// One of the types in the library that the component carries.
+HRESULT find_type(REFGUID identifier, ITypeInfo** information) {
+    if (information == nullptr) return E_POINTER;
+    *information = nullptr;
+    return guarded([&] {
+        InterfacePointer<ITypeLib> library;
+        const HRESULT result = LoadTypeLibEx(server::path().c_str(), REGKIND_NONE, library.receive());
+        return FAILED(result) ? result : library->GetTypeInfoOfGuid(identifier, information);
+    });
 }
 
 }  // namespace
@@ -29,10 +28,15 @@ InventoryObject::InventoryObject() { server::hold(); }
 HRESULT InventoryObject::QueryInterface(REFIID identifier, void** object) {
     if (object == nullptr) return E_POINTER;
     *object = nullptr;
-    if (identifier != IID_IUnknown && identifier != IID_IDispatch && identifier != IID__Inventory_Class) {
+    if (identifier == IID_IUnknown || identifier == IID_IDispatch || identifier == IID__Inventory_Class) {
+        *object = static_cast<_Inventory_Class*>(this);
+    } else if (identifier == IID_IProvideClassInfo) {
+        *object = static_cast<ClassInformationProvider*>(this);
+    } else if (identifier == IID_ISupportErrorInfo) {
+        *object = static_cast<ISupportErrorInfo*>(this);
+    } else {
         return E_NOINTERFACE;
     }
-    *object = static_cast<_Inventory_Class*>(this);
     AddRef();
     return S_OK;
 }
@@ -59,11 +63,15 @@ HRESULT InventoryObject::GetTypeInfo(UINT index, LCID, ITypeInfo** information) 
     if (information == nullptr) return E_POINTER;
     *information = nullptr;
     if (index != 0) return DISP_E_BADINDEX;
-    return guarded([&] {
-        InterfacePointer<ITypeLib> library;
-        const HRESULT result = LoadTypeLibEx(server::path().c_str(), REGKIND_NONE, library.receive());
-        return FAILED(result) ? result : library->GetTypeInfoOfGuid(IID__Inventory_Class, information);
-    });
+    return find_type(IID__Inventory_Class, information);
+}
+
+HRESULT InventoryObject::class_information(ITypeInfo** information) {
+    return find_type(CLSID_Inventory_Class, information);
+}
+
+HRESULT InventoryObject::InterfaceSupportsErrorInfo(REFIID identifier) {
+    return identifier == IID__Inventory_Class || identifier == IID_IDispatch ? S_OK : S_FALSE;
 }
 
 HRESULT InventoryObject::GetIDsOfNames(REFIID reserved, LPOLESTR* names, UINT count, LCID, DISPID* identifiers) {
@@ -76,36 +84,39 @@ HRESULT InventoryObject::Invoke(DISPID identifier, REFIID reserved, LCID, WORD f
                                 VARIANT* result, EXCEPINFO*, UINT* wrong_argument) {
     if (reserved != IID_NULL) return DISP_E_UNKNOWNINTERFACE;
     if (parameters == nullptr) return E_POINTER;
-    return guarded([&] { return Invocation{*this, flags, *parameters, result, wrong_argument}.run(identifier); });
+    return framed_call([&] { return Invocation{*this, flags, *parameters, result, wrong_argument}.run(identifier); });
 }
 
 HRESULT InventoryObject::get_DATAType(BSTR* value) {
-    if (value == nullptr) return E_POINTER;
-    *value = nullptr;
-    const Text& kind = component_.DATAType();
-    *value = SysAllocStringLen(reinterpret_cast<const OLECHAR*>(kind.data()), static_cast<UINT>(kind.size()));
-    return *value != nullptr ? S_OK : E_OUTOFMEMORY;
+    return framed_call([&] {
+        if (value == nullptr) return E_POINTER;
+        const Text& kind = component_.DATAType();
+        *value = SysAllocStringLen(reinterpret_cast<const OLECHAR*>(kind.data()), static_cast<UINT>(kind.size()));
+        return *value != nullptr ? S_OK : E_OUTOFMEMORY;
+    });
 }
 
 HRESULT InventoryObject::put_DATAType(BSTR value) {
-    return guarded([&] {
+    return framed_call([&] {
         component_.let_DATAType(text_of(value));
         return S_OK;
     });
 }
 
 HRESULT InventoryObject::get_ADOConn(_Connection** value) {
-    if (value == nullptr) return E_POINTER;
-    *value = nullptr;
-    auto* const connection = static_cast<ComConnection*>(component_.ADOConn());
-    if (connection == nullptr) return S_OK;
-    *value = reinterpret_cast<_Connection*>(&connection->object());
-    (*value)->AddRef();
-    return S_OK;
+    return framed_call([&] {
+        if (value == nullptr) return E_POINTER;
+        *value = nullptr;
+        auto* const connection = static_cast<ComConnection*>(component_.ADOConn());
+        if (connection == nullptr) return S_OK;
+        *value = reinterpret_cast<_Connection*>(&connection->object());
+        (*value)->AddRef();
+        return S_OK;
+    });
 }
 
 HRESULT InventoryObject::putref_ADOConn(_Connection* value) {
-    return guarded([&] {
+    return framed_call([&] {
         const ConnectionReference connection = value != nullptr ? ComConnection::of(*value) : ConnectionReference();
         component_.set_ADOConn(connection.get());
         thread_state::watch_apartment();

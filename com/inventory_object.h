@@ -1,5 +1,6 @@
 #pragma once
 
+#include <ocidl.h>
 #include <vantlo.h>  // made from com/idl/vantlo.idl
 
 #include <array>
@@ -8,15 +9,22 @@
 
 #include "ado/com/automation_value.h"
 #include "com/automation_line.h"
+#include "com/call_frame.h"
 #include "component/inventory_class.h"
 
 namespace vantlo {
+
+/// IProvideClassInfo, whose member's name is a macro of winuser.h: the system's header gives it one name or the other by
+/// the order of includes.
+struct ClassInformationProvider : IUnknown {
+    virtual HRESULT STDMETHODCALLTYPE class_information(ITypeInfo** information) = 0;
+};
 
 /// The class as COM knows it: every member through the vtable and through IDispatch.
 ///
 /// A posting that fails is a successful call whose result is the error's number. Only a misuse of COM itself is an
 /// HRESULT. No exception leaves it.
-class InventoryObject final : public _Inventory_Class {
+class InventoryObject final : public _Inventory_Class, public ClassInformationProvider, public ISupportErrorInfo {
 public:
     InventoryObject();
     InventoryObject(const InventoryObject&) = delete;
@@ -33,6 +41,9 @@ public:
     HRESULT STDMETHODCALLTYPE Invoke(DISPID identifier, REFIID reserved, LCID locale, WORD flags,
                                      DISPPARAMS* parameters, VARIANT* result, EXCEPINFO* exception,
                                      UINT* wrong_argument) override;
+
+    HRESULT STDMETHODCALLTYPE class_information(ITypeInfo** information) override;
+    HRESULT STDMETHODCALLTYPE InterfaceSupportsErrorInfo(REFIID identifier) override;
 
     HRESULT STDMETHODCALLTYPE get_DATAType(BSTR* value) override;
     HRESULT STDMETHODCALLTYPE put_DATAType(BSTR value) override;
@@ -164,8 +175,8 @@ private:
     /// The road of every method through the vtable. Errors: E_POINTER for a null pointer among them, E_OUTOFMEMORY.
     template <typename... Pointers>
     HRESULT post(std::size_t number, LONG* result, Pointers... pointers) noexcept {
-        if (result == nullptr || ((pointers == nullptr) || ...)) return E_POINTER;
-        try {
+        return framed_call([&] {
+            if (result == nullptr || ((pointers == nullptr) || ...)) return E_POINTER;
             std::array<Incoming, sizeof...(Pointers)> incoming{Incoming(pointers)...};
             std::vector<Argument> arguments;
             for (Incoming& argument : incoming) {
@@ -177,9 +188,7 @@ private:
             }
             *result = call(member_table()[number], arguments);
             return S_OK;
-        } catch (...) {
-            return E_OUTOFMEMORY;
-        }
+        });
     }
 
     long references_ = 1;
