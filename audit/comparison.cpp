@@ -16,6 +16,22 @@ namespace {
 
 constexpr std::size_t past_all_events = std::numeric_limits<std::size_t>::max();
 
+struct CauseName {
+    Cause cause;
+    std::string_view name;
+};
+constexpr CauseName names[] = {
+    {Cause::refused_bill, "refused-bill"},     {Cause::not_posted, "not-posted"},
+    {Cause::posted_in_part, "posted-in-part"}, {Cause::posted_twice, "posted-twice"},
+    {Cause::not_taken_back, "not-taken-back"}, {Cause::taken_back_twice, "taken-back-twice"},
+    {Cause::null_quantity, "null-quantity"},   {Cause::duplicate_key, "duplicate-key"},
+    {Cause::blanks_in_key, "blanks-in-key"},   {Cause::width_of_key, "width-of-key"},
+    {Cause::wrong_status, "wrong-status"},     {Cause::unbalanced, "unbalanced"},
+    {Cause::negative_stock, "negative-stock"}, {Cause::missing_row, "missing-row"},
+    {Cause::extra_row, "extra-row"},           {Cause::changed_quantity, "changed-quantity"},
+};
+static_assert(std::size(names) == static_cast<std::size_t>(Cause::changed_quantity) + 1);
+
 using Differences = std::map<LedgerKey, Difference>;
 using AmountsByKey = std::map<LedgerKey, Amounts>;
 
@@ -269,6 +285,19 @@ private:
 };
 
 }  // namespace
+
+std::string_view name_of(Cause cause) { return std::ranges::find(names, cause, &CauseName::cause)->name; }
+
+std::optional<Cause> find_cause(std::string_view name) {
+    const auto found = std::ranges::find(names, name, &CauseName::name);
+    return found == std::end(names) ? std::nullopt : std::optional(found->cause);
+}
+
+std::vector<std::string> cause_names() {
+    std::vector<std::string> all;
+    for (const CauseName& row : names) all.emplace_back(row.name);
+    return all;
+}
 
 Amounts Difference::surplus() const { return sum_of(stored) - sum_of(expected); }
 

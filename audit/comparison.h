@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "audit/recomputation.h"
@@ -27,6 +28,15 @@ enum class Cause {
     extra_row,
     changed_quantity,
 };
+
+/// The name by which commands and files call a cause. Example: `extra-row`
+std::string_view name_of(Cause cause);
+
+/// The cause of that name; nothing if there is none.
+std::optional<Cause> find_cause(std::string_view name);
+
+/// The names of all causes, in the order of the causes.
+std::vector<std::string> cause_names();
 
 /// All rows of one key, where ledger and bills differ in them.
 struct Difference {

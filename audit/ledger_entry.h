@@ -42,6 +42,8 @@ struct LedgerEntry {
     /// The quantities, null counted as 0.
     [[nodiscard]] Amounts amounts() const;
     [[nodiscard]] bool has_null() const;
+
+    friend bool operator==(const LedgerEntry&, const LedgerEntry&) = default;
 };
 
 /// The row that a recordset of whole ledger rows stands on.

@@ -16,6 +16,8 @@ struct Repair {
 
     Text removal;                  ///< the statement that deletes all rows of the key; empty if they stay
     std::vector<Text> statements;  ///< to be run once every removal has been
+
+    friend bool operator==(const Repair&, const Repair&) = default;
 };
 
 /// The repairs of all that differs; a bill that cannot be posted has none.

@@ -2,6 +2,7 @@
 
 #include "tests/audit/spoilings.h"
 #include "tests/support/shell.h"
+#include "tests/support/terminal.h"
 
 // vantlo verify and vantlo repair, as a user runs them.
 
@@ -59,7 +60,7 @@ TEST_CASE("vantlo repair prints what would set the ledger right, and with --appl
           " where WID='W1' and GId='G1' and Model1='' and Model2='' and Status=0;\n"
           "commit;\n");
     CHECK(shell.vantlo("verify").exit_code == 3);
-    CHECK(shell.vantlo("repair --apply 2>/dev/null").output == printed.output);
+    CHECK(shell.vantlo("repair --apply --only changed-quantity --yes 2>/dev/null").output == printed.output);
     CHECK(shell.vantlo("verify").exit_code == 0);
     const auto database = open_connection("sqlite:" + shell.path("vantlo.db"));
     const ResultTable journal = database->run(
@@ -78,7 +79,7 @@ TEST_CASE("vantlo repair leaves all as it was if the ledger would still differ, 
     spoil(shell,
           u"create trigger Meddling after update on Inventory begin "
           u"update Inventory set OutQty=new.OutQty+1 where rowid=new.rowid; end");
-    const Finished refused = shell.vantlo("repair --apply");
+    const Finished refused = shell.vantlo("repair --apply --only changed-quantity --yes");
     CHECK(refused.exit_code == 1);
     CHECK(refused.has("all was rolled back"));
     const auto database = open_connection("sqlite:" + shell.path("vantlo.db"));
@@ -87,10 +88,92 @@ TEST_CASE("vantlo repair leaves all as it was if the ledger would still differ, 
 
     database->run(u"drop trigger Meddling");
     for (const TextView statement : spoilings().back().statements) database->run(statement);
-    CHECK(shell.vantlo("repair --apply").exit_code == 3);
+    CHECK(shell.vantlo("repair --apply --only changed-quantity --goods G1 --yes").exit_code == 3);
     const Finished verified = shell.vantlo("verify");
     CHECK(verified.exit_code == 3);
     CHECK(verified.has("1. A bill cannot be posted (1)\n   stock-in HUGE\n"));
+}
+
+/// The ledger's rows, as a test compares them.
+std::string ledger_of(const Shell& shell) { return shell.vantlo("ledger --format csv").output; }
+
+TEST_CASE("vantlo repair --apply runs nothing unless a cause is named, and says which there are") {
+    const Shell shell;
+    make_shop(shell);
+    const std::string before = ledger_of(shell);
+    spoil(shell, u"update GoodsUnit set UnitConverter=99");  // the ledger is right, the unit is what was changed
+    const Finished refused = shell.vantlo("repair --apply --yes");
+    CHECK(refused.exit_code == 7);
+    CHECK(refused.has("there is: changed-quantity\n"));
+    CHECK(ledger_of(shell) == before);
+    const Finished other = shell.vantlo("repair --apply --yes --only posted-twice");
+    CHECK(other.exit_code == 3);
+    CHECK(other.has("Not chosen: changed-quantity\n"));
+    CHECK(ledger_of(shell) == before);
+    CHECK(shell.vantlo("repair --only no-such-cause").exit_code == 2);
+}
+
+TEST_CASE("vantlo repair leaves rows without a bill alone unless their goods are named") {
+    const Shell shell;
+    make_shop(shell);
+    spoil(shell,
+          u"insert into Inventory(WID,GId,Model1,Model2,Status,InQty,OutQty,CurrentQty) "
+          u"values('W1','OPEN','','',0,8,0,8)");
+    const std::string before = ledger_of(shell);
+    const Finished left = shell.vantlo("repair --apply --yes --only extra-row");
+    CHECK(left.exit_code == 3);
+    CHECK(left.has("  extra-row  WID='W1' and GId='OPEN' and Model1='' and Model2='' and Status=0\n"));
+    CHECK(ledger_of(shell) == before);
+    CHECK(shell.vantlo("repair").has("There is nothing to repair.\n"));
+    CHECK(shell.vantlo("repair --apply --yes --only extra-row --goods OPEN --warehouse W2").exit_code == 3);
+    CHECK(ledger_of(shell) == before);
+    CHECK(shell.vantlo("repair --apply --yes --only extra-row --goods OPEN").exit_code == 0);
+    CHECK(ledger_of(shell).find("OPEN") == std::string::npos);
+}
+
+TEST_CASE("vantlo repair judges no row while a bill is not known in full") {
+    const TextView spoilings_of_bills[] = {
+        u"update StockBillItems set Actualqty='two' where BillId='R1'",
+        u"delete from StockBill where Id='R1'",
+        u"update StockBill set Kind='stock-inn' where Id='R1'",
+    };
+    for (const TextView statement : spoilings_of_bills) {
+        const Shell shell;
+        make_shop(shell);
+        const std::string before = ledger_of(shell);
+        spoil(shell, statement);
+        INFO(to_utf8(statement));
+        for (const std::string& cause : cause_names()) {
+            shell.vantlo("repair --apply --yes --only " + cause);
+            CHECK(ledger_of(shell) == before);
+        }
+        CHECK(shell.vantlo("repair").has("Left alone, since the bills do not tell what is right"));
+    }
+}
+
+TEST_CASE("vantlo repair asks on a terminal, and needs --yes where nobody can be asked") {
+    const Shell shell;
+    make_shop(shell);
+    spoil(shell, u"update Inventory set InQty=25,CurrentQty=20");
+    const std::string before = ledger_of(shell);
+    const std::string repair = "repair --apply --only changed-quantity";
+    const Finished unasked = shell.vantlo(repair + " </dev/null");
+    CHECK(unasked.exit_code == 2);
+    CHECK(unasked.has("nobody can be asked: say --yes\n"));
+    CHECK(ledger_of(shell) == before);
+    const auto answered = [&](const std::string& answer, const std::function<void()>& meanwhile) {
+        Terminal terminal(shell.in_folder(Shell::program() + " " + repair));
+        REQUIRE(terminal.wait_for("Go on? [y/N] "));
+        meanwhile();
+        terminal.type(answer + "\n");
+        return terminal.finish();
+    };
+    CHECK(answered("n", [] {}) == 7);
+    CHECK(ledger_of(shell) == before);
+    CHECK(answered("y", [&] { spoil(shell, u"update Inventory set InQty=26,CurrentQty=21"); }) == 1);
+    CHECK(ledger_of(shell).find("26") != std::string::npos);
+    CHECK(answered("y", [] {}) == 0);
+    CHECK(shell.vantlo("verify").exit_code == 0);
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include "tool/commands/command.h"
 
+#include <unistd.h>
+
 #include <cstdlib>
 #include <iostream>
 
@@ -12,6 +14,7 @@ namespace vantlo {
 namespace words {
 
 // clang-format off
+constexpr Message confirmation   = {"{} 是否继续？[y/N] ", "{} Go on? [y/N] "};
 constexpr Message commands       = {"命令", "Commands"};
 constexpr Message examples       = {"示例", "Examples"};
 constexpr Message command_footer   = {
@@ -108,6 +111,14 @@ std::string CommonOptions::engine() const {
 
 Bookkeeping CommonOptions::bookkeeping() const {
     return Bookkeeping(connect(), std::make_shared<PostingReport>(*this), language, guard);
+}
+
+std::optional<bool> ask_to_confirm(const CommonOptions& common, const std::string& question) {
+    if (::isatty(STDIN_FILENO) == 0) return std::nullopt;
+    std::cerr << common.say(words::confirmation, question) << std::flush;
+    std::string answer;
+    std::getline(std::cin, answer);
+    return answer == "y" || answer == "yes" || answer == "是";
 }
 
 void add_posting_options(CLI::App& command, CommonOptions& common) {

@@ -1,0 +1,57 @@
+#include "audit/repair_plan.h"
+
+#include <algorithm>
+
+namespace vantlo {
+
+namespace {
+
+constexpr std::size_t warehouse_part = 0;
+constexpr std::size_t goods_part = 1;
+
+/// Whether a list of ids has that part of every row's key, blanks around it aside.
+bool names_all(const std::vector<Text>& ids, const Finding& finding, std::size_t part) {
+    return std::ranges::all_of(finding.differences, [&](const Difference& rows) {
+        const std::optional<Text>& id = rows.key.parts[part];
+        return id &&
+               std::ranges::any_of(ids, [&](const Text& named) { return trim_blanks(named) == trim_blanks(*id); });
+    });
+}
+
+bool is_chosen(const Finding& finding, const RepairChoice& choice) {
+    return (choice.causes.empty() || std::ranges::count(choice.causes, finding.cause) > 0) &&
+           (choice.goods.empty() || names_all(choice.goods, finding, goods_part)) &&
+           (choice.warehouses.empty() || names_all(choice.warehouses, finding, warehouse_part));
+}
+
+bool has_no_bill(const Finding& finding) {
+    return std::ranges::all_of(finding.differences, [](const Difference& rows) { return rows.events.empty(); });
+}
+
+/// Whether verify could take every bill of the database into account.
+bool knows_all_bills(const Verification& verification) {
+    const BillTimeline& timeline = verification.course;
+    return timeline.lost.empty() && timeline.unknown_kind.empty() && timeline.headless.empty() &&
+           verification.expected.refusals.empty();
+}
+
+}  // namespace
+
+RepairPlan plan_repairs(const Verification& verification, const RepairChoice& choice) {
+    const bool is_certain = knows_all_bills(verification);
+    RepairPlan plan;
+    for (const Finding& finding : verification.findings) {
+        if (finding.differences.empty()) continue;  // a bill that cannot be posted has no row
+        const bool is_judged = is_certain && !has_no_bill(finding);
+        if (!is_chosen(finding, choice)) {
+            plan.not_chosen.push_back(finding);
+        } else if (!is_judged && choice.goods.empty()) {
+            plan.unjudged.push_back(finding);
+        } else {
+            plan.chosen.push_back(finding);
+        }
+    }
+    return plan;
+}
+
+}  // namespace vantlo
