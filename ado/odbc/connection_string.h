@@ -6,11 +6,15 @@
 namespace vantlo {
 
 /// A text in which the passwords of an ODBC connection string, wherever they occur, are replaced by three asterisks.
-/// Shape    `KEY=value;` pairs, the keys PWD and Password in any case; a value in braces ends at the closing brace, and
-///          two of those stand for one.
+/// Shape    `KEY=value;` pairs, the keys PWD, Passwd, Password and SSLPwd in any case; a value in braces ends at the closing
+///          brace, and two of those stand for one.
 std::string without_password(std::string text, std::string_view connection_string);
 
 /// Whether an ODBC connection string has a password that is not empty.
 bool has_password(std::string_view connection_string);
+
+/// The connection string with a password: passwords that are empty go, since some drivers take the first they find.
+/// Source   FreeTDS reads a value in braces only if a semicolon follows it.
+std::string with_password(std::string_view connection_string, std::string_view password);
 
 }  // namespace vantlo

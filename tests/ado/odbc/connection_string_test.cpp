@@ -21,6 +21,7 @@ TEST_CASE("without_password hides the passwords of a connection string wherever 
         {"PWD=*", "***", "*********"},
         {"UID=PWD;PWD=;Password={}", "nothing to hide", "nothing to hide"},
         {"DSN=shop;UID=u", "nothing to hide", "nothing to hide"},
+        {"Passwd=one;SSLpwd={two}", "one two three", "*** *** three"},
         {"PWD", "PWD", "PWD"},
         {"", "nothing to hide", "nothing to hide"},
     };
@@ -28,6 +29,14 @@ TEST_CASE("without_password hides the passwords of a connection string wherever 
         INFO(row.connection_string);
         CHECK(without_password(row.text, row.connection_string) == row.hidden);
     }
+}
+
+TEST_CASE("with_password puts the password at the end, closed by a semicolon, and takes empty ones out") {
+    CHECK(with_password("DSN=shop;UID=u", "geheim") == "DSN=shop;UID=u;PWD={geheim};");
+    CHECK(with_password("DSN=shop;", "a;b}c") == "DSN=shop;PWD={a;b}}c};");
+    CHECK(with_password("DSN=shop;PWD=;UID=u", "x") == "DSN=shop;UID=u;PWD={x};");
+    CHECK(with_password("Password={};DSN=shop", "x") == "DSN=shop;PWD={x};");
+    CHECK(with_password("pwd =", "x") == "PWD={x};");
 }
 
 }  // namespace
