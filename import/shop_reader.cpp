@@ -32,6 +32,7 @@ constexpr Message text_expected  = {"{}：应为文字，而不是{}", "{}: a te
 constexpr Message number_expected = {"{}：应为数字，而不是{}", "{}: a number is expected, not {}"};
 constexpr Message whole_number_expected = {"{}：应为整数，而不是{}", "{}: a whole number is expected, not {}"};
 constexpr Message text_with_nul  = {"{}：文字中有 NUL 字符", "{}: the text contains the character NUL"};
+constexpr Message text_with_control = {"{}：文字中有换行或其他控制字符", "{}: the text contains a line break or another control character"};
 constexpr Message text_too_long  = {"{}：有 {} 个字符，只能保存 {} 个：{}", "{}: {} characters, where only {} are kept: {}"};
 constexpr Message number_too_large = {"{}：{} 太大", "{}: {} is too large"};
 constexpr Message number_inexact = {"{}：{} 会保存为 {}", "{}: {} would be kept as {}"};
@@ -60,6 +61,16 @@ std::optional<Number> number_from(const std::string& text) {
     if (stopped != end || problem == std::errc::invalid_argument) return std::nullopt;
     if (problem == std::errc::result_out_of_range) return std::numeric_limits<Number>::max();
     return number;
+}
+
+/// Whether people may write lines into a field. Every other text is a key, or is shown beside one.
+bool may_have_lines(std::string_view field) { return field == "remarks" || field == "name"; }
+
+/// Line breaks, tabs and other characters that show nothing and change what stands around them.
+bool has_control_character(TextView text) {
+    return std::ranges::any_of(text, [](char16_t unit) {
+        return unit < u' ' || (unit >= 0x7F && unit < 0xA0) || unit == 0x2028 || unit == 0x2029;
+    });
 }
 
 /// What a line of a bill, or a bill that is about one kind of goods, cannot be without.
@@ -222,6 +233,8 @@ Text ShopReader::read_text(const InputValue& value, std::string_view field, cons
     Text text = from_utf8(value.text);
     if (text.find(u'\0') != Text::npos) {
         tell(value.offset, words::text_with_nul, field);
+    } else if (has_control_character(text) && !may_have_lines(field)) {
+        tell(value.offset, words::text_with_control, field);
     } else if (text.size() > limit.longest_text) {
         tell(value.offset, words::text_too_long, field, text.size(), limit.longest_text, shown(value));
     }

@@ -6,7 +6,6 @@
 #include <iostream>
 #include <span>
 
-#include "ado/odbc/connection_string.h"
 #include "automation/error.h"
 #include "bookkeeping/interrupt.h"
 #include "import/shop_file.h"
@@ -29,8 +28,6 @@ constexpr Message lang_option    = {"语言：zh 或 en；缺省取自区域设�
 constexpr Message main_footer     = {
     "每个命令都有自己的帮助和示例：vantlo save --help",
     "Every command has help and examples of its own: vantlo save --help"};
-constexpr Message password_shown = {"命令行参数中不得有密码，本机的其他用户都能看到；请放入环境变量 VANTLO_PASSWORD，或将整个连接字符串放入 VANTLO_DB",
-                                           "no passwords in arguments, where everybody on the machine can read them: put it into the environment's VANTLO_PASSWORD, or the whole connection string into VANTLO_DB"};
 constexpr Message something_missing = {"缺少参数或命令（{}）", "something is missing ({})"};
 constexpr Message something_unknown = {"不认识的参数或命令（{}）", "something is unknown ({})"};
 constexpr Message bad_value      = {"值无效（{}）", "a value is wrong ({})"};
@@ -162,6 +159,6 @@ int main(int count, char** arguments) {
         std::cerr << "vantlo: " << failure.what() << '\n';
         return static_cast<int>(ExitCode::no_database);
     }
-    if (std::ranges::any_of(common.databases, has_password)) return usage_error(common.say(words::password_shown));
+    if (const Message* const fault = common.fault_of_databases()) return usage_error(common.say(*fault));
     return static_cast<int>(run(invocation));
 }

@@ -2,7 +2,9 @@
 
 #include <filesystem>
 #include <iterator>
+#include <string>
 
+#include "ado/native/open_connection.h"
 #include "tests/support/shell.h"
 
 // A dry run does everything but keep it.
@@ -82,6 +84,32 @@ TEST_CASE("A dry run fails where the real one would, by the same exit code") {
     CHECK(shell.vantlo("delete --fail-on-negative stock-in B1").exit_code == 7);
     CHECK(shell.vantlo("save --dry-run none.json").exit_code == 5);
     CHECK(shell.vantlo("--db none.db save --dry-run bills.json").exit_code == 4);
+}
+
+TEST_CASE("Keys with line breaks are refused, and a dry run of one that is stored comments each of its lines") {
+    const Shell shell;
+    shell.vantlo("init");
+    for (const std::string field :
+         {"\"id\": \"B1\\ndelete from Inventory;\"", "\"id\": \"B1\\u0085\"", "\"id\": \"B\\u001b[2J\""}) {
+        shell.file("bills.json", R"({"bills": [{"kind": "stock-in", )" + field +
+                                     R"(, "lines": [{"goods": "G1", "quantity": 1, "receiver": "W1"}]}]})");
+        const Finished refused = shell.vantlo("save --dry-run bills.json");
+        CHECK(refused.exit_code == 5);
+        CHECK(refused.has("id: the text contains a line break or another control character"));
+    }
+    shell.file("bills.json", three_bills);
+    shell.vantlo("save bills.json");
+    const auto database = open_connection("sqlite:" + shell.path("vantlo.db"));
+    for (const char* const table : {"update StockBill set Id=", "update StockBillItems set BillId="}) {
+        database->run_script(std::string(table) + "'B1\ndelete from Inventory;' where " +
+                             (std::string(table).find("Items") == std::string::npos ? "Id" : "BillId") + "='B1';");
+    }
+    const std::string before = shell.vantlo("ledger --format csv").output;
+    const Finished script = shell.run(
+        shell.program() + " delete --dry-run stock-in \"$(printf 'B1\\ndelete from Inventory;')\" 2>/dev/null");
+    CHECK(script.exit_code == 0);
+    CHECK_MESSAGE(script.output.starts_with("-- stock-in B1\n-- delete from Inventory;\n"), script.output);
+    CHECK(shell.vantlo("ledger --format csv").output == before);
 }
 
 }  // namespace

@@ -189,6 +189,7 @@ TEST_CASE("vantlo import names each fault of a CSV file with its place") {
         {"b.csv", rows_of("loss,B1,,G1,box,1,W1\nloss,B2,,G1,box,1,W1\nloss,B1,,G1,box,1,W1\n"),
          "b.csv:4:6: loss B1 is given twice; it stands at b.csv:2:6 already\n"},
         {"b.csv", rows_of("loss,B1,,\"G\n1\",box,x,W1\r\nloss,B2,,G1,box,y,W1\n"),
+         "b.csv:2:10: goods: the text contains a line break or another control character\n"
          "b.csv:3:8: quantity: a number is expected, not \"x\"\n"
          "b.csv:4:17: quantity: a number is expected, not \"y\"\n"},
         // bytes

@@ -140,6 +140,25 @@ TEST_CASE_FIXTURE(Shop, "The picture holds every warehouse and day, as a drawing
     CHECK(shell.vantlo("ledger --as-picture stock.svg --format csv").exit_code == 2);
 }
 
+TEST_CASE_FIXTURE(Shop, "A picture is written whole or not at all, and over nothing but a picture") {
+    const std::string database = file("vantlo.db");
+    CHECK(shell.vantlo("ledger --as-picture vantlo.db").exit_code == 2);
+    shell.run("ln -s vantlo.db linked.svg");
+    CHECK(shell.vantlo("ledger --as-picture linked.svg").exit_code == 5);
+    shell.file("notes.html", "my notes");
+    CHECK(shell.vantlo("ledger --as-picture notes.html").has("notes.html is there and is no such picture"));
+    CHECK(file("notes.html") == "my notes");
+    CHECK(file("vantlo.db") == database);
+
+    CHECK(shell.vantlo("ledger --as-picture stock.svg").exit_code == 0);
+    const std::string picture = file("stock.svg");
+    CHECK(shell.vantlo("ledger --as-picture stock.svg --warehouse W1").exit_code == 0);
+    CHECK(file("stock.svg") != picture);
+    shell.file("empty.svg", "");
+    CHECK(shell.vantlo("ledger --as-picture empty.svg").exit_code == 0);
+    CHECK(!shell.run("ls").has(".new"));
+}
+
 TEST_CASE("vantlo explain tells each member's parameters, moves and callers") {
     const Shell shell;
     const Finished list = shell.vantlo("explain");

@@ -155,6 +155,7 @@ const Fence fences[] = {
     {"sqlext.h",     {"ado/odbc/"}},
     {"sqlucode.h",   {"ado/odbc/"}},
     {"unistd.h",     {"tool/"}},
+    {"fcntl.h",      {"tool/"}},
     {"sys/",         {"tool/"}},
 };
 // clang-format on

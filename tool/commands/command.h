@@ -26,6 +26,9 @@ struct CommonOptions {
         return vantlo::say(language, wording, values...);
     }
 
+    /// What is wrong with the names of the databases; null if nothing is.
+    [[nodiscard]] const Message* fault_of_databases() const;
+
     /// Opens the databases in turn, for a rehearsal in a dry run; a bare file name stands for an SQLite file. Without any, VANTLO_DB names it.
     /// `may_create` says whether an SQLite file that does not exist is made.
     [[nodiscard]] Connect connect(bool may_create = false) const;

@@ -1,6 +1,5 @@
 #include <unistd.h>
 
-#include <fstream>
 #include <iostream>
 
 #include "bills/ledger_row.h"
@@ -9,6 +8,7 @@
 #include "tool/output/ledger_formats.h"
 #include "tool/output/ledger_picture.h"
 #include "tool/output/ledger_table.h"
+#include "tool/output/replace_file.h"
 #include "tool/output/table_output.h"
 
 namespace vantlo {
@@ -26,6 +26,8 @@ constexpr Message format_option  = {"输出格式：table、json、jsonl 或 csv
 constexpr Message picture_option = {"改为写入图片文件：.svg 或 .html", "Write a picture instead: an .svg drawing or an .html page"};
 constexpr Message ledger_csv_example = {"将台账写成 CSV", "Write the ledger as CSV"};
 constexpr Message ledger_picture_example = {"画出各仓库的库存和每日进出", "Draw the stock of each warehouse and the movement by day"};
+constexpr Message is_no_picture  = {"{} 已存在，且不是图片文件；未改动", "{} is there and is no such picture; it was left alone"};
+constexpr Message picture_name   = {"文件名须以 .svg 或 .html 结尾", "the name of a picture ends with .svg or .html"};
 constexpr Message cannot_write   = {"无法写入 {}", "{} cannot be written"};
 // clang-format on
 
@@ -55,10 +57,12 @@ std::string formatted(const std::vector<LedgerRow>& rows, const std::string& for
 
 void write_picture(NativeConnection& database, const Wanted& wanted, const CommonOptions& common) {
     const LedgerPicture picture = read_picture(database, wanted.filter(), common.language);
-    std::ofstream file(wanted.picture);
-    file << (wanted.picture.ends_with(".html") ? picture_page(picture, common.language)
-                                               : picture_svg(picture, common.language));
-    if (!file.flush()) throw BadInput(common.say(words::cannot_write, wanted.picture));
+    const bool is_page = wanted.picture.ends_with(".html");
+    const Replaced replaced =
+        is_page ? replace_file(wanted.picture, "<!doctype html>", picture_page(picture, common.language))
+                : replace_file(wanted.picture, "<svg ", picture_svg(picture, common.language));
+    if (replaced == Replaced::is_something_else) throw BadInput(common.say(words::is_no_picture, wanted.picture));
+    if (replaced == Replaced::not_written) throw BadInput(common.say(words::cannot_write, wanted.picture));
 }
 
 ExitCode show_ledger(const CommonOptions& common, const Wanted& wanted) {
@@ -88,6 +92,9 @@ void add_ledger(CLI::App& app, Invocation& invocation) {
                                     ->check(CLI::IsMember({"table", "json", "jsonl", "csv"}))
                                     ->type_name("FORMAT");
     command->add_option("--as-picture", wanted->picture, common.say(words::picture_option))
+        ->check([&common](const std::string& name) {
+            return name.ends_with(".svg") || name.ends_with(".html") ? "" : common.say(words::picture_name);
+        })
         ->type_name("FILE")
         ->excludes(format);
     command->callback([&invocation, wanted] {

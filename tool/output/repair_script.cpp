@@ -1,5 +1,6 @@
 #include "tool/output/repair_script.h"
 
+#include "tool/output/sql_comment.h"
 #include "tool/output/verify_report.h"
 
 namespace vantlo {
@@ -11,7 +12,7 @@ std::string script_of(const std::vector<Repair>& repairs, const std::string& dia
     if (dialect == "mariadb") script += "set sql_mode=concat(@@sql_mode,',NO_BACKSLASH_ESCAPES');\n";
     const bool has_transactions = dialect != "access";
     if (has_transactions) script += dialect == "sqlserver" ? "begin transaction;\n" : "begin;\n";
-    const auto comment = [&](const Repair& repair) { return "-- " + cause_text(repair.cause, language) + "\n"; };
+    const auto comment = [&](const Repair& repair) { return sql_comment(cause_text(repair.cause, language)); };
     for (const Repair& repair : repairs) {
         if (!repair.removal.empty()) script += comment(repair) + to_utf8(repair.removal) + ";\n";
     }

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace vantlo {
+
+enum class Replaced {
+    done,
+    is_something_else,  ///< the name belongs to what does not begin as such a file does, and stays as it is
+    not_written,        ///< nothing was changed
+};
+
+/// Writes a file whole or not at all: into a new file beside it, which then takes its name.
+/// `beginning` is how such files begin: what is there under the name is replaced only if it is empty or begins so too.
+Replaced replace_file(const std::string& path, std::string_view beginning, const std::string& content);
+
+}  // namespace vantlo
