@@ -20,6 +20,9 @@ constexpr wchar_t other_platform[] = L"win64";
 /// What the system marshals automation interfaces with.
 constexpr wchar_t automation_proxy[] = L"{00020424-0000-0000-C000-000000000046}";
 
+/// The locales under which a type library is found: its own, and none, where the system's marshaller looks.
+constexpr const wchar_t* locales[] = {L"409", L"0"};
+
 constexpr wchar_t class_name[] = L"Vantlo.Inventory_Class";
 constexpr wchar_t versioned_class_name[] = L"Vantlo.Inventory_Class.3";
 
@@ -72,8 +75,8 @@ std::vector<Library> libraries() {
 std::wstring class_key() { return L"CLSID\\" + braced(CLSID_Inventory_Class); }
 std::wstring interface_key(const Interface& entry) { return L"Interface\\" + braced(entry.identifier); }
 std::wstring library_key(const Library& library) { return L"TypeLib\\" + braced(library.identifier); }
-std::wstring library_file_key(const Library& library, const wchar_t* of_platform) {
-    return library_key(library) + L"\\" + library.version + L"\\409\\" + of_platform;
+std::wstring library_file_key(const Library& library, const wchar_t* locale, const wchar_t* of_platform) {
+    return library_key(library) + L"\\" + library.version + L"\\" + locale + L"\\" + of_platform;
 }
 
 std::vector<Row> rows_for(const std::wstring& path) {
@@ -100,7 +103,9 @@ std::vector<Row> rows_for(const std::wstring& path) {
         rows.push_back({version, nullptr, library.title});
         rows.push_back({version + L"\\FLAGS", nullptr, L"0"});
         rows.push_back({version + L"\\HELPDIR", nullptr, folder});
-        rows.push_back({library_file_key(library, platform), nullptr, path + library.resource});
+        for (const wchar_t* locale : locales) {
+            rows.push_back({library_file_key(library, locale, platform), nullptr, path + library.resource});
+        }
         for (const Interface& entry : library.interfaces) {
             rows.push_back({interface_key(entry), nullptr, entry.name});
             rows.push_back({interface_key(entry) + L"\\ProxyStubClsid32", nullptr, automation_proxy});
@@ -117,7 +122,9 @@ OwnedKeys owned_keys() {
     keys.of_both = {class_name, versioned_class_name};
     for (const Library& library : libraries()) {
         for (const Interface& entry : library.interfaces) keys.of_this_platform.push_back(interface_key(entry));
-        keys.of_this_platform.push_back(library_file_key(library, platform));
+        for (const wchar_t* locale : locales) {
+            keys.of_this_platform.push_back(library_file_key(library, locale, platform));
+        }
         keys.of_both.push_back(library_key(library));
     }
     return keys;
@@ -176,7 +183,7 @@ LSTATUS remove_all(const Key& classes) {
     };
     remove(keys.of_this_platform);
     // Both bitnesses see the same type libraries; the other one's entry there tells that it is still registered.
-    if (!classes.has(library_file_key(libraries().front(), other_platform))) remove(keys.of_both);
+    if (!classes.has(library_file_key(libraries().front(), locales[0], other_platform))) remove(keys.of_both);
     // A user's own classes may have had none of these before; one that holds anything else stays.
     for (const wchar_t* container : {L"CLSID", L"Interface", L"TypeLib"}) classes.remove_if_empty(container);
     return first_failure;

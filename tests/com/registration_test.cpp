@@ -122,8 +122,10 @@ std::wstring serving_file() {
 
 void check_type_library() {
     for (const auto& [identifier, major] : {std::pair(&LIBID_Vantlo, 3), std::pair(&LIBID_Corvane, 1)}) {
-        ComPointer<ITypeLib> library;
-        CHECK(LoadRegTypeLib(*identifier, static_cast<WORD>(major), 0, 0x409, library.out()) == S_OK);
+        for (const LCID locale : {LCID{0x409}, LCID{0}}) {
+            ComPointer<ITypeLib> library;
+            CHECK(LoadRegTypeLib(*identifier, static_cast<WORD>(major), 0, locale, library.out()) == S_OK);
+        }
     }
 }
 
