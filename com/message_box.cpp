@@ -2,6 +2,8 @@
 
 #include <windows.h>
 
+#include "com/registration.h"
+
 namespace vantlo {
 
 namespace {
@@ -51,10 +53,19 @@ HWND owner_of_boxes() {
     return window != nullptr ? GetLastActivePopup(window) : nullptr;
 }
 
+/// Whether the event log knows the component: a source that it does not know has no texts there.
+bool is_event_source() {
+    HKEY found = nullptr;
+    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, event_source_key, 0, KEY_READ, &found) != ERROR_SUCCESS) return false;
+    RegCloseKey(found);
+    return true;
+}
+
 void write_to_event_log(const wchar_t* text) {
-    const HANDLE log = RegisterEventSourceW(nullptr, L"Vantlo");
+    constexpr DWORD text_as_it_stands = 1;  // the one event of the resource
+    const HANDLE log = is_event_source() ? RegisterEventSourceW(nullptr, event_source) : nullptr;
     if (log == nullptr) return;
-    ReportEventW(log, EVENTLOG_WARNING_TYPE, 0, 0, nullptr, 1, 0, &text, nullptr);
+    ReportEventW(log, EVENTLOG_WARNING_TYPE, 0, text_as_it_stands, nullptr, 1, 0, &text, nullptr);
     DeregisterEventSource(log);
 }
 

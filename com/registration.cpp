@@ -3,6 +3,7 @@
 #include <olectl.h>
 #include <vantlo.h>  // made from com/idl/vantlo.idl
 
+#include <algorithm>
 #include <vector>
 
 namespace vantlo {
@@ -39,12 +40,6 @@ struct Row {
     std::wstring value;
 };
 
-/// The keys that a registration owns with everything below them.
-struct OwnedKeys {
-    std::vector<std::wstring> of_this_platform;
-    std::vector<std::wstring> of_both;  ///< kept as long as the other bitness is registered
-};
-
 struct Interface {
     REFGUID identifier;
     const wchar_t* name;
@@ -75,15 +70,17 @@ std::vector<Library> libraries() {
 std::wstring class_key() { return L"CLSID\\" + braced(CLSID_Inventory_Class); }
 std::wstring interface_key(const Interface& entry) { return L"Interface\\" + braced(entry.identifier); }
 std::wstring library_key(const Library& library) { return L"TypeLib\\" + braced(library.identifier); }
+std::wstring version_key(const Library& library) { return library_key(library) + L"\\" + library.version; }
+std::wstring locale_key(const Library& library, const wchar_t* locale) { return version_key(library) + L"\\" + locale; }
 std::wstring library_file_key(const Library& library, const wchar_t* locale, const wchar_t* of_platform) {
-    return library_key(library) + L"\\" + library.version + L"\\" + locale + L"\\" + of_platform;
+    return locale_key(library, locale) + L"\\" + of_platform;
 }
 
-std::vector<Row> rows_for(const std::wstring& path) {
+/// What makes the class known.
+std::vector<Row> class_rows(const std::wstring& path) {
     const std::wstring identifier = braced(CLSID_Inventory_Class);
-    const std::wstring folder = path.substr(0, path.find_last_of(L'\\'));
     const std::wstring server = class_key() + L"\\InprocServer32";
-    std::vector<Row> rows = {
+    return {
         {class_name, nullptr, class_name},
         {std::wstring(class_name) + L"\\CLSID", nullptr, identifier},
         {std::wstring(class_name) + L"\\CurVer", nullptr, versioned_class_name},
@@ -98,45 +95,39 @@ std::vector<Row> rows_for(const std::wstring& path) {
         {class_key() + L"\\Version", nullptr, L"3.0"},
         {class_key() + L"\\Programmable", nullptr, L""},
     };
-    for (const Library& library : libraries()) {
-        const std::wstring version = library_key(library) + L"\\" + library.version;
-        rows.push_back({version, nullptr, library.title});
-        rows.push_back({version + L"\\FLAGS", nullptr, L"0"});
-        rows.push_back({version + L"\\HELPDIR", nullptr, folder});
-        for (const wchar_t* locale : locales) {
-            rows.push_back({library_file_key(library, locale, platform), nullptr, path + library.resource});
-        }
-        for (const Interface& entry : library.interfaces) {
-            rows.push_back({interface_key(entry), nullptr, entry.name});
-            rows.push_back({interface_key(entry) + L"\\ProxyStubClsid32", nullptr, automation_proxy});
-            rows.push_back({interface_key(entry) + L"\\TypeLib", nullptr, braced(library.identifier)});
-            rows.push_back({interface_key(entry) + L"\\TypeLib", L"Version", library.version});
-        }
+}
+
+/// What makes one of the file's type libraries known, and its interfaces.
+std::vector<Row> library_rows(const Library& library, const std::wstring& path) {
+    const std::wstring version = version_key(library);
+    std::vector<Row> rows = {
+        {version, nullptr, library.title},
+        {version + L"\\FLAGS", nullptr, L"0"},
+        {version + L"\\HELPDIR", nullptr, path.substr(0, path.find_last_of(L'\\'))},
+    };
+    for (const wchar_t* locale : locales) {
+        rows.push_back({library_file_key(library, locale, platform), nullptr, path + library.resource});
+    }
+    for (const Interface& entry : library.interfaces) {
+        rows.push_back({interface_key(entry), nullptr, entry.name});
+        rows.push_back({interface_key(entry) + L"\\ProxyStubClsid32", nullptr, automation_proxy});
+        rows.push_back({interface_key(entry) + L"\\TypeLib", nullptr, braced(library.identifier)});
+        rows.push_back({interface_key(entry) + L"\\TypeLib", L"Version", library.version});
     }
     return rows;
 }
 
-OwnedKeys owned_keys() {
-    OwnedKeys keys;
-    keys.of_this_platform = {class_key()};
-    keys.of_both = {class_name, versioned_class_name};
-    for (const Library& library : libraries()) {
-        for (const Interface& entry : library.interfaces) keys.of_this_platform.push_back(interface_key(entry));
-        for (const wchar_t* locale : locales) {
-            keys.of_this_platform.push_back(library_file_key(library, locale, platform));
-        }
-        keys.of_both.push_back(library_key(library));
-    }
-    return keys;
-}
+/// Whether two texts are the same path, or the same identifier.
+bool equal(const std::wstring& left, const std::wstring& right) { return lstrcmpiW(left.c_str(), right.c_str()) == 0; }
 
-/// An open key of the registry.
+std::wstring file_name(const std::wstring& path) { return path.substr(path.find_last_of(L'\\') + 1); }
+
+/// An open key of the registry. What is named below it is named by its path from there.
 class Key {
 public:
     /// Errors   a key that cannot be opened or made is not `open`.
-    explicit Key(RegistrationScope scope) {
-        const HKEY root = scope == RegistrationScope::machine ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER;
-        status_ = RegCreateKeyExW(root, L"Software\\Classes", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key_, nullptr);
+    Key(HKEY root, const wchar_t* path) {
+        status_ = RegCreateKeyExW(root, path, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key_, nullptr);
     }
     Key(const Key&) = delete;
     Key& operator=(const Key&) = delete;
@@ -151,6 +142,16 @@ public:
         const auto size = static_cast<DWORD>((row.value.size() + 1) * sizeof(wchar_t));
         return RegSetKeyValueW(key_, row.key.c_str(), row.name, REG_SZ, row.value.c_str(), size);
     }
+    [[nodiscard]] LSTATUS set(const std::vector<Row>& rows) const {
+        for (const Row& row : rows) {
+            const LSTATUS status = set(row);
+            if (status != ERROR_SUCCESS) return status;
+        }
+        return ERROR_SUCCESS;
+    }
+    [[nodiscard]] LSTATUS set_number(const wchar_t* below, const wchar_t* name, DWORD value) const {
+        return RegSetKeyValueW(key_, below, name, REG_DWORD, &value, sizeof value);
+    }
 
     [[nodiscard]] bool has(const std::wstring& below) const {
         HKEY found = nullptr;
@@ -159,7 +160,34 @@ public:
         return true;
     }
 
-    void remove_if_empty(const wchar_t* below) const { RegDeleteKeyW(key_, below); }
+    /// The names of the keys right below.
+    [[nodiscard]] std::vector<std::wstring> keys_of(const std::wstring& below) const {
+        std::vector<std::wstring> names;
+        HKEY found = nullptr;
+        if (RegOpenKeyExW(key_, below.c_str(), 0, KEY_READ, &found) != ERROR_SUCCESS) return names;
+        wchar_t name[256];  // no key's name is longer
+        for (DWORD i = 0, length = 256; RegEnumKeyExW(found, i, name, &length, nullptr, nullptr, nullptr, nullptr) == 0;
+             ++i, length = 256) {
+            names.emplace_back(name);
+        }
+        RegCloseKey(found);
+        return names;
+    }
+
+    /// A text; empty where there is none.
+    [[nodiscard]] std::wstring text(const std::wstring& below, const wchar_t* name = nullptr) const {
+        DWORD size = 0;
+        const auto read = [&](wchar_t* into) {
+            return RegGetValueW(key_, below.c_str(), name, RRF_RT_REG_SZ, nullptr, into, &size);
+        };
+        if (read(nullptr) != ERROR_SUCCESS) return {};
+        std::wstring value(size / sizeof(wchar_t), L'\0');
+        if (read(value.data()) != ERROR_SUCCESS) return {};
+        return value.c_str();
+    }
+
+    /// Removes a key that has no keys below it.
+    void remove_leaf(const std::wstring& below) const { RegDeleteKeyW(key_, below.c_str()); }
 
     /// Removes a key with everything below it; one that is not there counts as removed.
     [[nodiscard]] LSTATUS remove(const std::wstring& below) const {
@@ -172,41 +200,126 @@ private:
     LSTATUS status_ = ERROR_SUCCESS;
 };
 
-LSTATUS remove_all(const Key& classes) {
-    const OwnedKeys keys = owned_keys();
+/// The classes of everyone, or of the current user.
+Key classes_of(RegistrationScope scope) {
+    return {scope == RegistrationScope::machine ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER, L"Software\\Classes"};
+}
+
+/// Whether a type library is registered in another file that is there, and no copy of the component.
+bool is_of_another(const Key& classes, const Library& library, const std::wstring& path) {
+    const std::wstring file = classes.text(library_file_key(library, locales[0], platform));
+    if (file.empty() || equal(file, path + library.resource)) return false;
+    return GetFileAttributesW(file.c_str()) != INVALID_FILE_ATTRIBUTES && !equal(file_name(file), file_name(path));
+}
+
+/// Whether a type library is registered for the other bitness.
+bool has_other_platform(const Key& classes, const Library& library) {
+    return classes.has(library_file_key(library, locales[0], other_platform));
+}
+
+LSTATUS remove_library(const Key& classes, const Library& library, const std::wstring& path) {
+    const std::wstring registered = classes.text(library_file_key(library, locales[0], platform));
+    if (!registered.empty() && !equal(registered, path + library.resource)) return ERROR_SUCCESS;
     LSTATUS first_failure = ERROR_SUCCESS;
-    const auto remove = [&](const std::vector<std::wstring>& owned) {
-        for (const std::wstring& key : owned) {
-            const LSTATUS status = classes.remove(key);
-            if (first_failure == ERROR_SUCCESS) first_failure = status;
-        }
+    const auto remove = [&](const std::wstring& key) {
+        const LSTATUS status = classes.remove(key);
+        if (first_failure == ERROR_SUCCESS) first_failure = status;
     };
-    remove(keys.of_this_platform);
-    // Both bitnesses see the same type libraries; the other one's entry there tells that it is still registered.
-    if (!classes.has(library_file_key(libraries().front(), locales[0], other_platform))) remove(keys.of_both);
-    // A user's own classes may have had none of these before; one that holds anything else stays.
-    for (const wchar_t* container : {L"CLSID", L"Interface", L"TypeLib"}) classes.remove_if_empty(container);
+    for (const Interface& entry : library.interfaces) {
+        const std::wstring named = classes.text(interface_key(entry) + L"\\TypeLib");
+        if (named.empty() || equal(named, braced(library.identifier))) remove(interface_key(entry));
+    }
+    for (const wchar_t* locale : locales) {
+        remove(library_file_key(library, locale, platform));
+        classes.remove_leaf(locale_key(library, locale));
+    }
+    // Another locale's file, the other bitness, or another version of the library stays.
+    const std::vector<std::wstring> left = classes.keys_of(version_key(library));
+    const bool in_use = std::ranges::any_of(
+        left, [](const std::wstring& key) { return !equal(key, L"FLAGS") && !equal(key, L"HELPDIR"); });
+    if (!in_use) remove(version_key(library));
+    classes.remove_leaf(library_key(library));
     return first_failure;
+}
+
+LSTATUS remove_class(const Key& classes, const std::wstring& path) {
+    const std::wstring registered = classes.text(class_key() + L"\\InprocServer32");
+    if (!registered.empty() && !equal(registered, path)) return ERROR_SUCCESS;
+    LSTATUS first_failure = classes.remove(class_key());
+    // Both bitnesses see the same names, and the same type libraries, which tell that the other one is registered.
+    if (has_other_platform(classes, libraries().front())) return first_failure;
+    for (const wchar_t* name : {class_name, versioned_class_name}) {
+        const LSTATUS status = classes.remove(name);
+        if (first_failure == ERROR_SUCCESS) first_failure = status;
+    }
+    return first_failure;
+}
+
+LSTATUS remove_all(const Key& classes, const std::wstring& path) {
+    LSTATUS first_failure = remove_class(classes, path);
+    for (const Library& library : libraries()) {
+        const LSTATUS status = remove_library(classes, library, path);
+        if (first_failure == ERROR_SUCCESS) first_failure = status;
+    }
+    // A user's own classes may have had none of these before; one that holds anything else stays.
+    for (const wchar_t* container : {L"CLSID", L"Interface", L"TypeLib"}) classes.remove_leaf(container);
+    return first_failure;
+}
+
+LSTATUS add_all(const Key& classes, const std::wstring& path) {
+    const LSTATUS status = classes.set(class_rows(path));
+    if (status != ERROR_SUCCESS) return status;
+    for (const Library& library : libraries()) {
+        // The line objects' library may have come with the objects themselves.
+        if (is_of_another(classes, library, path)) continue;
+        const LSTATUS of_library = classes.set(library_rows(library, path));
+        if (of_library != ERROR_SUCCESS) return of_library;
+    }
+    return ERROR_SUCCESS;
+}
+
+/// The event sources of the machine. The event log finds a source's texts by the file that is named there.
+Key event_sources() { return {HKEY_LOCAL_MACHINE, event_sources_key}; }
+
+LSTATUS add_event_source(const std::wstring& path) {
+    const Key sources = event_sources();
+    if (!sources.is_open()) return sources.status();
+    constexpr DWORD all_types = EVENTLOG_ERROR_TYPE | EVENTLOG_WARNING_TYPE | EVENTLOG_INFORMATION_TYPE;
+    const LSTATUS status = sources.set(Row{event_source, L"EventMessageFile", path});
+    return status != ERROR_SUCCESS ? status : sources.set_number(event_source, L"TypesSupported", all_types);
+}
+
+/// Takes the event source away, or hands it to the component of the other bitness.
+LSTATUS remove_event_source(const Key& classes, const std::wstring& path) {
+    const Key sources = event_sources();
+    if (!sources.is_open()) return sources.status();
+    if (!equal(sources.text(event_source, L"EventMessageFile"), path)) return ERROR_SUCCESS;
+    const std::wstring other = classes.text(library_file_key(libraries().front(), locales[0], other_platform));
+    return other.empty() ? sources.remove(event_source) : sources.set(Row{event_source, L"EventMessageFile", other});
 }
 
 }  // namespace
 
 HRESULT register_component(RegistrationScope scope, const std::wstring& path) {
-    const Key classes(scope);
+    const Key classes = classes_of(scope);
     if (!classes.is_open()) return HRESULT_FROM_WIN32(static_cast<DWORD>(classes.status()));
-    for (const Row& row : rows_for(path)) {
-        const LSTATUS status = classes.set(row);
-        if (status == ERROR_SUCCESS) continue;
-        remove_all(classes);
-        return SELFREG_E_CLASS;
-    }
-    return S_OK;
+    LSTATUS status = add_all(classes, path);
+    // A user has no event sources of their own.
+    if (status == ERROR_SUCCESS && scope == RegistrationScope::machine) status = add_event_source(path);
+    if (status == ERROR_SUCCESS) return S_OK;
+    unregister_component(scope, path);
+    return SELFREG_E_CLASS;
 }
 
-HRESULT unregister_component(RegistrationScope scope) {
-    const Key classes(scope);
+HRESULT unregister_component(RegistrationScope scope, const std::wstring& path) {
+    const Key classes = classes_of(scope);
     if (!classes.is_open()) return HRESULT_FROM_WIN32(static_cast<DWORD>(classes.status()));
-    return remove_all(classes) == ERROR_SUCCESS ? S_OK : SELFREG_E_CLASS;
+    LSTATUS status = remove_all(classes, path);
+    if (scope == RegistrationScope::machine) {
+        const LSTATUS of_source = remove_event_source(classes, path);
+        if (status == ERROR_SUCCESS) status = of_source;
+    }
+    return status == ERROR_SUCCESS ? S_OK : SELFREG_E_CLASS;
 }
 
 }  // namespace vantlo

@@ -99,7 +99,7 @@ STDAPI DllRegisterServer() {
 }
 
 STDAPI DllUnregisterServer() {
-    return server::exported([] { return unregister_component(RegistrationScope::machine); });
+    return server::exported([] { return unregister_component(RegistrationScope::machine, server::path()); });
 }
 
 /// What `regsvr32 /n /i:user` calls: registration for the current user, which needs no administrator rights.
@@ -108,6 +108,6 @@ STDAPI DllInstall(BOOL install, const wchar_t* for_whom) {
         const std::wstring_view who = for_whom != nullptr ? for_whom : L"";
         if (who != L"" && who != L"machine" && who != L"user") return E_INVALIDARG;
         const auto scope = who == L"user" ? RegistrationScope::user : RegistrationScope::machine;
-        return install ? register_component(scope, server::path()) : unregister_component(scope);
+        return install ? register_component(scope, server::path()) : unregister_component(scope, server::path());
     });
 }

@@ -19,9 +19,22 @@ const Structure* at(HMODULE module, std::size_t offset) {
     return reinterpret_cast<const Structure*>(reinterpret_cast<const std::byte*>(module) + offset);
 }
 
+const IMAGE_NT_HEADERS& headers(HMODULE module) {
+    return *at<IMAGE_NT_HEADERS>(module, static_cast<std::size_t>(at<IMAGE_DOS_HEADER>(module, 0)->e_lfanew));
+}
+
 const IMAGE_DATA_DIRECTORY& directory(HMODULE module, std::size_t entry) {
-    const auto* const dos = at<IMAGE_DOS_HEADER>(module, 0);
-    return at<IMAGE_NT_HEADERS>(module, static_cast<std::size_t>(dos->e_lfanew))->OptionalHeader.DataDirectory[entry];
+    return headers(module).OptionalHeader.DataDirectory[entry];
+}
+
+TEST_CASE("The file says that it needs Windows 6.0, and not when it was built") {
+    const ComponentLibrary library;
+    const IMAGE_OPTIONAL_HEADER& header = headers(library.module()).OptionalHeader;
+    CHECK(header.MajorOperatingSystemVersion == 6);
+    CHECK(header.MinorOperatingSystemVersion == 0);
+    CHECK(header.MajorSubsystemVersion == 6);
+    CHECK(header.MinorSubsystemVersion == 0);
+    CHECK(headers(library.module()).FileHeader.TimeDateStamp == 0);
 }
 
 TEST_CASE("The library imports nothing but the system's own libraries") {
@@ -81,7 +94,21 @@ TEST_CASE("The file's version is told in Chinese and in English") {
     for (const wchar_t* language : {L"080404b0", L"040904b0"}) {
         CHECK(version_text(version, language, L"FileVersion") == L"3.0.0");
         CHECK(version_text(version, language, L"OLESelfRegister") != L"(absent)");
+        CHECK(version_text(version, language, L"CompanyName") == L"Vantlo");
+        CHECK(version_text(version, language, L"LegalCopyright").find(L"Vantlo") != std::wstring::npos);
+        CHECK(version_text(version, language, L"ProductName").find(L"Vantlo") == 0);
+        CHECK(version_text(version, language, L"OriginalFilename") == L"Vantlo.dll");
     }
+}
+
+TEST_CASE("The file's one event has the reported text as it stands") {
+    const ComponentLibrary library;
+    const wchar_t* reported[] = {L"In_AddInventory():数据类型不匹配。"};
+    wchar_t text[100] = {};
+    constexpr DWORD flags = FORMAT_MESSAGE_FROM_HMODULE | FORMAT_MESSAGE_ARGUMENT_ARRAY;
+    FormatMessageW(flags, library.module(), 1, 0, text, 100,
+                   reinterpret_cast<va_list*>(const_cast<wchar_t**>(reported)));
+    CHECK(text == std::wstring(reported[0]) + L"\r\n");
 }
 
 }  // namespace

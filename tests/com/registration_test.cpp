@@ -1,3 +1,5 @@
+#include "com/registration.h"
+
 #include <doctest/doctest.h>
 
 #include <filesystem>
@@ -189,6 +191,61 @@ TEST_CASE("Unregistering keeps what the other bitness still needs") {
     REQUIRE(RegDeleteKeyW(HKEY_LOCAL_MACHINE, other.c_str()) == ERROR_SUCCESS);
     regsvr32(L"/u", library);
     CHECK(difference(before, classes()) == "");
+}
+
+std::wstring machine_text(const std::wstring& key, const wchar_t* name = nullptr) {
+    wchar_t text[1000] = L"(absent)";
+    DWORD size = sizeof text;
+    RegGetValueW(HKEY_LOCAL_MACHINE, key.c_str(), name, RRF_RT_REG_SZ, nullptr, text, &size);
+    return text;
+}
+
+TEST_CASE("A new copy installed over an old one stays registered when the old one goes, in either order") {
+    const CopiedLibrary old_copy, new_copy;
+    const Registry before = classes();
+    SUBCASE("the new one comes first") {
+        regsvr32(L"", old_copy);
+        regsvr32(L"", new_copy);
+        regsvr32(L"/u", old_copy);
+    }
+    SUBCASE("the old one goes first") {
+        regsvr32(L"", old_copy);
+        regsvr32(L"/u", old_copy);
+        regsvr32(L"", new_copy);
+    }
+    CHECK(serving_file() == new_copy.file.wstring());
+    check_type_library();
+    CHECK(machine_text(event_source_key, L"EventMessageFile") == new_copy.file.wstring());
+    regsvr32(L"/u", new_copy);
+    CHECK(difference(before, classes()) == "");
+    CHECK(machine_text(event_source_key, L"EventMessageFile") == L"(absent)");
+}
+
+TEST_CASE("The line objects' library stays registered where somebody else has it") {
+    const CopiedLibrary library;
+    const std::filesystem::path file = library.file.parent_path() / L"Corvane.dll";
+    std::filesystem::copy_file(library.file, file);
+    wchar_t braced[39];
+    StringFromGUID2(LIBID_Corvane, braced, 39);
+    const std::wstring whole = std::wstring(L"Software\\Classes\\TypeLib\\") + braced;
+    const std::wstring key = whole + L"\\1.0\\409\\" + (sizeof(void*) == 8 ? L"win64" : L"win32");
+    const Registry without = classes();
+    const std::wstring text = file.wstring();
+    REQUIRE(RegSetKeyValueW(HKEY_LOCAL_MACHINE, key.c_str(), nullptr, REG_SZ, text.c_str(),
+                            static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t))) == ERROR_SUCCESS);
+    const Registry before = classes();
+    regsvr32(L"", library);
+    CHECK(machine_text(key) == text);
+    CHECK(serving_file() == library.file.wstring());
+    regsvr32(L"/u", library);
+    CHECK(difference(before, classes()) == "");
+
+    // A file that is gone is nobody's.
+    std::filesystem::remove(file);
+    regsvr32(L"", library);
+    CHECK(machine_text(key) == library.file.wstring() + L"\\2");
+    regsvr32(L"/u", library);
+    CHECK(difference(without, classes()) == "");
 }
 
 TEST_CASE("DllInstall refuses to register for anyone but the machine and the user") {
