@@ -77,6 +77,21 @@ Whole to_whole(const Variant& value) {
     return static_cast<Whole>(whole);
 }
 
+// Errors   overflow for a day that automation's calendar, which begins in the year 100, does not have.
+Date negative(Date date) {
+    constexpr double day_before_first = -657435;
+    if (!(0 - date.days > day_before_first)) throw Failure(error::overflow);
+    return Date{0 - date.days};
+}
+
+// A number of a type outside the closed set keeps its type: only the sign of its text changes.
+Other negative(const Other& other) {
+    if (other.number.empty()) throw Failure(error::type_mismatch);
+    if (other.number.front() == u'-') return Other{other.number.substr(1)};
+    if (numeric(double_from_text(other.number)) == 0) return other;
+    return Other{u'-' + other.number};
+}
+
 }  // namespace
 
 Currency to_currency(const Variant& value) {
@@ -136,9 +151,9 @@ Variant zero_minus(const Variant& value) {
                           [](double number) { return Variant(0 - number); },
                           [](Currency number) { return Variant(Currency() - number); },
                           [](const Text& text) { return Variant(0 - numeric(double_from_text(text))); },
-                          [](Date) -> Variant { throw Failure(error::type_mismatch); },
-                          [](bool) -> Variant { throw Failure(error::type_mismatch); },
-                          [](const Other&) -> Variant { throw Failure(error::type_mismatch); },
+                          [](Date date) { return Variant(negative(date)); },
+                          [](bool truth) { return Variant(static_cast<std::int16_t>(truth ? 1 : 0)); },
+                          [](const Other& other) { return Variant(negative(other)); },
                       },
                       value.value());
 }

@@ -18,10 +18,10 @@ struct Null {
     friend constexpr bool operator==(Null, Null) = default;
 };
 
-/// A value outside the closed set: a decimal, a 64-bit integer, an object, an array, an error.
+/// A value of any other type: a Decimal, a 64-bit integer, an object, an array, an error.
 ///
-/// SQL literals know it only as "anything else". `number` is the value's decimal text where it has one, so that a
-/// decimal still converts to the numeric types; it is empty for everything else.
+/// It has no SQL literal. `number` is the decimal text of a Decimal or 64-bit integer, which converts to the numeric
+/// types; it is empty for everything else.
 struct Other {
     Text number;
 
@@ -91,10 +91,14 @@ double to_double(const Variant& value);
 /// CStr: numbers as number_text writes them, dates as ordinary_text does, Boolean as `True` or `False`.
 Text to_text(const Variant& value);
 
-/// `0 - x` by automation's subtraction: Null stays Null, Empty gives Integer 0, a Byte gives an Integer, Integer and
-/// Long widen where the negative does not fit, Single, Double and Currency keep their type, a numeric String gives a
-/// Double. It is also how a Single is negated: the two differ only in the sign of zero, which no text shows.
-/// Errors   type_mismatch for every other type, overflow for the one Currency whose negative does not fit.
+/// `0 - x` by automation's subtraction, where 0 is an Integer.
+///
+/// Shape    Null stays Null. Single, Double, Currency, Date and an Other with a number keep their type; Empty, Byte and
+///          Boolean give an Integer; Integer and Long widen where the negative does not fit; a numeric String gives a
+///          Double. Negating a Single gives the same but for the sign of zero, which no text shows.
+/// Errors   type_mismatch for a text that is no number and for an Other without one, overflow for a Currency or Date
+///          whose negative does not exist.
+/// Example  True -> Integer 1
 Variant zero_minus(const Variant& value);
 
 }  // namespace vantlo
