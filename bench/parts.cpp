@@ -62,22 +62,22 @@ void text_of_a_statement(benchmark::State& state, Word word) {
     RecordLine line(lines.front(), nullptr);
     const Side side = vantlo::side(movement::receipt, Source::of_line(u"Receiver"), Source::given(std::int16_t{0}),
                                    Currency::from_whole(24));
-    const Message wording;
+    const StatementStyle style;
     for ([[maybe_unused]] auto turn : state) {
-        const Statement statement = word(line, wording, side);
+        const Statement statement = word(line, style, side);
         DoNotOptimize(statement.text().data());
     }
 }
 
 void text_of_an_update(benchmark::State& state) {
-    text_of_a_statement(state, [](Line& line, const Message& wording, const Side& moved) {
-        return update_statement(line, wording, moved);
+    text_of_a_statement(state, [](Line& line, const StatementStyle& style, const Side& moved) {
+        return update_statement(line, style, moved);
     });
 }
 
 void text_of_an_insert(benchmark::State& state) {
-    text_of_a_statement(state, [](Line& line, const Message& wording, const Side& moved) {
-        return insert_statement(line, wording, moved);
+    text_of_a_statement(state, [](Line& line, const StatementStyle& style, const Side& moved) {
+        return insert_statement(line, style, moved);
     });
 }
 

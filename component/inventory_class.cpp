@@ -4,12 +4,14 @@
 
 #include "automation/error.h"
 #include "dataaccess/platform.h"
+#include "posting/posting_frame.h"
 
 namespace vantlo {
 
 namespace {
 
-/// Errors   wrong_argument_count for too many or too few, object_required where a line and a value are mixed up.
+/// Errors   wrong_argument_count for too many or too few, object_required for a value in place of a line or a line in
+///          place of a value.
 void check(std::span<const Parameter> parameters, std::span<const Argument> arguments) {
     if (arguments.size() > parameters.size()) throw Failure(error::wrong_argument_count);
     for (std::size_t i = 0; i < parameters.size(); ++i) {
@@ -20,7 +22,7 @@ void check(std::span<const Parameter> parameters, std::span<const Argument> argu
     }
 }
 
-/// The arguments with the defaults of those that are missing at the end.
+/// The arguments, followed by the defaults of those that are missing at the end.
 std::vector<Argument> completed(std::span<const Parameter> parameters, std::span<const Argument> arguments) {
     std::vector<Argument> complete(arguments.begin(), arguments.end());
     for (const Parameter& missing : parameters.subspan(arguments.size())) {
@@ -32,21 +34,26 @@ std::vector<Argument> completed(std::span<const Parameter> parameters, std::span
 }  // namespace
 
 void Inventory_Class::let_DATAType(Text data_type) {
-    data_type_ = std::move(data_type);
-    project_state().database_kind = database_kind_of(data_type_);
+    properties_->data_type = std::move(data_type);
+    project_state().database_kind = database_kind_of(properties_->data_type);
 }
 
 void Inventory_Class::set_ADOConn(Connection* connection) {
-    connection_ = ConnectionReference(connection);
+    // Releasing the previous connection may call the host, which may set another one or destroy this object.
+    const std::shared_ptr<Properties> properties = properties_;
+    const ConnectionReference given(connection);
+    properties->connection = given;
     set_project_connection(connection);
 }
 
 std::int32_t Inventory_Class::call(const Member& method, std::span<const Argument> arguments) noexcept {
+    const std::shared_ptr<const Properties> properties = properties_;
+    PostingFrame frame(properties->connection);
     return run_trapped(method.name, method.on_error, [&] {
         const std::span<const Parameter> parameters = method.parameters();
         check(parameters, arguments);
-        if (arguments.size() == parameters.size()) return method.posting(connection_.get(), arguments);
-        return method.posting(connection_.get(), completed(parameters, arguments));
+        if (arguments.size() == parameters.size()) return method.posting(frame, arguments);
+        return method.posting(frame, completed(parameters, arguments));
     });
 }
 

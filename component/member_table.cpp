@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "posting/goods/goods.h"
+#include "posting/posting_frame.h"
 #include "posting/repair/repair.h"
 #include "posting/stock/stock.h"
 
@@ -23,7 +24,7 @@ struct Unpacked {
     operator VariantBool() const { return VariantBool{to_integer(argument.value)}; }
 };
 
-/// How a parameter is held while its member runs: a line by reference, everything else by value.
+/// The type of a parameter while its member runs: a line by reference, everything else by value.
 template <typename Type>
 struct HeldAs {
     using type = std::remove_cvref_t<Type>;
@@ -34,29 +35,29 @@ struct HeldAs<Line&> {
 };
 
 template <typename Result, typename... Parameters, std::size_t... index>
-std::int32_t unpack_and_call(Result (*posting)(Connection*, Parameters...), Connection* connection,
+std::int32_t unpack_and_call(Result (*posting)(PostingFrame&, Parameters...), PostingFrame& frame,
                              std::span<const Argument> arguments, std::index_sequence<index...>) {
-    // In braces the conversions run from left to right: the first argument that does not convert is the one that fails.
+    // Braces make the conversions run from left to right: the first argument that cannot be converted fails.
     std::tuple<typename HeldAs<Parameters>::type...> held{
         static_cast<typename HeldAs<Parameters>::type>(Unpacked{arguments[index]})...};
     if constexpr (std::is_void_v<Result>) {
-        posting(connection, std::get<index>(held)...);
+        posting(frame, std::get<index>(held)...);
         return 0;
     } else {
-        return posting(connection, std::get<index>(held)...);
+        return posting(frame, std::get<index>(held)...);
     }
 }
 
 template <typename Result, typename... Parameters>
-std::int32_t call(Result (*posting)(Connection*, Parameters...), Connection* connection,
+std::int32_t call(Result (*posting)(PostingFrame&, Parameters...), PostingFrame& frame,
                   std::span<const Argument> arguments) {
-    return unpack_and_call(posting, connection, arguments, std::index_sequence_for<Parameters...>{});
+    return unpack_and_call(posting, frame, arguments, std::index_sequence_for<Parameters...>{});
 }
 
 /// A posting function as the table binds it.
 template <auto posting>
-std::int32_t bound(Connection* connection, std::span<const Argument> arguments) {
-    return call(posting, connection, arguments);
+std::int32_t bound(PostingFrame& frame, std::span<const Argument> arguments) {
+    return call(posting, frame, arguments);
 }
 
 constexpr Parameter line(const char16_t* name, LineType type) { return {name, ParameterType::line, type}; }

@@ -4,16 +4,17 @@
 #include <cstdint>
 #include <span>
 
-#include "ado/connection.h"
 #include "automation/variant_bool.h"
-#include "dataaccess/failure_message.h"
+#include "dataaccess/trap.h"
 #include "posting/line.h"
 
 namespace vantlo {
 
+class PostingFrame;
+
 enum class MemberKind { property_get, property_let, property_set, method };
 
-/// The line-object types of the sibling library that methods take.
+/// The line-object types of the sibling library.
 enum class LineType { none, StockBillItemObject, LossOverItemObject, RGStockItemObject, BorrowItemObject };
 
 enum class ParameterType { none, line, text, integer, boolean, long_integer };
@@ -24,7 +25,7 @@ struct Parameter {
     ParameterType type = ParameterType::none;
     LineType line_type = LineType::none;
     bool optional = false;
-    std::int16_t default_number = 0;  ///< the default of an optional number; an optional text's is the empty text
+    std::int16_t default_number = 0;  ///< of an optional number; that of a text is the empty text
 
     /// The default as an argument value.
     [[nodiscard]] Variant default_value() const;
@@ -42,14 +43,14 @@ struct Argument {
     Variant value;
 };
 
-/// A posting member bound to the table: unpacks the arguments and posts. Errors: raised to the member's trap.
-using BoundMember = std::int32_t (*)(Connection* connection, std::span<const Argument> arguments);
+/// A posting member as the table calls it: unpacks the arguments and posts. Errors: raised to the member's trap.
+using BoundMember = std::int32_t (*)(PostingFrame& frame, std::span<const Argument> arguments);
 
 /// One member of the default interface.
 struct Member {
     static constexpr std::size_t most_parameters = 4;
 
-    int number = 0;  ///< its place in the interface, behind the IDispatch slots
+    int number = 0;  ///< its place in the vtable, counted from the first slot after those of IDispatch
     std::uint32_t dispatch_id = 0;
     const char16_t* name = nullptr;
     MemberKind kind = MemberKind::method;

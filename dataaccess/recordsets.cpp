@@ -1,8 +1,8 @@
 #include "dataaccess/recordsets.h"
 
 #include "automation/error.h"
-#include "dataaccess/failure_message.h"
 #include "dataaccess/platform.h"
+#include "dataaccess/trap.h"
 
 namespace vantlo {
 
@@ -15,7 +15,7 @@ constexpr std::int32_t state_closed = 0;
 
 }  // namespace
 
-Recordset& held(const RecordsetVariable& variable) {
+Recordset& require_set(const RecordsetVariable& variable) {
     if (variable == nullptr) throw Failure(error::object_not_set);
     return *variable;
 }
@@ -25,7 +25,9 @@ inline namespace CorvaneOPT_Function {
 void Open_Recordset(RecordsetVariable& rs) {
     run_helper(u"Open_Recordset", [&] {
         rs = platform().create_recordset();
-        rs->set_active_connection(project_state().connection);
+        // Held, since the recordset may call the host, which may set another connection.
+        const ConnectionReference connection(project_state().connection);
+        rs->set_active_connection(connection.get());
         rs->set_cursor_location(client_side_cursor);
         rs->set_cursor_type(dynamic_cursor);
     });
@@ -33,9 +35,9 @@ void Open_Recordset(RecordsetVariable& rs) {
 
 void Close_Recordset(RecordsetVariable& rs) {
     try {
-        if (held(rs).state() != state_closed) rs->close();
+        if (require_set(rs).state() != state_closed) rs->close();
     } catch (...) {
-        // The bill is posted by now; a recordset that does not close is let go of all the same.
+        // The bill is posted by now: a recordset that cannot be closed is released all the same.
     }
     rs.reset();
 }

@@ -5,8 +5,8 @@
 
 #include "automation/error.h"
 #include "automation/number_text.h"
-#include "dataaccess/failure_message.h"
 #include "dataaccess/platform.h"
+#include "dataaccess/trap.h"
 
 namespace vantlo {
 inline namespace CorvaneOPT_Function {

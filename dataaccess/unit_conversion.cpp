@@ -1,9 +1,9 @@
 #include "dataaccess/unit_conversion.h"
 
 #include "automation/error.h"
-#include "dataaccess/failure_message.h"
 #include "dataaccess/recordsets.h"
 #include "dataaccess/sql_literals.h"
+#include "dataaccess/trap.h"
 
 namespace vantlo {
 inline namespace GetValue_Function {
@@ -11,7 +11,7 @@ inline namespace GetValue_Function {
 namespace {
 
 constexpr Currency no_conversion = Currency::from_whole(1);
-constexpr std::size_t usual_length = 128;  // of the look-up's text
+constexpr std::size_t usual_length = 128;  // of the statement
 
 Currency factor_in(Recordset& rows) {
     if (rows.eof()) return no_conversion;
@@ -25,8 +25,8 @@ Currency factor_in(Recordset& rows) {
 
 Currency GoodsUnitConverter(const Text& gid, const Text& unit) {
     Currency factor;
+    RecordsetVariable rows;  // outside the trap: released after a failure has been shown
     const ErrorNumber failure = run_helper(u"GoodsUnitConverter", [&] {
-        RecordsetVariable rows;
         Open_Recordset(rows);
         Text source;
         source.reserve(usual_length);
@@ -34,7 +34,7 @@ Currency GoodsUnitConverter(const Text& gid, const Text& unit) {
         source += GetSqlVal(gid);
         source += u" and Unit=";
         source += GetSqlVal(unit);
-        held(rows).open(source);
+        require_set(rows).open(source);
         factor = factor_in(*rows);
     });
     return failure == 0 ? factor : Currency::from_whole(failure);

@@ -1,19 +1,17 @@
 #include "posting/ledger.h"
 
-#include "dataaccess/recordsets.h"
-
 namespace vantlo {
 
 namespace {
 
-void look_up(Connection* connection, RecordsetVariable& lookup, Line& line, const Wording& wording, const Side& side) {
+void look_up(PostingFrame& frame, Line& line, const StatementStyle& style, const Side& side) {
     Statement select;
-    select.piece(wording.lookup_head);
-    append_key(select, line, side.warehouse, side.status, wording.status_in_lookup);
-    if (wording.lookup_by == LookupBy::open) {
-        held(lookup).open(select.text());
+    select.piece(style.lookup_head);
+    append_key(select, line, side.warehouse, side.status, style.status_in_lookup);
+    if (style.lookup_by == LookupBy::open) {
+        require_set(frame.lookup).open(select.text());
     } else {
-        lookup = execute(connection, select);
+        frame.lookup = frame.execute(select);
     }
 }
 
@@ -37,22 +35,22 @@ Statement& append_key(Statement& statement, Line& line, const Source& warehouse,
     statement.piece(u" and Model1=").literal(line.value(u"Model1"));
     statement.piece(u" and Model2=").literal(line.value(u"Model2"));
     statement.piece(u" and Status=");
-    return form == StatusForm::digits ? statement.digits(status.read(line)) : statement.literal(status.read(line));
+    return form == StatusForm::unquoted ? statement.unquoted(status.read(line)) : statement.literal(status.read(line));
 }
 
-Statement update_statement(Line& line, const Wording& wording, const Side& side) {
+Statement update_statement(Line& line, const StatementStyle& style, const Side& side) {
     Statement update;
     update.piece(u"update Inventory set ");
     update.piece(side.movement.counter_phrase).literal(side.quantity_in_update.read(line));
     update.piece(side.movement.on_hand_phrase).literal(side.quantity_in_update.read(line));
-    if (wording.update_overwrites_remarks) {
-        update.piece(u",Remarks =").literal(line.value(wording.remarks_column));
+    if (style.update_overwrites_remarks) {
+        update.piece(u",Remarks =").literal(line.value(style.remarks_column));
     }
-    append_key(update, line, side.warehouse, side.status, wording.status_in_update);
+    append_key(update, line, side.warehouse, side.status, style.status_in_update);
     return update;
 }
 
-Statement insert_statement(Line& line, const Wording& wording, const Side& side, TextView values_head) {
+Statement insert_statement(Line& line, const StatementStyle& style, const Side& side, TextView values_head) {
     Statement insert;
     insert.piece(u"insert into Inventory(WID,GId,Model1,Model2,Status,Class,Unit,InQty,OutQty,CurrentQty,Remarks) ");
     insert.piece(values_head).literal(side.warehouse.read(line));
@@ -65,22 +63,21 @@ Statement insert_statement(Line& line, const Wording& wording, const Side& side,
     insert.piece(u",").literal(counter(line, side.quantity_in_insert, side.movement.received));
     insert.piece(u",").literal(counter(line, side.quantity_in_insert, side.movement.issued));
     insert.piece(u",").literal(counter(line, side.quantity_in_insert, side.movement.on_hand));
-    insert.piece(u",").literal(line.value(wording.remarks_column));
+    insert.piece(u",").literal(line.value(style.remarks_column));
     insert.piece(u")");
     return insert;
 }
 
-Statement look_up_and_word(Connection* connection, RecordsetVariable& lookup, Line& line, const Wording& wording,
-                           const Side& side) {
-    look_up(connection, lookup, line, wording, side);
-    return lookup->eof() ? insert_statement(line, wording, side) : update_statement(line, wording, side);
+Statement build_write(PostingFrame& frame, Line& line, const StatementStyle& style, const Side& side) {
+    look_up(frame, line, style, side);
+    return frame.lookup->eof() ? insert_statement(line, style, side) : update_statement(line, style, side);
 }
 
-void post(Connection* connection, RecordsetVariable& lookup, Line& line, const Wording& wording, const Side& side) {
-    const Statement write = look_up_and_word(connection, lookup, line, wording, side);
-    if (wording.lookup_close == LookupClose::before_write) lookup->close();
-    execute(connection, write);
-    if (wording.lookup_close == LookupClose::after_write) lookup->close();
+void post(PostingFrame& frame, Line& line, const StatementStyle& style, const Side& side) {
+    const Statement write = build_write(frame, line, style, side);
+    if (style.lookup_close == LookupClose::before_write) frame.lookup->close();
+    frame.execute(write);
+    if (style.lookup_close == LookupClose::after_write) frame.lookup->close();
 }
 
 }  // namespace vantlo

@@ -1,11 +1,12 @@
 #pragma once
 
 #include "posting/line.h"
+#include "posting/posting_frame.h"
 #include "posting/statement.h"
 
 namespace vantlo {
 
-/// Where a statement gets one of its values: from the line, read afresh for every use, or given once.
+/// Where a statement takes one of its values from: the line, which is asked at every use, or a value given once.
 class Source {
 public:
     static Source of_line(TextView column) { return Source(column, {}); }
@@ -20,8 +21,8 @@ private:
     Variant value_;
 };
 
-/// How one movement changes a ledger row: the two phrases of an update, and the signs with which the quantity enters
-/// the three counters of an inserted row (0 writes a whole 0).
+/// How one movement changes a ledger row: the two phrases of an update, and the sign of the quantity in the three
+/// counters of an insert. The sign 0 stands for the whole number 0.
 struct Movement {
     TextView counter_phrase;
     TextView on_hand_phrase;
@@ -30,7 +31,7 @@ struct Movement {
     int on_hand;
 };
 
-/// The four movements of the ledger; families whose phrases or signs differ keep their own rows.
+/// The four movements of the ledger. Families whose phrases or signs differ have rows of their own.
 // clang-format off
 namespace movement {
 //                                         counter                  on hand                         In  Out  Current
@@ -41,27 +42,27 @@ inline constexpr Movement issue_back   = {u"OutQty = OutQty - ", u",CurrentQty =
 }  // namespace movement
 // clang-format on
 
-/// How a status enters a WHERE clause: as CStr writes it (null fails), or as GetSqlVal does (null becomes `null`).
-enum class StatusForm { digits, literal };
+/// How a status is written in a WHERE clause: as CStr does, where Null fails, or as GetSqlVal does.
+enum class StatusForm { unquoted, literal };
 
-/// By what a ledger row is looked up: the connection's Execute, or the prepared recordset's own Open.
+/// How the ledger row is looked up: by the connection's Execute, or by the prepared recordset's own Open.
 enum class LookupBy { execute, open };
 
-/// When the look-up is closed: after the row is written, before it, or not by the posting itself.
+/// When the look-up is closed: after the row is written, before it, or by the caller.
 enum class LookupClose { after_write, before_write, by_caller };
 
-/// How a family words and orders what every posting does.
-struct Wording {
+/// How a family's statements are written, and when its look-up is closed.
+struct StatementStyle {
     TextView lookup_head = u"select * from Inventory";
-    StatusForm status_in_lookup = StatusForm::digits;
-    StatusForm status_in_update = StatusForm::digits;
+    StatusForm status_in_lookup = StatusForm::unquoted;
+    StatusForm status_in_update = StatusForm::unquoted;
     TextView remarks_column = u"Remarks";
     bool update_overwrites_remarks = false;
     LookupBy lookup_by = LookupBy::execute;
     LookupClose lookup_close = LookupClose::after_write;
 };
 
-/// One side of a line: which ledger row moves, and by how much. Goods and models come from the line.
+/// One movement of a line: which ledger row changes, and by how much. Goods and models come from the line.
 struct Side {
     Movement movement;
     Source warehouse;
@@ -70,26 +71,27 @@ struct Side {
     Source quantity_in_insert;
 };
 
-/// A side moved by a base quantity, in update and insert alike.
+/// A side with the same quantity in update and insert.
 Side side(const Movement& movement, const Source& warehouse, const Source& status, Currency quantity);
 
-/// " where WID=… and GId=… and Model1=… and Model2=… and Status=…", read from the line in this order.
+/// Appends " where WID=… and GId=… and Model1=… and Model2=… and Status=…"; the values are read in this order.
 Statement& append_key(Statement& statement, Line& line, const Source& warehouse, const Source& status, StatusForm form);
 
-Statement update_statement(Line& line, const Wording& wording, const Side& side);
+/// Reads    the quantity twice, the remarks if the style overwrites them, then the key.
+Statement update_statement(Line& line, const StatementStyle& style, const Side& side);
 
-/// Reads    the five key values, Class, Unit, the three quantities, the remarks, in this order.
-Statement insert_statement(Line& line, const Wording& wording, const Side& side, TextView values_head = u"values(");
+/// Reads    the key, Class, Unit, the quantities that are not 0, the remarks, in the order of the columns.
+Statement insert_statement(Line& line, const StatementStyle& style, const Side& side,
+                           TextView values_head = u"values(");
 
-/// Looks the row of one side up and words the statement that moves it: an update where it exists, an insert where not.
-Statement look_up_and_word(Connection* connection, RecordsetVariable& lookup, Line& line, const Wording& wording,
-                           const Side& side);
+/// Looks up one ledger row; returns the UPDATE or INSERT for it.
+Statement build_write(PostingFrame& frame, Line& line, const StatementStyle& style, const Side& side);
 
-/// The ledger rule: looks the row of one side up, updates it where it exists, inserts it where it does not.
+/// The ledger rule: looks up one ledger row, updates it if it exists, inserts it if not.
 ///
 /// Reads    the line's key fields afresh for each statement.
-/// Writes   one row of Inventory, or every row that shares the key.
+/// Writes   one row of Inventory, or every row with that key.
 /// Errors   raised to the caller; the look-up is then left open.
-void post(Connection* connection, RecordsetVariable& lookup, Line& line, const Wording& wording, const Side& side);
+void post(PostingFrame& frame, Line& line, const StatementStyle& style, const Side& side);
 
 }  // namespace vantlo

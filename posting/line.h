@@ -6,21 +6,21 @@
 
 namespace vantlo {
 
-/// One line of a bill: it answers for its properties by name, afresh each time it is asked.
+/// One line of a bill. Its properties are read by name, and may change between two reads.
 class Line {
 public:
     Line() = default;
     Line(const Line&) = delete;
     Line& operator=(const Line&) = delete;
 
-    /// Errors   Failure, under the number that the host's object or the recordset gives.
+    /// Errors   those of the host's object or the recordset.
     [[nodiscard]] virtual Variant value(TextView name) = 0;
 
 protected:
     ~Line() = default;
 };
 
-/// The line that a recordset of bill lines stands on.
+/// The current row of a recordset of bill lines.
 class StoredLine final : public Line {
 public:
     explicit StoredLine(Recordset& rows) : rows_(rows) {}
@@ -31,7 +31,7 @@ private:
     Recordset& rows_;
 };
 
-/// A line whose values are all taken as texts: an empty attribute is the empty text, a null one fails its conversion.
+/// A line whose values are converted to texts: Empty becomes the empty text, Null fails.
 class TextLine final : public Line {
 public:
     explicit TextLine(Line& line) : line_(line) {}

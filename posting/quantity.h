@@ -1,29 +1,44 @@
 #pragma once
 
+#include <array>
+
 #include "automation/currency.h"
 #include "posting/line.h"
 
 namespace vantlo {
 
-// Base quantities: a line's quantity times the factor of its goods and unit, in Currency arithmetic. The four ways
-// differ in what is read and what is converted first, and so in what fails first and whether the unit look-up has run
-// by then.
+/// The steps that make a base quantity.
+enum class QuantityStep {
+    goods,     ///< read Gid as a text
+    unit,      ///< read Unit as a text
+    quantity,  ///< read the quantity
+    convert,   ///< CCur(quantity), or its magnitude
+    factor,    ///< look up the factor of the goods' unit
+};
 
-/// A line being saved, its quantity converted before the look-up: reads Gid, the quantity, Unit;
-/// CCur(quantity) × factor.
-Currency quantity_times_factor(Line& line, TextView column);
+/// The order in which a base quantity is made: it decides which read the host sees first, and which failure.
+struct QuantityRule {
+    std::array<QuantityStep, 5> steps;
+    bool takes_magnitude = false;
+};
 
-/// A stored line, its quantity converted before the look-up: CCur(quantity) × factor of CStr(Gid), CStr(Unit).
-Currency stored_quantity_times_factor(Line& line, TextView column);
+/// The orders that the families use.
+namespace quantity_rule {
+using enum QuantityStep;
 
-/// Reads Gid, the quantity, Unit; factor × CCur(quantity): a null quantity fails after the look-up.
-Currency factor_times_quantity(Line& line, TextView column);
+// clang-format off
+inline constexpr QuantityRule line_in_hand           = {{goods, quantity, unit, convert, factor}};
+inline constexpr QuantityRule line_in_hand_magnitude = {{goods, quantity, unit, convert, factor}, true};
+inline constexpr QuantityRule stored_line            = {{quantity, convert, goods, unit, factor}};
+inline constexpr QuantityRule stored_line_magnitude  = {{quantity, convert, goods, unit, factor}, true};
+inline constexpr QuantityRule converted_last         = {{goods, quantity, unit, factor, convert}};
+inline constexpr QuantityRule read_last              = {{goods, unit, factor, quantity, convert}};
+// clang-format on
+}  // namespace quantity_rule
 
-/// Reads Gid and Unit, looks the factor up, and only then reads the quantity: factor × CCur(quantity).
-Currency factor_times_quantity_read_last(Line& line, TextView column);
-
-/// As the first two, with the magnitude of the quantity, taken before the factor is applied.
-Currency magnitude_times_factor(Line& line, TextView column);
-Currency stored_magnitude_times_factor(Line& line, TextView column);
+/// A line's quantity times the factor of its goods and unit, in Currency arithmetic.
+/// `column` names the quantity.
+/// Errors   raised to the caller; a factor that cannot be looked up is the number of its error instead.
+Currency base_quantity(Line& line, TextView column, const QuantityRule& rule);
 
 }  // namespace vantlo

@@ -16,20 +16,16 @@ constexpr Movement assembled_item_received_back = {u"InQty = InQty - ",   u",Cur
 
 }  // namespace
 
-void AddInventory_ZZD_ZJ(Connection* connection, const Text& cId) {
-    post_components(connection, cId, components_issued_back);
+void AddInventory_ZZD_ZJ(PostingFrame& frame, const Text& cId) { post_components(frame, cId, components_issued_back); }
+
+std::int32_t AddInventory_ZZD_MJ(PostingFrame& frame, const Text& cId) {
+    return post_main_item(frame, cId, assembled_item_received);
 }
 
-std::int32_t AddInventory_ZZD_MJ(Connection* connection, const Text& cId) {
-    return post_main_item(connection, cId, assembled_item_received);
-}
+void ReduceInventory_ZZD_ZJ(PostingFrame& frame, const Text& cId) { post_components(frame, cId, components_issued); }
 
-void ReduceInventory_ZZD_ZJ(Connection* connection, const Text& cId) {
-    post_components(connection, cId, components_issued);
-}
-
-std::int32_t ReduceInventory_ZZD_MJ(Connection* connection, const Text& cId) {
-    return post_main_item(connection, cId, assembled_item_received_back);
+std::int32_t ReduceInventory_ZZD_MJ(PostingFrame& frame, const Text& cId) {
+    return post_main_item(frame, cId, assembled_item_received_back);
 }
 
 }  // namespace vantlo::posting

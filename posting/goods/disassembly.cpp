@@ -5,7 +5,7 @@ namespace vantlo::posting {
 
 namespace {
 
-// The last row's update takes the issued quantity for the received one; its insert does not. Hosts rely on both.
+// The last row's update computes InQty from OutQty; its insert does not. Hosts rely on both.
 // clang-format off
 //                                               counter                  on hand                     In  Out  Current
 constexpr Movement main_item_issued           = {u"OutQty = OutQty + ", u",CurrentQty = CurrentQty-",  0,  +1,  -1};
@@ -16,20 +16,18 @@ constexpr Movement main_item_issued_back      = {u"InQty = OutQty-",    u",Curre
 
 }  // namespace
 
-void AddInventory_CXD_ZJ(Connection* connection, const Text& cId) {
-    post_components(connection, cId, components_received);
+void AddInventory_CXD_ZJ(PostingFrame& frame, const Text& cId) { post_components(frame, cId, components_received); }
+
+std::int32_t AddInventory_CXD_MJ(PostingFrame& frame, const Text& cId) {
+    return post_main_item(frame, cId, main_item_issued_back);
 }
 
-std::int32_t AddInventory_CXD_MJ(Connection* connection, const Text& cId) {
-    return post_main_item(connection, cId, main_item_issued_back);
+void ReduceInventory_CXD_ZJ(PostingFrame& frame, const Text& cId) {
+    post_components(frame, cId, components_received_back);
 }
 
-void ReduceInventory_CXD_ZJ(Connection* connection, const Text& cId) {
-    post_components(connection, cId, components_received_back);
-}
-
-std::int32_t ReduceInventory_CXD_MJ(Connection* connection, const Text& cId) {
-    return post_main_item(connection, cId, main_item_issued);
+std::int32_t ReduceInventory_CXD_MJ(PostingFrame& frame, const Text& cId) {
+    return post_main_item(frame, cId, main_item_issued);
 }
 
 }  // namespace vantlo::posting

@@ -1,4 +1,3 @@
-#include "posting/course.h"
 #include "posting/goods/goods.h"
 #include "posting/ledger.h"
 
@@ -6,7 +5,7 @@ namespace vantlo::posting {
 
 namespace {
 
-/// The goods statuses between which a conversion moves a quantity.
+/// The goods statuses that a quantity leaves and enters.
 struct Conversion {
     std::int32_t kind;
     std::int32_t source;
@@ -25,7 +24,7 @@ constexpr Conversion conversions[] = {
 };
 // clang-format on
 
-/// Any other kind stays within ordinary stock.
+/// Any other kind stays in status 0.
 Conversion conversion_of(std::int32_t kind) {
     for (const Conversion& conversion : conversions) {
         if (conversion.kind == kind) return conversion;
@@ -33,11 +32,11 @@ Conversion conversion_of(std::int32_t kind) {
     return {kind, 0, 0};
 }
 
-// Two blanks between "Inventory" and "where": the pieces meet so.
-constexpr Wording conversion_side{.lookup_head = u"select * from Inventory ", .update_overwrites_remarks = true};
-constexpr Wording conversion_last_side{.lookup_head = u"select * from Inventory ",
-                                       .update_overwrites_remarks = true,
-                                       .lookup_close = LookupClose::by_caller};
+// The look-up has two blanks between "Inventory" and "where".
+constexpr StatementStyle conversion_side{.lookup_head = u"select * from Inventory ", .update_overwrites_remarks = true};
+constexpr StatementStyle conversion_last_side{.lookup_head = u"select * from Inventory ",
+                                              .update_overwrites_remarks = true,
+                                              .lookup_close = LookupClose::by_caller};
 
 Side unconverted(const Movement& movement, TextView warehouse_column, std::int32_t status) {
     const Source quantity = Source::of_line(u"Qty");
@@ -46,32 +45,26 @@ Side unconverted(const Movement& movement, TextView warehouse_column, std::int32
 
 }  // namespace
 
-void GoodsConvert_AddItems_ChangeInventory(Connection* connection, Line& objBillItem, std::int32_t enumConvertType) {
-    post_one_line([&](RecordsetVariable& lookup) {
+void GoodsConvert_AddItems_ChangeInventory(PostingFrame& frame, Line& objBillItem, std::int32_t enumConvertType) {
+    post_one_line(frame, [&] {
         const Conversion conversion = conversion_of(enumConvertType);
-        post(connection, lookup, objBillItem, conversion_side,
-             unconverted(movement::issue, u"Supplier", conversion.source));
-        post(connection, lookup, objBillItem, conversion_last_side,
-             unconverted(movement::receipt, u"Receiver", conversion.target));
+        post(frame, objBillItem, conversion_side, unconverted(movement::issue, u"Supplier", conversion.source));
+        post(frame, objBillItem, conversion_last_side, unconverted(movement::receipt, u"Receiver", conversion.target));
     });
 }
 
-void GoodsConvert_DelItems_ChangeInventory(Connection* connection, const Text& cBillid) {
-    Conversion conversion = conversion_of(0);  // and it stays so for a bill without a header
-    RecordsetVariable rows;
-    RecordsetVariable lookup;
-    Open_Recordset(rows);
-    rows = execute(connection, select_by_id(u"Select ReferFlag from StockBill where Id=", cBillid));
-    if (!rows->eof()) conversion = conversion_of(to_long(rows->field(u"Referflag")));
-    rows = execute(connection, select_by_id(u"select * from StockBillItems where BillId=", cBillid));
-    for_each_line(rows, [&](Line& line) {
-        post(connection, lookup, line, conversion_side,
-             unconverted(movement::issue_back, u"Supplier", conversion.source));
-        post(connection, lookup, line, conversion_side,
-             unconverted(movement::receipt_back, u"Receiver", conversion.target));
+void GoodsConvert_DelItems_ChangeInventory(PostingFrame& frame, const Text& cBillid) {
+    Conversion conversion = conversion_of(0);  // kept if the bill has no header
+    Open_Recordset(frame.lines);
+    frame.lines = frame.execute(select_by_id(u"Select ReferFlag from StockBill where Id=", cBillid));
+    if (!frame.lines->eof()) conversion = conversion_of(to_long(frame.lines->field(u"Referflag")));
+    frame.lines = frame.execute(select_by_id(u"select * from StockBillItems where BillId=", cBillid));
+    for_each_line(frame, [&](Line& line) {
+        post(frame, line, conversion_side, unconverted(movement::issue_back, u"Supplier", conversion.source));
+        post(frame, line, conversion_side, unconverted(movement::receipt_back, u"Receiver", conversion.target));
     });
-    rows->close();
-    Close_Recordset(rows);
+    frame.lines->close();
+    Close_Recordset(frame.lines);
 }
 
 }  // namespace vantlo::posting

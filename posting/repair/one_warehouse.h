@@ -1,11 +1,11 @@
 #pragma once
 
-#include "ado/connection.h"
 #include "posting/ledger.h"
+#include "posting/posting_frame.h"
 
 namespace vantlo::posting {
 
-/// What distinguishes the members that post one line of a return and repair document to one warehouse.
+/// The differences between the members that post one line of a return and repair document to one warehouse.
 struct OneWarehouse {
     Movement movement;
     TextView warehouse_column;
@@ -17,6 +17,6 @@ struct OneWarehouse {
 };
 
 /// Posts one line: base quantity = factor × CCur(Qty), one movement of one ledger row.
-void post_to_warehouse(Connection* connection, Line& line, const OneWarehouse& member);
+void post_to_warehouse(PostingFrame& frame, Line& line, const OneWarehouse& member);
 
 }  // namespace vantlo::posting

@@ -5,44 +5,44 @@ namespace vantlo::posting {
 
 namespace {
 
-constexpr auto digits = StatusForm::digits;
+constexpr auto unquoted = StatusForm::unquoted;
 constexpr auto literal = StatusForm::literal;
 
 // clang-format off
-//                                       movement                warehouse      status            look-up  update   look-up by
-constexpr OneWarehouse in_add         = {movement::receipt,      u"WID",        u"",              digits,  digits};
-constexpr OneWarehouse in_add_status  = {movement::receipt,      u"StatusWID",  u"GoodsStatus",   digits,  literal};
-constexpr OneWarehouse in_reduce      = {movement::receipt_back, u"WID",        u"",              digits,  digits};
-constexpr OneWarehouse in_reduce_status={movement::receipt_back, u"StatusWID",  u"GoodsStatus",   digits,  literal};
-constexpr OneWarehouse out_add        = {movement::issue_back,   u"WID",        u"",              digits,  digits,  LookupBy::open};
-constexpr OneWarehouse out_reduce     = {movement::issue,        u"WID",        u"",              digits,  digits};
+//                                       movement                warehouse      status            look-up   update    look-up by
+constexpr OneWarehouse in_add         = {movement::receipt,      u"WID",        u"",              unquoted, unquoted};
+constexpr OneWarehouse in_add_status  = {movement::receipt,      u"StatusWID",  u"GoodsStatus",   unquoted, literal};
+constexpr OneWarehouse in_reduce      = {movement::receipt_back, u"WID",        u"",              unquoted, unquoted};
+constexpr OneWarehouse in_reduce_status={movement::receipt_back, u"StatusWID",  u"GoodsStatus",   unquoted, literal};
+constexpr OneWarehouse out_add        = {movement::issue_back,   u"WID",        u"",              unquoted, unquoted, LookupBy::open};
+constexpr OneWarehouse out_reduce     = {movement::issue,        u"WID",        u"",              unquoted, unquoted};
 // clang-format on
 
 }  // namespace
 
-void RG_In_AddInventory(Connection* connection, Line& rgsStockItemObj) {
-    post_to_warehouse(connection, rgsStockItemObj, in_add);
+void RG_In_AddInventory(PostingFrame& frame, Line& rgsStockItemObj) {
+    post_to_warehouse(frame, rgsStockItemObj, in_add);
 }
 
-void RG_In_AddInventoryStatus(Connection* connection, Line& rgsStockItemObj) {
-    post_to_warehouse(connection, rgsStockItemObj, in_add_status);
+void RG_In_AddInventoryStatus(PostingFrame& frame, Line& rgsStockItemObj) {
+    post_to_warehouse(frame, rgsStockItemObj, in_add_status);
 }
 
-void RG_In_ReduceInventory(Connection* connection, Line& rgsStockItemObj) {
-    post_to_warehouse(connection, rgsStockItemObj, in_reduce);
+void RG_In_ReduceInventory(PostingFrame& frame, Line& rgsStockItemObj) {
+    post_to_warehouse(frame, rgsStockItemObj, in_reduce);
 }
 
-void RG_In_ReduceInventoryStatus(Connection* connection, Line& rgsStockItemObj) {
-    post_to_warehouse(connection, rgsStockItemObj, in_reduce_status);
+void RG_In_ReduceInventoryStatus(PostingFrame& frame, Line& rgsStockItemObj) {
+    post_to_warehouse(frame, rgsStockItemObj, in_reduce_status);
 }
 
-/// Looks its row up through the prepared recordset's own Open, on the project-wide connection.
-void RG_Out_AddInventory(Connection* connection, Line& rgsStockItemObj) {
-    post_to_warehouse(connection, rgsStockItemObj, out_add);
+/// Looks its row up by the recordset's own Open, on the project-wide connection.
+void RG_Out_AddInventory(PostingFrame& frame, Line& rgsStockItemObj) {
+    post_to_warehouse(frame, rgsStockItemObj, out_add);
 }
 
-void RG_Out_ReduceInventory(Connection* connection, Line& rgsStockItemObj) {
-    post_to_warehouse(connection, rgsStockItemObj, out_reduce);
+void RG_Out_ReduceInventory(PostingFrame& frame, Line& rgsStockItemObj) {
+    post_to_warehouse(frame, rgsStockItemObj, out_reduce);
 }
 
 }  // namespace vantlo::posting

@@ -9,12 +9,10 @@ constexpr TwoWarehouses transfer_bill{1, movement::issue_back, LookupVariable::p
 
 }  // namespace
 
-void Hj_AddInventory_Db(Connection* connection, Line& objBillItems, const Text& Receiver, const Text& Supplier) {
-    move_between(connection, objBillItems, Receiver, Supplier, transfer_bill);
+void Hj_AddInventory_Db(PostingFrame& frame, Line& objBillItems, const Text& Receiver, const Text& Supplier) {
+    move_between(frame, objBillItems, Receiver, Supplier, transfer_bill);
 }
 
-void Hj_ReduceInventory_Db(Connection* connection, const Text& cId) {
-    take_back_between(connection, cId, transfer_bill);
-}
+void Hj_ReduceInventory_Db(PostingFrame& frame, const Text& cId) { take_back_between(frame, cId, transfer_bill); }
 
 }  // namespace vantlo::posting

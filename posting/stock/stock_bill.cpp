@@ -1,5 +1,4 @@
 #include "dataaccess/unit_conversion.h"
-#include "posting/course.h"
 #include "posting/ledger.h"
 #include "posting/quantity.h"
 #include "posting/stock/stock.h"
@@ -8,13 +7,13 @@ namespace vantlo::posting {
 
 namespace {
 
-constexpr Wording stock_bill{};
+constexpr StatementStyle stock_bill{};
 
 const Source receiver = Source::of_line(u"Receiver");
 const Source supplier = Source::of_line(u"Supplier");
 const Source ordinary_stock = Source::given(std::int16_t{0});
 
-/// The factor times the quantity in double precision, rounded to four decimals once: 0.00006 of a unit of 1000 is 0.06.
+/// The factor times the quantity in double precision, rounded to Currency. Example: 0.00006 of a unit of 1000 is 0.06.
 Currency base_quantity_rounded_once(Line& line) {
     const Text gid = to_text(line.value(u"Gid"));
     const Text unit = to_text(line.value(u"Unit"));
@@ -25,22 +24,22 @@ Currency base_quantity_rounded_once(Line& line) {
 
 }  // namespace
 
-void AddInventory_Db(Connection* connection, Line& objBillItems) {
-    post_one_line([&](RecordsetVariable& lookup) {
+void AddInventory_Db(PostingFrame& frame, Line& objBillItems) {
+    post_one_line(frame, [&] {
         const Currency quantity = base_quantity_rounded_once(objBillItems);
         TextLine line(objBillItems);
-        post(connection, lookup, line, stock_bill, side(movement::receipt, receiver, ordinary_stock, quantity));
-        post(connection, lookup, line, stock_bill, side(movement::issue, supplier, ordinary_stock, quantity));
+        post(frame, line, stock_bill, side(movement::receipt, receiver, ordinary_stock, quantity));
+        post(frame, line, stock_bill, side(movement::issue, supplier, ordinary_stock, quantity));
     });
 }
 
-void ReduceInventory_Db(Connection* connection, const Text& cId) {
+void ReduceInventory_Db(PostingFrame& frame, const Text& cId) {
     const Statement select = select_by_id(u"select * from StockBillItems where BillId=", cId);
-    post_stored_lines(connection, select, [&](Line& line, RecordsetVariable& lookup) {
-        // A null quantity is meant to count as 0, yet its conversion runs all the same and fails.
-        const Currency quantity = factor_times_quantity_read_last(line, u"Actualqty");
-        post(connection, lookup, line, stock_bill, side(movement::receipt_back, receiver, ordinary_stock, quantity));
-        post(connection, lookup, line, stock_bill, side(movement::issue_back, supplier, ordinary_stock, quantity));
+    post_stored_lines(frame, select, [&](Line& line) {
+        // A null quantity fails its conversion, although it was meant to count as 0. Hosts rely on it.
+        const Currency quantity = base_quantity(line, u"Actualqty", quantity_rule::read_last);
+        post(frame, line, stock_bill, side(movement::receipt_back, receiver, ordinary_stock, quantity));
+        post(frame, line, stock_bill, side(movement::issue_back, supplier, ordinary_stock, quantity));
     });
 }
 

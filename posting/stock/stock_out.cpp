@@ -1,4 +1,3 @@
-#include "posting/course.h"
 #include "posting/ledger.h"
 #include "posting/quantity.h"
 #include "posting/stock/stock.h"
@@ -7,33 +6,33 @@ namespace vantlo::posting {
 
 namespace {
 
-constexpr Wording stock_out{};
+constexpr StatementStyle stock_out{};
 
 const Source supplier = Source::of_line(u"Supplier");
 
-/// The product, or its magnitude where the caller asks for it with exactly True; any other value does not ask.
+/// The product, or its magnitude if bUseAbs is exactly True (-1).
 Currency issued(Currency product, VariantBool bUseAbs) {
     return bUseAbs == VariantBool::exactly_true ? absolute(product) : product;
 }
 
 }  // namespace
 
-void Out_ReduceInventory(Connection* connection, Line& objBillItems, VariantBool bUseAbs, std::int16_t iCPZT) {
-    post_one_line([&](RecordsetVariable& lookup) {
-        const Currency quantity = issued(quantity_times_factor(objBillItems, u"Actualqty"), bUseAbs);
-        post(connection, lookup, objBillItems, stock_out,
-             side(movement::issue, supplier, Source::given(iCPZT), quantity));
+void Out_ReduceInventory(PostingFrame& frame, Line& objBillItems, VariantBool bUseAbs, std::int16_t iCPZT) {
+    post_one_line(frame, [&] {
+        const Currency quantity =
+            issued(base_quantity(objBillItems, u"Actualqty", quantity_rule::line_in_hand), bUseAbs);
+        post(frame, objBillItems, stock_out, side(movement::issue, supplier, Source::given(iCPZT), quantity));
     });
 }
 
-void Out_AddInventory(Connection* connection, const Text& cId, VariantBool bUseAbs, std::int16_t iCPZT) {
+void Out_AddInventory(PostingFrame& frame, const Text& cId, VariantBool bUseAbs, std::int16_t iCPZT) {
     const Statement select = select_by_id(u"select * from StockBillItems where BillId=", cId);
-    const auto take_back = [&](Line& line, RecordsetVariable& lookup) {
-        const Currency quantity = issued(stored_quantity_times_factor(line, u"Actualqty"), bUseAbs);
-        post(connection, lookup, line, stock_out, side(movement::issue_back, supplier, Source::given(iCPZT), quantity));
+    const auto take_back = [&](Line& line) {
+        const Currency quantity = issued(base_quantity(line, u"Actualqty", quantity_rule::stored_line), bUseAbs);
+        post(frame, line, stock_out, side(movement::issue_back, supplier, Source::given(iCPZT), quantity));
     };
-    // Opened by the recordset itself, on the project-wide connection, unlike every other bill of this folder.
-    post_stored_lines(connection, select, take_back, LinesBy::open);
+    // Unlike the other members, it opens its lines by the recordset's own Open, on the project-wide connection.
+    post_stored_lines(frame, select, take_back, LinesBy::open);
 }
 
 }  // namespace vantlo::posting

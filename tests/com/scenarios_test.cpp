@@ -18,9 +18,9 @@ struct LibraryFixture {
 
     /// Calls a scenario's member on a new object, and lets everything go.
     Call call_through(Road road) {
-        return [this, road](const Scenario& scenario, Connection& connection, Line& line) {
-            const ComPointer<AdoConnection> host_connection(new AdoConnection(connection));
-            const ComPointer<LineObject> line_object(new LineObject(line));
+        return [this, road](const Scenario& scenario, const CallSite& site) {
+            const ComPointer<AdoConnection> host_connection(new AdoConnection(site.connection));
+            const ComPointer<LineObject> line_object(new LineObject(site.line));
             const Member& member = *find_method(from_utf8(scenario.member));
             std::vector<ComArgument> arguments;
             for (std::size_t i = 0; i < scenario.arguments.size(); ++i) {
@@ -31,8 +31,14 @@ struct LibraryFixture {
             const ComPointer<_Inventory_Class> object = library.make_object();
             CHECK(object->put_DATAType(OwnedBstr(from_utf8(scenario.data_type)).get()) == S_OK);
             CHECK(object->putref_ADOConn(host_connection.get()) == S_OK);
+            const ComPointer<_Inventory_Class> other = library.make_object();
+            if (site.project_connection != nullptr) {
+                const ComPointer<AdoConnection> project(new AdoConnection(*site.project_connection));
+                CHECK(other->putref_ADOConn(project.get()) == S_OK);
+            }
             const std::int32_t result = call_method(road, *object.get(), member, arguments);
             CHECK(object->putref_ADOConn(nullptr) == S_OK);
+            CHECK(other->putref_ADOConn(nullptr) == S_OK);
             CHECK(line_object->references() == 1);
             CHECK(host_connection->references() == 1);
             return result;

@@ -33,7 +33,7 @@ std::string told(const Scenario& scenario, TestDatabase& database) {
     database.fill(scenario.given);
     Recorder recorder;
     RecordedLine line(recorder, scenario.line);
-    const std::int32_t result = call_member(scenario, database.component_connection(), line);
+    const std::int32_t result = call_member(scenario, {database.component_connection(), line});
     const bool own = project_state().connection == &database.component_connection() &&
                      project_state().database_kind == database_kind_of(from_utf8(scenario.data_type));
     set_project_connection(nullptr);

@@ -105,7 +105,8 @@ TEST_CASE_FIXTURE(ComponentFixture, "Every posting method called before ADOConn 
             TextView(member.name) == u"Out_AddInventory" || TextView(member.name) == u"RG_Out_AddInventory";
         CHECK(result == (opens_its_lines ? error::no_connection : error::object_not_set));
         const std::string own = "message " + to_utf8(member.name) + "():" + to_utf8(standard_text(result));
-        const bool shown = !recorder.events.empty() && recorder.events.back().line() == own;
+        const std::vector<std::string> seen = recorder.trace(Detail::statements);
+        const bool shown = !seen.empty() && seen.back() == own;
         CHECK(shown == (member.on_error == OnError::tell_user));
     }
 }
@@ -141,7 +142,7 @@ TEST_CASE_FIXTURE(ComponentFixture, "A posting that runs out of memory returns 7
     } greedy;
     object.set_ADOConn(&connection);
     CHECK(object.call(u"In_AddInventory", {greedy}) == error::out_of_memory);
-    CHECK(recorder.events.back().line() == "message In_AddInventory():" + to_utf8(standard_text(7)));
+    CHECK(recorder.trace(Detail::statements).back() == "message In_AddInventory():" + to_utf8(standard_text(7)));
 }
 
 TEST_CASE("Two threads with different kinds and connections never see each other's") {

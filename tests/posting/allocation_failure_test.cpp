@@ -34,8 +34,8 @@ struct Run {
 Run run_short_of_memory(const Scenario& scenario, TestDatabase& database, long n, bool and_all_after) {
     allocation_plan() = {n, and_all_after, false, false};
     Run run;
-    run.outcome = run_scenario(scenario, database, {}, [](const Scenario& told, Connection& connection, Line& line) {
-        return call_member(told, connection, line, [] { allocation_plan().armed = true; });
+    run.outcome = run_scenario(scenario, database, {}, [](const Scenario& told, const CallSite& site) {
+        return call_member(told, site, [] { allocation_plan().armed = true; });
     });
     run.has_failed = allocation_plan().has_failed;
     return run;

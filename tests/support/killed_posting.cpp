@@ -25,7 +25,7 @@ int KilledPosting::post(int kill_at, bool before, bool in_transaction) const {
     KillingConnection killing(*connection, kill_at, before);
     RecordedLine line(recorder, scenario_.line);
     if (in_transaction) connection->begin();
-    call_member(scenario_, killing, line);
+    call_member(scenario_, {killing, line});
     if (in_transaction) connection->commit();
     set_project_connection(nullptr);
     return killing.statements;

@@ -34,9 +34,28 @@ public:
     RecordingRecordset(Recorder& recorder, RecordsetVariable inner, std::string role)
         : recorder_(recorder), inner_(std::move(inner)), role_(std::move(role)) {}
 
+    /// A result of a connection, which it does not keep alive.
+    RecordingRecordset(Recorder& recorder, RecordsetVariable inner, std::string role,
+                       const RecordingConnection& connection)
+        : RecordingRecordset(recorder, std::move(inner), std::move(role)) {
+        connection_ = connection.name();
+        connection_lives_ = connection.alive;
+    }
+    RecordingRecordset(const RecordingRecordset&) = delete;
+    RecordingRecordset& operator=(const RecordingRecordset&) = delete;
+    ~RecordingRecordset() override {
+        const HarnessAllocations harness;
+        note_dangling();
+        recorder_.note({Detail::everything, "free", role_, {}, {}});
+    }
+
     void set_active_connection(Connection* connection) override {
         step(Detail::everything, "connect");
-        if (auto* recording = dynamic_cast<RecordingConnection*>(connection)) connection = &recording->inner();
+        if (auto* recording = dynamic_cast<RecordingConnection*>(connection)) {
+            connection_ = recording->name();
+            active_connection_ = ConnectionReference(recording);
+            connection = &recording->inner();
+        }
         inner_->set_active_connection(connection);
     }
     void set_cursor_location(std::int32_t location) override {
@@ -75,16 +94,23 @@ public:
 
 private:
     void step(Detail detail, const char* what, std::string text = {}) {
-        recorder_.step({detail, what, role_, std::move(text)});
+        note_dangling();
+        recorder_.step({detail, what, role_, std::move(text), connection_});
+    }
+    void note_dangling() const {
+        if (connection_lives_ && !*connection_lives_) recorder_.note({Detail::statements, "dangling", role_, {}, {}});
     }
 
     Recorder& recorder_;
     RecordsetVariable inner_;
     std::string role_;
+    std::string connection_;
+    ConnectionReference active_connection_;
+    std::shared_ptr<const bool> connection_lives_;
 };
 
 RecordsetVariable create_recorded() {
-    current_recorder->step({Detail::recordsets, "prepare", {}, {}});
+    current_recorder->step({Detail::recordsets, "prepare", {}, {}, {}});
     return std::make_unique<RecordingRecordset>(*current_recorder, make_client_recordset(), "unopened");
 }
 
@@ -93,7 +119,7 @@ void show_recorded(const char16_t* text, const char16_t* title, std::int32_t sty
     std::string shown = to_utf8(text);
     if (TextView(title) != u"提示信息" || style != 64)
         shown += " (title " + to_utf8(title) + ", style " + std::to_string(style) + ")";
-    current_recorder->note({Detail::statements, "message", {}, shown});
+    current_recorder->note({Detail::statements, "message", {}, shown, {}});
 }
 
 ProjectState& state_of_test() noexcept { return recorded_state; }
@@ -112,16 +138,23 @@ AllocationPlan& allocation_plan() {
 }
 
 std::string Event::line() const {
-    if (detail == Detail::statements || recordset.empty()) return text.empty() ? what : what + " " + text;
-    return what + " " + recordset;
+    const std::string call = connection.empty() ? what : connection + " " + what;
+    if (detail == Detail::statements || recordset.empty()) return text.empty() ? call : call + " " + text;
+    return call + " " + recordset;
 }
 
 void Recorder::step(Event event) {
     const HarnessAllocations harness;
-    events.push_back(std::move(event));
+    const std::size_t index = events.size();
+    note(std::move(event));
     if (++steps != fail_at) return;
-    failed_event = static_cast<int>(events.size()) - 1;
+    failed_event = static_cast<int>(index);
     throw Failure(fail_with, "planned");
+}
+
+void Recorder::note(Event event) noexcept {
+    events.push_back(std::move(event));
+    if (on_event) on_event(events.size() - 1);
 }
 
 std::vector<std::string> Recorder::trace(Detail detail) const {
@@ -133,8 +166,17 @@ std::vector<std::string> Recorder::trace(Detail detail) const {
 }
 
 RecordsetVariable RecordingConnection::execute(TextView statement) {
-    recorder_.step({Detail::statements, "execute", role_of(statement), to_utf8(statement)});
-    return std::make_unique<RecordingRecordset>(recorder_, inner_.execute(statement), role_of(statement));
+    recorder_.step({Detail::statements, "execute", role_of(statement), to_utf8(statement), name_});
+    const bool has_rows = without_rows_.empty() || !statement.starts_with(without_rows_);
+    RecordsetVariable result =
+        inner_.execute(has_rows ? Text(statement) : u"select * from (" + Text(statement) + u") nothing where 1=0");
+    return std::make_unique<RecordingRecordset>(recorder_, std::move(result), role_of(statement), *this);
+}
+
+void RecordingConnection::release() noexcept {
+    if (--references > 0) return;
+    *alive = false;
+    if (on_last_release) std::exchange(on_last_release, nullptr)();
 }
 
 RecordedLine::RecordedLine(Recorder& recorder, std::map<std::string, Variant> properties) : recorder_(recorder) {
@@ -142,7 +184,7 @@ RecordedLine::RecordedLine(Recorder& recorder, std::map<std::string, Variant> pr
 }
 
 Variant RecordedLine::value(TextView name) {
-    recorder_.step({Detail::reads, "read", {}, to_utf8(name)});
+    recorder_.step({Detail::reads, "read", {}, to_utf8(name), {}});
     const auto found = properties_.find(lower(to_utf8(name)));
     if (found == properties_.end()) throw Failure(error::no_such_member);
     return found->second;

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <functional>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -18,12 +20,14 @@ enum class Detail { statements, recordsets, reads, everything };
 /// Something that the component asked of its surroundings, or showed the user.
 struct Event {
     Detail detail;
-    std::string
-        what;  ///< `execute`, `open`, `close`, `next`, `release`, `prepare`, `read`, `eof`, `field`, `message` …
-    std::string recordset;  ///< whose call it was: `lines`, `lookup`, `unit`, `header`, or empty
-    std::string text;       ///< the statement, the property's name, the message
+    /// `execute`, `open`, `close`, `next`, `release`, `prepare`, `read`, `eof`, `field`, `message`; `free` where the last
+    /// reference to a recordset ends.
+    std::string what;
+    std::string recordset;   ///< whose call it was: `lines`, `lookup`, `unit`, `header`, or empty
+    std::string text;        ///< the statement, the property's name, the message
+    std::string connection;  ///< the name of the connection that it ran on, empty for the instance's own
 
-    /// As scenarios write it. Example: `close lookup`, `execute update Inventory set …`.
+    /// As scenarios write it. Example: `close lookup`, `execute update Inventory set …`, `project open select …`.
     [[nodiscard]] std::string line() const;
 };
 
@@ -34,12 +38,13 @@ public:
     void step(Event event);
 
     /// Records an event that cannot fail.
-    void note(Event event) { events.push_back(std::move(event)); }
+    void note(Event event) noexcept;
 
     /// The lines of the trace up to a level of detail.
     [[nodiscard]] std::vector<std::string> trace(Detail detail) const;
 
     std::vector<Event> events;
+    std::function<void(std::size_t index)> on_event;  ///< what the host does while an event is under way
     int steps = 0;
     int fail_at = 0;               ///< which step fails, counted from 1; 0: none
     ErrorNumber fail_with = 1004;  ///< a number that nothing else gives
@@ -49,19 +54,28 @@ public:
 /// A connection that records what is asked of it and passes it on to a real one.
 class RecordingConnection final : public Connection {
 public:
-    RecordingConnection(Recorder& recorder, Connection& inner) : recorder_(recorder), inner_(inner) {}
+    /// `name` is what its events are marked with; `without_rows` the beginning of statements that it answers without a row.
+    RecordingConnection(Recorder& recorder, Connection& inner, std::string name = {}, Text without_rows = {})
+        : recorder_(recorder), inner_(inner), name_(std::move(name)), without_rows_(std::move(without_rows)) {}
 
     void add_reference() noexcept override { ++references; }
-    void release() noexcept override { --references; }
+    void release() noexcept override;
     RecordsetVariable execute(TextView statement) override;
 
     int references = 0;
+    std::function<void()> on_last_release;  ///< may delete the connection
+
+    /// Becomes false with the last release: a recordset that is used or freed after it records `dangling`.
+    const std::shared_ptr<bool> alive = std::make_shared<bool>(true);
 
     [[nodiscard]] Connection& inner() const { return inner_; }
+    [[nodiscard]] const std::string& name() const { return name_; }
 
 private:
     Recorder& recorder_;
     Connection& inner_;
+    std::string name_;
+    Text without_rows_;
 };
 
 /// A line object with properties by name, in any case. Errors: no_such_member for one that it lacks.

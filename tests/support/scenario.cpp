@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <sstream>
 #include <stdexcept>
 
@@ -52,8 +53,30 @@ Variant text_value(const Word& word) {
     return from_utf8(word.text);
 }
 
+/// A value written TYPE(TEXT); nothing for any other word.
+std::optional<Variant> typed_value(const std::string& word) {
+    struct Type {
+        std::string_view name;
+        Variant (*value)(const Variant& text);
+    };
+    static constexpr Type types[] = {
+        {"Date", [](const Variant& text) { return Variant(date_from_text(to_text(text)).value()); }},
+        {"Decimal", [](const Variant& text) { return Variant(Other{to_text(text)}); }},
+        {"Boolean", [](const Variant& text) { return Variant(to_text(text) == u"True"); }},
+        {"Integer", [](const Variant& text) { return Variant(to_integer(text)); }},
+        {"Long", [](const Variant& text) { return Variant(to_long(text)); }},
+        {"Double", [](const Variant& text) { return Variant(to_double(text)); }},
+    };
+    const std::size_t parenthesis = word.find('(');
+    if (parenthesis == std::string::npos || word.back() != ')') return std::nullopt;
+    const auto* const type = std::ranges::find(types, std::string_view(word).substr(0, parenthesis), &Type::name);
+    if (type == std::end(types)) return std::nullopt;
+    return type->value(from_utf8(word.substr(parenthesis + 1, word.size() - parenthesis - 2)));
+}
+
 /// A property of the line object in its declared type.
 Variant property_value(const std::string& name, const Word& word) {
+    if (const std::optional<Variant> value = typed_value(word.text)) return *value;
     const Variant text = text_value(word);
     if (text.is<Null>() || word.quoted) return text;
     if (name == "Actualqty" || name == "Qty" || name == "UQty") return static_cast<float>(to_double(text));
@@ -151,16 +174,16 @@ private:
         const bool called = !scenario.member.empty();
         if (keyword == "kind") {
             scenario.data_type = rest;
-        } else if (keyword == "unit") {
-            scenario.given.push_back(row_with("GoodsUnit", {"id", "Unit", "UnitConverter"}, words_of(rest)));
-        } else if (keyword == "goods") {
-            scenario.given.push_back(row_with("Goods", {"ID", "Class", "GCZYCPFlag"}, words_of(rest)));
-        } else if (keyword == "row") {
-            take_row(scenario, rest);
         } else if (keyword == "ledger" && called) {
             scenario.ledger.push_back(canonical(rest));
-        } else if (keyword == "ledger") {
-            scenario.given.push_back(ledger_row(rest));
+        } else if (const auto row = given_row(keyword, rest)) {
+            scenario.given.push_back(*row);
+        } else if (keyword == "project") {
+            take_project(scenario, rest, line);
+        } else if (keyword == "column") {
+            take_column(scenario, rest);
+        } else if (keyword == "empty") {
+            scenario.without_rows = rest;
         } else if (keyword == "line") {
             take_line(scenario, rest);
         } else if (keyword == "call") {
@@ -182,7 +205,12 @@ private:
         return std::ranges::find(events, keyword) != std::end(events);
     }
 
-    static void take_row(Scenario& scenario, const std::string& rest) {
+    /// The row that a line gives to a database; nothing for a line of another kind.
+    static std::optional<TableRow> given_row(const std::string& keyword, const std::string& rest) {
+        if (keyword == "unit") return row_with("GoodsUnit", {"id", "Unit", "UnitConverter"}, words_of(rest));
+        if (keyword == "goods") return row_with("Goods", {"ID", "Class", "GCZYCPFlag"}, words_of(rest));
+        if (keyword == "ledger") return ledger_row(rest);
+        if (keyword != "row") return std::nullopt;
         const std::vector<Word> words = words_of(rest);
         if (words.empty()) throw std::runtime_error("row TABLE COLUMN=VALUE … expected");
         TableRow row{words[0].text, {}};
@@ -190,7 +218,31 @@ private:
             const auto [name, value] = assignment(words[i]);
             row.columns.emplace_back(name, text_value(value));
         }
-        scenario.given.push_back(std::move(row));
+        return row;
+    }
+
+    /// A row or an event of the project-wide connection.
+    static void take_project(Scenario& scenario, const std::string& rest, const std::string& line) {
+        scenario.has_project = true;
+        const std::size_t end = rest.find(' ');
+        const std::string keyword = rest.substr(0, end);
+        const std::string behind = end == std::string::npos ? "" : rest.substr(rest.find_first_not_of(' ', end));
+        const bool called = !scenario.member.empty();
+        if (called && keyword == "ledger") {
+            scenario.project_ledger.push_back(canonical(behind));
+        } else if (called && is_event(keyword)) {
+            scenario.trace.push_back("project " + keyword + (behind.empty() ? "" : " " + behind));
+        } else if (const auto row = given_row(keyword, behind); row && !called) {
+            scenario.given_to_project.push_back(*row);
+        } else {
+            throw std::runtime_error("a row or an event expected in " + line);
+        }
+    }
+
+    static void take_column(Scenario& scenario, const std::string& rest) {
+        const std::vector<Word> words = words_of(rest);
+        if (words.size() != 3) throw std::runtime_error("column TABLE NAME TYPE expected");
+        scenario.columns.push_back({words[0].text, words[1].text, words[2].text});
     }
 
     static void take_line(Scenario& scenario, const std::string& rest) {

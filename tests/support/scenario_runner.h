@@ -3,6 +3,7 @@
 #include <functional>
 #include <memory>
 
+#include "component/member_table.h"
 #include "tests/support/scenario.h"
 #include "tests/support/test_database.h"
 
@@ -13,14 +14,24 @@ struct Outcome {
     std::int32_t result = 0;
     Recorder recorder;
     std::vector<std::string> ledger;
+    std::vector<std::string> project_ledger;  ///< of the database of the scenario's project-wide connection
 };
 
-/// How a scenario's member is called: on an object with that connection, with that line.
-using Call = std::function<std::int32_t(const Scenario& scenario, Connection& connection, Line& line)>;
+/// What a scenario's member is called with.
+struct CallSite {
+    Connection& connection;  ///< the instance's
+    Line& line;
+    Connection* project_connection = nullptr;  ///< what another instance sets last; null: there is no other instance
+};
+
+/// How a scenario's member is called.
+using Call = std::function<std::int32_t(const Scenario& scenario, const CallSite& site)>;
 
 /// Calls it on the portable class; `before_call` runs right before.
-std::int32_t call_member(const Scenario& scenario, Connection& connection, Line& line,
-                         const std::function<void()>& before_call = {});
+std::int32_t call_member(const Scenario& scenario, const CallSite& site, const std::function<void()>& before_call = {});
+
+/// One argument of a scenario's call, in its parameter's type; the word `line` stands for the line object.
+Argument argument_of(const Parameter& parameter, const std::string& word, Line& line);
 
 /// The n-th step of a call that fails, and under which number; 0: none.
 struct Fault {

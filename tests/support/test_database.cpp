@@ -127,10 +127,13 @@ void TestDatabase::clear() {
     for (const char16_t* table : tables) connection_->run(Text(u"delete from ") + table);
     for (const Text& statement : narrowing_) connection_->run(statement);
     narrowing_.clear();
+    for (const Text& statement : restoring_) connection_->run(statement);
+    restoring_.clear();
 }
 
-void TestDatabase::fill(const std::vector<TableRow>& rows) {
+void TestDatabase::fill(const std::vector<TableRow>& rows, const std::vector<ColumnType>& columns) {
     clear();
+    for (const ColumnType& column : columns) declare(column);
     if (connection_->dialect() != "sqlite") std::ranges::for_each(rows, [this](const TableRow& row) { widen(row); });
     for (const TableRow& row : rows) connection_->run(insert_text(row));
 }
@@ -142,6 +145,21 @@ void TestDatabase::widen(const TableRow& row) {
         connection_->run(retype(connection_->dialect(), row.table, column, type_for(found->type, value)));
         narrowing_.push_back(retype(connection_->dialect(), row.table, column, found->type));
     }
+}
+
+void TestDatabase::declare(const ColumnType& column) {
+    if (connection_->dialect() != "sqlite") throw std::runtime_error("column types are given on SQLite alone");
+    const Text table = from_utf8(column.table);
+    const Text name = from_utf8(column.column);
+    const RecordsetVariable declared =
+        connection_->execute(u"select type from pragma_table_info('" + table + u"') where name='" + name + u"'");
+    if (declared->eof()) throw std::runtime_error("there is no column " + column.table + "." + column.column);
+    const Text drop = u"alter table " + table + u" drop column " + name;
+    const Text add = u"alter table " + table + u" add column " + name + u" ";
+    restoring_.push_back(drop);
+    restoring_.push_back(add + to_text(declared->field(u"type")));
+    connection_->run(drop);
+    connection_->run(add + from_utf8(column.type));
 }
 
 std::vector<std::string> TestDatabase::expected_ledger(const Scenario& scenario) {

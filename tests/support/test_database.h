@@ -30,8 +30,8 @@ public:
     /// Empties the tables and inserts rows, every value as it stands.
     ///
     /// SQLite keeps any value in any column. On other engines a column whose type cannot keep a value, such as a quantity
-    /// that is no number, has a wider type until the next `clear`.
-    void fill(const std::vector<TableRow>& rows);
+    /// that is no number, has a wider type until the next `clear`. `columns` gives columns a type until then, on SQLite.
+    void fill(const std::vector<TableRow>& rows, const std::vector<ColumnType>& columns = {});
 
     /// The ledger that a scenario leaves: what it says itself, but on MariaDB, where two minus signs begin a comment only
     /// before a blank, the ledger of its statements with the signs apart.
@@ -41,10 +41,12 @@ private:
     class OwnTypes;
 
     void widen(const TableRow& row);
+    void declare(const ColumnType& column);
 
     Owned<NativeConnection> connection_;
     std::unique_ptr<OwnTypes> own_types_;
     std::vector<Text> narrowing_;  // the statements that give widened columns their types back
+    std::vector<Text> restoring_;  // the same for columns that were given a type
 };
 
 /// The statements of the schema file that makes the tables for a dialect.
