@@ -55,6 +55,7 @@ struct LibraryFixture {
 TEST_CASE_FIXTURE(LibraryFixture, "Every scenario holds through the vtable") {
     const long alive = objects_alive;
     check_scenarios(all_scenarios(), *database, call_through(Road::early_bound));
+    check_scenarios(scenarios_of_column_types(), *database, call_through(Road::early_bound));
     CHECK(objects_alive == alive);
     CHECK(library.can_unload());
 }
@@ -62,6 +63,7 @@ TEST_CASE_FIXTURE(LibraryFixture, "Every scenario holds through the vtable") {
 TEST_CASE_FIXTURE(LibraryFixture, "Every scenario holds through IDispatch") {
     const long alive = objects_alive;
     check_scenarios(all_scenarios(), *database, call_through(Road::by_name));
+    check_scenarios(scenarios_of_column_types(), *database, call_through(Road::by_name));
     CHECK(objects_alive == alive);
     CHECK(library.can_unload());
 }

@@ -33,6 +33,14 @@ TEST_CASE("Every scenario returns its result, sends its statements and leaves it
     check_scenarios(all_scenarios(), *database);
 }
 
+TEST_CASE(
+    "Every scenario of columns with types of their own returns its result, sends its statements and leaves its "
+    "ledger") {
+    const auto database = make_sqlite_database();
+    CHECK(!scenarios_of_column_types().empty());
+    check_scenarios(scenarios_of_column_types(), *database);
+}
+
 TEST_CASE("Where a bill has several header rows, the first counts") {
     const auto database = make_sqlite_database();
     for (const Text table : {u"StockBill", u"GoodsBill"}) {  // once more, without the key that forbids such bills

@@ -169,7 +169,7 @@ RecordsetVariable RecordingConnection::execute(TextView statement) {
     recorder_.step({Detail::statements, "execute", role_of(statement), to_utf8(statement), name_});
     const bool has_rows = without_rows_.empty() || !statement.starts_with(without_rows_);
     RecordsetVariable result =
-        inner_.execute(has_rows ? Text(statement) : u"select * from (" + Text(statement) + u") nothing where 1=0");
+        inner_.execute(has_rows ? Text(statement) : u"select * from (" + Text(statement) + u") emptied where 1=0");
     return std::make_unique<RecordingRecordset>(recorder_, std::move(result), role_of(statement), *this);
 }
 

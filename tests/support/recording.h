@@ -68,6 +68,7 @@ public:
     /// Becomes false with the last release: a recordset that is used or freed after it records `dangling`.
     const std::shared_ptr<bool> alive = std::make_shared<bool>(true);
 
+    [[nodiscard]] Recorder& recorder() const { return recorder_; }
     [[nodiscard]] Connection& inner() const { return inner_; }
     [[nodiscard]] const std::string& name() const { return name_; }
 

@@ -38,6 +38,7 @@ TextView type_for(TextView own_type, const Variant& value) {
     if (!number) return u"varchar(40)";
     const bool whole = own_type == u"smallint" || own_type == u"integer";
     if (whole && *number != std::floor(*number)) return u"double precision";
+    if (whole && std::abs(*number) > INT32_MAX) return u"bigint";
     if (own_type == u"smallint" && std::abs(*number) > INT16_MAX) return u"integer";
     return own_type;
 }
