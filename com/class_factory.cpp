@@ -8,6 +8,19 @@
 
 namespace vantlo {
 
+namespace {
+
+/// A new object with one reference; null if there is no memory for it.
+InventoryObject* make_object() noexcept {
+    try {
+        return thread_state::prepare() ? new InventoryObject : nullptr;
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
+}  // namespace
+
 ClassFactory& ClassFactory::instance() {
     static ClassFactory factory;
     return factory;
@@ -37,7 +50,7 @@ HRESULT ClassFactory::CreateInstance(IUnknown* outer, REFIID identifier, void** 
     if (object == nullptr) return E_POINTER;
     *object = nullptr;
     if (outer != nullptr) return CLASS_E_NOAGGREGATION;
-    auto* const made = thread_state::prepare() ? new (std::nothrow) InventoryObject : nullptr;
+    InventoryObject* const made = make_object();
     if (made == nullptr) return E_OUTOFMEMORY;
     const HRESULT result = made->QueryInterface(identifier, object);
     made->Release();

@@ -84,7 +84,10 @@ HRESULT InventoryObject::Invoke(DISPID identifier, REFIID reserved, LCID, WORD f
                                 VARIANT* result, EXCEPINFO*, UINT* wrong_argument) {
     if (reserved != IID_NULL) return DISP_E_UNKNOWNINTERFACE;
     if (parameters == nullptr) return E_POINTER;
-    return framed_call([&] { return Invocation{*this, flags, *parameters, result, wrong_argument}.run(identifier); });
+    return framed_call([&] {
+        const InterfacePointer<_Inventory_Class> held(this);  // the host may release the object during the call
+        return Invocation{*this, flags, *parameters, result, wrong_argument}.run(identifier);
+    });
 }
 
 HRESULT InventoryObject::get_DATAType(BSTR* value) {
@@ -117,6 +120,7 @@ HRESULT InventoryObject::get_ADOConn(_Connection** value) {
 
 HRESULT InventoryObject::putref_ADOConn(_Connection* value) {
     return framed_call([&] {
+        const InterfacePointer<_Inventory_Class> held(this);  // the connection that is released may release the object
         const ConnectionReference connection = value != nullptr ? ComConnection::of(*value) : ConnectionReference();
         component_.set_ADOConn(connection.get());
         thread_state::watch_apartment();

@@ -177,6 +177,7 @@ private:
     HRESULT post(std::size_t number, LONG* result, Pointers... pointers) noexcept {
         return framed_call([&] {
             if (result == nullptr || ((pointers == nullptr) || ...)) return E_POINTER;
+            const InterfacePointer<_Inventory_Class> held(this);  // the host may release the object during the call
             std::array<Incoming, sizeof...(Pointers)> incoming{Incoming(pointers)...};
             std::vector<Argument> arguments;
             for (Incoming& argument : incoming) {
