@@ -2,6 +2,8 @@
 
 #include <doctest/doctest.h>
 
+#include <algorithm>
+
 #include "automation/error.h"
 #include "automation/error_text.h"
 #include "dataaccess/unit_conversion.h"
@@ -113,6 +115,18 @@ TEST_CASE_FIXTURE(UnitFixture, "GoodsUnitConverter returns the number of its err
     recorder.events.clear();
     CHECK(GoodsUnitConverter(u"G1", u"box") == Currency::from_whole(error::no_connection));
     CHECK(recorder.trace(Detail::statements).back() == message("GoodsUnitConverter", error::no_connection)[0]);
+}
+
+TEST_CASE_FIXTURE(UnitFixture, "GoodsUnitConverter releases its recordset after its message has been dismissed") {
+    recorder.on_event = [this](std::size_t index) {
+        if (recorder.events[index].what != "message") return;
+        CHECK(std::ranges::count(recorder.events, "free", &Event::what) == 0);
+    };
+    GoodsUnitConverter(u"G1", u"odd");
+    const std::vector<std::string> seen = recorder.trace(Detail::everything);
+    REQUIRE(seen.size() > 2);
+    CHECK(seen[seen.size() - 2] == message("GoodsUnitConverter", error::type_mismatch)[0]);
+    CHECK(seen.back() == "free unit");
 }
 
 TEST_CASE_FIXTURE(UnitFixture,
