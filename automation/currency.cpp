@@ -23,8 +23,8 @@ Currency Currency::from_double(double value) {
     const double magnitude = std::fabs(value);
     if (!(magnitude < 922337203685478.0)) throw Failure(error::overflow);  // NaN compares false
 
-    // The fraction in binary fixed point, in two halves of 34 bits: all of it where it is 2^-15 or more, and a
-    // smaller one is less than half a unit whatever bits are cut off. Integers keep the product exact.
+    // The fraction as a fixed-point number of 68 bits, in two halves, so that the product is exact. A fraction below
+    // 2^-15 loses bits, but is less than half a unit with or without them.
     constexpr int bits = 34;
     constexpr std::uint64_t mask = (std::uint64_t{1} << bits) - 1;
     constexpr double two_to_bits = 1ULL << bits;
@@ -50,8 +50,8 @@ double Currency::to_double() const {
     if (count_ >= -exact_in_double && count_ <= exact_in_double) {
         return static_cast<double>(count_) / static_cast<double>(scale);
     }
-    // Whole part and fraction separately. The sum is the only rounding that matters: it is to 13 binary places at the
-    // most, and no fraction of four decimals lies close enough to a tie of those for the quotient's error to reach it.
+    // Only the sum's rounding decides. It keeps at most 13 binary places of the fraction, and no fraction of four
+    // decimals is so close to a tie of these that the quotient's rounding error could change the result.
     return static_cast<double>(count_ / scale) + static_cast<double>(count_ % scale) / static_cast<double>(scale);
 }
 
@@ -61,8 +61,8 @@ Currency operator*(Currency left, Currency right) {
     const std::uint64_t right_whole = right.magnitude() / unsigned_scale;
     const std::uint64_t right_rest = right.magnitude() % unsigned_scale;
 
-    // (lw + lr/s)(rw + rr/s), in units of 1/s. The mixed terms and the last one fit 64 bits; nothing here is negative,
-    // so a sum beyond 64 bits is beyond the range.
+    // (lw + lr/s)(rw + rr/s) in units of 1/s. The mixed terms and the last term fit in 64 bits. All terms are positive,
+    // so a sum that does not fit is out of range.
     std::uint64_t count = 0;
     const std::uint64_t rest_product = left_rest * right_rest;
     if (__builtin_mul_overflow(left_whole, right_whole, &count) ||

@@ -21,12 +21,12 @@ public:
     [[nodiscard]] static Currency from_magnitude(std::uint64_t ten_thousandths, bool negative);
 
     /// The exact value of the double, rounded half to even at the fourth decimal.
-    /// Errors   overflow outside the range and for infinities; NaN too.
+    /// Errors   overflow outside the range, for infinities and for NaN.
     [[nodiscard]] static Currency from_double(double value);
 
     [[nodiscard]] constexpr std::int64_t ten_thousandths() const { return count_; }
 
-    /// The count of ten-thousandths without its sign; the most negative value has one too.
+    /// The count of ten-thousandths without its sign. It exists for the most negative value too.
     [[nodiscard]] constexpr std::uint64_t magnitude() const {
         const auto bits = static_cast<std::uint64_t>(count_);
         return count_ < 0 ? 0 - bits : bits;

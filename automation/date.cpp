@@ -40,7 +40,7 @@ std::optional<Date> date_if_valid(const DateParts& parts) {
     return Date{day < 0 ? day - time : day + time};
 }
 
-// A number at the front of the text, of `fewest` to `most` digits and no more; the text loses it.
+// Removes a number of `fewest` to `most` digits from the front of the text.
 std::optional<int> take_number(TextView& text, std::size_t fewest, std::size_t most) {
     const std::size_t digits = std::min(text.find_first_not_of(u"0123456789"), text.size());
     if (digits < fewest || digits > most) return std::nullopt;
@@ -50,7 +50,7 @@ std::optional<int> take_number(TextView& text, std::size_t fewest, std::size_t m
     return number;
 }
 
-// One of the units at the front of the text; the text loses it.
+// Removes one of the given units from the front of the text.
 bool take_one_of(TextView& text, TextView units) {
     if (text.empty() || units.find(text.front()) == TextView::npos) return false;
     text.remove_prefix(1);

@@ -50,10 +50,10 @@ inline constexpr ErrorNumber unspecified = -2147467259;           // 0x80004005,
 
 }  // namespace error
 
-/// The one exception of the portable core and its adapters: a failure under its number.
+/// The one exception of the portable core and its adapters: an error number.
 ///
-/// `what()` is the adapter's own account of it (UTF-8: the engine's message, a cause, a remedy). Hosts may show that;
-/// the component's message box never does.
+/// `what()` is the adapter's description in UTF-8: the engine's message, a cause, a remedy. Hosts may show it; the
+/// component's message box does not.
 class Failure : public std::exception {
 public:
     explicit Failure(ErrorNumber number) : number_(number) {}

@@ -37,7 +37,7 @@ struct Decimal {
 
 constexpr bool is_digit(char16_t unit) { return unit >= u'0' && unit <= u'9'; }
 
-// Takes a sign off the front of the text; says whether it was a minus.
+// Removes a sign from the front of the text. Returns: whether it was a minus.
 bool take_sign(TextView& text) {
     if (text.empty() || (text.front() != u'-' && text.front() != u'+')) return false;
     const bool negative = text.front() == u'-';
@@ -45,9 +45,9 @@ bool take_sign(TextView& text) {
     return negative;
 }
 
-// The whole of the text as an exponent: a sign, at least one digit.
+// Reads the whole text as an exponent: an optional sign and at least one digit.
 std::optional<std::int64_t> parse_exponent(TextView text) {
-    // Far beyond every number type, and no text is long enough to bring it back into range.
+    // Out of range of every number type; no text has enough digits to bring such a number back into range.
     constexpr std::int64_t largest = 1'000'000'000'000'000;
 
     const bool negative = take_sign(text);
@@ -105,7 +105,7 @@ std::uint64_t rounded_magnitude(const Decimal& number, int decimals) {
         const char digit = i < number.digits.size() ? number.digits[i] : '0';
         magnitude = magnitude * 10 + static_cast<std::uint64_t>(digit - '0');
     }
-    // Without zeros at its end, the rest compares with one half as text does with "5".
+    // The digits have no trailing zeros, so the rest compares with one half as its text does with "5".
     const std::string_view rest = std::string_view(number.digits).substr(std::min(kept, number.digits.size()));
     const int against_half = rest.compare("5");
     if (against_half > 0 || (against_half == 0 && magnitude % 2 == 1)) ++magnitude;
@@ -149,7 +149,7 @@ std::optional<double> double_from_text(TextView text) {
     plain += 'e';
     plain += std::to_string(number->point - 1);
 
-    // Out of range is also how a number too close to zero ends; that one is 0.
+    // from_chars reports a number too close to zero as out of range, too; its value is 0.
     double value = 0;
     const std::errc outcome = std::from_chars(plain.data(), plain.data() + plain.size(), value).ec;
     const bool too_large = outcome == std::errc::result_out_of_range && number->point > 0;

@@ -8,11 +8,11 @@
 
 namespace vantlo {
 
-/// Numbers as text: a point as decimal separator whatever the locale, a minus sign only before a value that is not 0.
+/// Numbers as text, with a point as decimal separator in every locale, and no minus sign before 0.
 ///
 /// Source   automation's own number text: at most 7 significant digits for a Single and 15 for a Double, the exponent
 ///          form (`1E+07`, `1.234568E+07`, `1E-05`) where the plain one would need more digits or four leading zeros.
-///          Infinity and NaN, which no plain number can say, raise error::overflow.
+/// Errors   overflow for infinity and NaN.
 Text number_text(std::int32_t value);
 Text number_text(float value);
 Text number_text(double value);

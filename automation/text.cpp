@@ -33,7 +33,7 @@ Step decode_utf16(TextView text) {
     return {first, 1};
 }
 
-// A byte that starts no well-formed sequence counts alone, as U+FFFD.
+// A byte that does not begin a well-formed sequence becomes U+FFFD by itself.
 Step decode_utf8(std::string_view bytes) {
     constexpr Step bad = {replacement, 1};
     const auto byte_at = [bytes](std::size_t i) { return static_cast<std::uint8_t>(bytes[i]); };

@@ -51,7 +51,7 @@ public:
     Variant(Other value) : value_(std::move(value)) {}
     Variant(const char16_t* value) : value_(Text(value)) {}
     template <typename Pointer>
-    Variant(Pointer*) = delete;  // a pointer would silently become a Boolean
+    Variant(Pointer*) = delete;  // it would silently become a Boolean
 
     [[nodiscard]] const Value& value() const { return value_; }
 
@@ -71,8 +71,8 @@ private:
     Value value_;
 };
 
-// Conversions by automation's rules. Shape, for all of them: Empty counts as 0 or the empty text, True as -1, a Date as
-// its day number, a String as the number it spells.
+// Conversions by automation's rules. Empty counts as 0 or the empty text, True as -1, a Date as its number of days, a
+// String as the number that it contains.
 // Errors   invalid_use_of_null for Null, type_mismatch for a text that is no number and for an Other without one,
 //          overflow for a value that does not fit.
 

@@ -15,7 +15,7 @@ ProjectState& native_project_state() noexcept {
     return state;
 }
 
-/// Native recordsets, no messages, thread-local state: what holds until a shell says otherwise.
+/// The default: native recordsets, no messages, thread-local state.
 Platform current_platform{create_native_recordset, show_nothing, native_project_state};
 
 }  // namespace

@@ -47,12 +47,12 @@ Text text_literal(TextView text) {
 }
 
 Text date_literal(Date date) {
-    // The date's text is made for the zero date too, though nothing uses it: a failure in it would be shown.
+    // Get_DateStr runs for the zero date too: a failure in it is shown, although its text is not used.
     const Text literal = Get_DateStr(date, date_form::whole);
     return date.days == 0 ? Text(u"null") : literal;
 }
 
-/// The date that forms 1 to 3 format: the base text, read back.
+/// Reads the base text as a date again, for forms 1 to 3.
 Date read_back(TextView base_text) {
     const std::optional<Date> date = date_from_text(base_text);
     if (!date) throw Failure(error::type_mismatch);
@@ -113,7 +113,7 @@ Text GetSqlVal(const Variant& value, bool likeMode, TextView wildcard, TextView 
 Variant Get_LikeStr(const Variant& text) {
     Text escaped(trim_blanks(to_text(text)));
     escaped = replace_all(escaped, u'\'', u"''");
-    escaped = replace_all(escaped, u'[', u"[[]");  // before the later steps bring brackets of their own
+    escaped = replace_all(escaped, u'[', u"[[]");  // before the later steps add brackets
     escaped = replace_all(escaped, u'_', u"[_]");
     return replace_all(escaped, u'%', u"[%]");
 }

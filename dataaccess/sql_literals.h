@@ -6,26 +6,26 @@
 namespace vantlo {
 inline namespace CorvaneOPT_Function {
 
-/// The text that stands for "no value given" in the optional arguments of GetSqlVal.
+/// The default of the optional texts of GetSqlVal: no value was given.
 inline constexpr TextView not_given = u"[Drop]";
 
-/// Turns a value into the text of an SQL literal.
+/// Converts a value to an SQL literal.
 ///
-/// Shape    Null and Empty give `null`; numbers their plain text; True `1`, False `0`; a date what Get_DateStr makes of
-///          it, the zero date `null`; a text comes trimmed, quotes doubled, in quotes. With `likeMode` the text is
-///          escaped for LIKE, and a `wildcard` with a `position` (Start, End, Both; case ignored) puts ` like ` before
-///          it and the wildcard at that end. Everything else gives the empty text.
+/// Shape    Null, Empty and the zero date give `null`; numbers their plain text; True `1`, False `0`; other dates the text
+///          of Get_DateStr. A text is trimmed and quoted, its quotes doubled. With `likeMode` it is escaped for LIKE; a
+///          `wildcard` and a `position` (Start, End, Both, in any case) add ` like ` and the wildcard at that end. Values
+///          of all other types give the empty text.
 /// Errors   shown to the user under this routine's name; the result is then empty.
 /// Example  ` O'Neil ` -> `'O''Neil'`; `50%_off`, true, `%`, `both` -> ` like '%50[%][_]off%'`
 Text GetSqlVal(const Variant& value, bool likeMode = false, TextView wildcard = not_given,
                TextView position = not_given);
 
 /// Escapes a text for a LIKE pattern: trimmed, quotes doubled, then `[`, `_` and `%` each put in brackets.
-/// Errors   raised to the caller: invalid_use_of_null and the other failures of a conversion to text.
+/// Errors   raised to the caller: those of a conversion to text.
 /// Example  `a_b` -> `a[_]b`
 Variant Get_LikeStr(const Variant& text);
 
-/// The forms of a date literal that Get_DateStr tells apart; every other number means the whole date and time.
+/// The forms of a date literal. Every other number means the whole date and time.
 namespace date_form {
 inline constexpr std::int16_t whole = 0;
 inline constexpr std::int16_t month = 1;
@@ -35,8 +35,8 @@ inline constexpr std::int16_t time = 3;
 
 /// A date in the literal syntax of the project-wide database kind: '…' for SQL Server, #…# for Access, empty otherwise.
 ///
-/// Shape    `yyyy-MM-dd HH:mm:ss` after the year 1900, the ordinary text of a date up to then; forms 1 to 3 read that
-///          text back and write the month, the day or the time of day.
+/// Shape    `yyyy-MM-dd HH:mm:ss` after the year 1900, the ordinary text up to then. Forms 1 to 3 read this text as a
+///          date again and write its month, day or time.
 /// Errors   shown to the user under this routine's name; the result is then empty.
 Text Get_DateStr(const Variant& value, std::int16_t form);
 

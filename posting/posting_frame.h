@@ -46,7 +46,7 @@ void post_one_line(PostingFrame& frame, Body body) {
     Close_Recordset(frame.lookup);
 }
 
-/// Calls `body(line)` for each row that the lines have left, and moves on after each.
+/// Calls `body(line)` for each remaining row of the lines, and moves to the next row after each.
 template <typename Body>
 void for_each_line(PostingFrame& frame, Body body) {
     while (!frame.lines->eof()) {

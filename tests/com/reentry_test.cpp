@@ -3,7 +3,6 @@
 #include <array>
 #include <optional>
 
-#include "ado/native_connection.h"
 #include "tests/com/line_object.h"
 #include "tests/com/member_call.h"
 #include "tests/support/ado_stand_in/ado_recordset.h"
