@@ -54,10 +54,10 @@ std::map<Text, std::vector<Record>> read_lines(NativeConnection& database, const
 
 class StoredBills {
 public:
-    StoredBills(NativeConnection& database, BillTimeline& course) {
+    StoredBills(NativeConnection& database, BillTimeline& timeline) {
         std::set<const BillTable*> read;
         for (const BillKind& kind : bill_kinds()) {
-            if (read.insert(kind.header).second) read_table(database, *kind.header, *kind.lines, course);
+            if (read.insert(kind.header).second) read_table(database, *kind.header, *kind.lines, timeline);
         }
     }
 
@@ -81,7 +81,8 @@ public:
     }
 
 private:
-    void read_table(NativeConnection& database, const BillTable& header, const BillTable& lines, BillTimeline& course) {
+    void read_table(NativeConnection& database, const BillTable& header, const BillTable& lines,
+                    BillTimeline& timeline) {
         std::map<Text, std::vector<Record>> lines_of = read_lines(database, lines);
         const RecordsetVariable rows = database.execute(Text(u"select * from ") + header.name);
         for (; !rows->eof(); rows->move_next()) {
@@ -90,14 +91,14 @@ private:
             const BillKind* const kind = find_bill_kind(to_utf8(kind_name));
             auto own_lines = lines_of.extract(id);
             if (kind == nullptr || kind->header->name != header.name) {
-                course.unknown_kind.push_back(shown(kind_name, id));
+                timeline.unknown_kind.push_back(shown(kind_name, id));
                 continue;
             }
             Bill bill{kind, id, read_record(*rows, header.columns), {}};
             if (!own_lines.empty()) bill.lines = std::move(own_lines.mapped());
             bills_.insert_or_assign(BillName{kind_name, id}, std::move(bill));
         }
-        for (const auto& [id, rest] : lines_of) course.headless.push_back(shown(lines.name, id));
+        for (const auto& [id, rest] : lines_of) timeline.headless.push_back(shown(lines.name, id));
     }
 
     std::map<BillName, Bill> bills_;
@@ -107,9 +108,9 @@ std::vector<HistoryEntry> read_history(NativeConnection& database) {
     std::vector<HistoryEntry> history;
     const RecordsetVariable rows = database.execute(u"select * from BillHistory order by EntryNo");
     for (; !rows->eof(); rows->move_next()) {
-        const bool is_take_back = text_of(rows->field(u"Action")) == history_action::take_back;
+        const bool is_reversal = text_of(rows->field(u"Action")) == history_action::reverse;
         history.push_back({{text_of(rows->field(u"Kind")), text_of(rows->field(u"BillId"))},
-                           is_take_back ? Action::take_back : Action::save,
+                           is_reversal ? Action::reverse : Action::save,
                            text_of(rows->field(u"Content"))});
     }
     return history;
@@ -118,37 +119,37 @@ std::vector<HistoryEntry> read_history(NativeConnection& database) {
 }  // namespace
 
 BillTimeline read_timeline(NativeConnection& database) {
-    BillTimeline course;
-    StoredBills stored(database, course);
+    BillTimeline timeline;
+    StoredBills stored(database, timeline);
     const std::vector<HistoryEntry> history = read_history(database);
 
     // Backwards: what a saved bill held is told by the entry that took it back, or else by the tables.
-    std::map<BillName, Bill> taken_back;
+    std::map<BillName, Bill> reversed;
     for (auto entry = history.rbegin(); entry != history.rend(); ++entry) {
         const BillKind* const kind = find_bill_kind(to_utf8(entry->bill.first));
         if (kind == nullptr) {
-            course.unknown_kind.push_back(shown(entry->bill.first, entry->bill.second));
-        } else if (entry->action == Action::take_back) {
+            timeline.unknown_kind.push_back(shown(entry->bill.first, entry->bill.second));
+        } else if (entry->action == Action::reverse) {
             const Bill bill = bill_from_content(*kind, entry->bill.second, entry->content);
-            course.events.push_back({Action::take_back, bill, true});
-            taken_back.insert_or_assign(entry->bill, bill);
+            timeline.events.push_back({Action::reverse, bill, true});
+            reversed.insert_or_assign(entry->bill, bill);
         } else {
-            auto content = taken_back.extract(entry->bill);
+            auto content = reversed.extract(entry->bill);
             std::optional<Bill> bill = content.empty() ? stored.take(entry->bill) : std::move(content.mapped());
             if (!bill) {
-                course.lost.push_back(shown(entry->bill.first, entry->bill.second));
+                timeline.lost.push_back(shown(entry->bill.first, entry->bill.second));
                 continue;
             }
-            course.events.push_back({Action::save, *std::move(bill), true});
+            timeline.events.push_back({Action::save, *std::move(bill), true});
         }
     }
     std::vector<Bill> unrecorded = stored.rest();
-    for (auto& [name, bill] : taken_back) unrecorded.insert(unrecorded.begin(), std::move(bill));
+    for (auto& [name, bill] : reversed) unrecorded.insert(unrecorded.begin(), std::move(bill));
     for (auto bill = unrecorded.rbegin(); bill != unrecorded.rend(); ++bill) {
-        course.events.push_back({Action::save, std::move(*bill), false});
+        timeline.events.push_back({Action::save, std::move(*bill), false});
     }
-    std::ranges::reverse(course.events);
-    return course;
+    std::ranges::reverse(timeline.events);
+    return timeline;
 }
 
 }  // namespace vantlo

@@ -10,7 +10,7 @@ namespace vantlo {
 
 /// Something that a host did with a bill.
 struct BillEvent {
-    enum class Action { save, take_back };
+    enum class Action { save, reverse };
 
     Action action;
     Bill bill;

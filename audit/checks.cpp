@@ -47,10 +47,10 @@ int scale_of(const std::string& type) {
 
 std::string shown(const LedgerKey& key) { return to_utf8(condition_of(key)); }
 
-void add_bill_notes(const BillTimeline& course, std::vector<Note>& notes) {
-    for (const std::string& bill : course.lost) notes.push_back({Remark::lost_bill, bill});
-    for (const std::string& bill : course.unknown_kind) notes.push_back({Remark::unknown_kind, bill});
-    for (const std::string& lines : course.headless) notes.push_back({Remark::headless_lines, lines});
+void add_bill_notes(const BillTimeline& timeline, std::vector<Note>& notes) {
+    for (const std::string& bill : timeline.lost) notes.push_back({Remark::lost_bill, bill});
+    for (const std::string& bill : timeline.unknown_kind) notes.push_back({Remark::unknown_kind, bill});
+    for (const std::string& lines : timeline.headless) notes.push_back({Remark::headless_lines, lines});
 }
 
 }  // namespace
@@ -69,7 +69,7 @@ std::vector<Note> notes_of(const Verification& verification) {
             notes.push_back({Remark::keys_look_alike, shown(like->second) + "  |  " + shown(entry.key)});
         }
     }
-    add_bill_notes(verification.course, notes);
+    add_bill_notes(verification.timeline, notes);
     const std::vector<Note> of_columns = column_notes(verification.columns);
     notes.insert(notes.end(), of_columns.begin(), of_columns.end());
     std::ranges::stable_sort(notes, {}, &Note::remark);

@@ -23,7 +23,7 @@ struct CauseName {
 constexpr CauseName names[] = {
     {Cause::refused_bill, "refused-bill"},     {Cause::not_posted, "not-posted"},
     {Cause::posted_in_part, "posted-in-part"}, {Cause::posted_twice, "posted-twice"},
-    {Cause::not_taken_back, "not-taken-back"}, {Cause::taken_back_twice, "taken-back-twice"},
+    {Cause::not_reversed, "not-taken-back"},   {Cause::reversed_twice, "taken-back-twice"},
     {Cause::null_quantity, "null-quantity"},   {Cause::duplicate_key, "duplicate-key"},
     {Cause::blanks_in_key, "blanks-in-key"},   {Cause::width_of_key, "width-of-key"},
     {Cause::wrong_status, "wrong-status"},     {Cause::unbalanced, "unbalanced"},
@@ -116,8 +116,8 @@ struct Effect {
 
 class Comparison {
 public:
-    Comparison(const std::vector<LedgerEntry>& stored, const Recomputation& expected, const BillTimeline& course)
-        : course_(course), effects_(course.events.size()), is_taken_back_(course.events.size()) {
+    Comparison(const std::vector<LedgerEntry>& stored, const Recomputation& expected, const BillTimeline& timeline)
+        : timeline_(timeline), effects_(timeline.events.size()), is_reversed_(timeline.events.size()) {
         for (const LedgerEntry& entry : stored) rows_[entry.key].stored.push_back(entry);
         for (const LedgerEntry& entry : expected.rows) rows_[entry.key].expected.push_back(entry);
         for (const PostingStep& step : expected.steps) {
@@ -130,7 +130,7 @@ public:
             rows.key = key;
             if (!agree(rows)) open_.emplace(key, rows);
         }
-        find_taken_back();
+        find_reversed();
         for (const auto& [event, reason] : expected.refusals)
             findings_.push_back({Cause::refused_bill, {}, event, 0, 0, reason});
     }
@@ -192,45 +192,44 @@ private:
     }
 
     /// Which savings a later event took back: backwards, so that each meets what came after it first.
-    void find_taken_back() {
-        std::set<std::pair<const BillKind*, Text>> taken_back;
-        for (std::size_t event = course_.events.size(); event-- > 0;) {
-            const auto& [action, bill, is_recorded] = course_.events[event];
-            if (action == BillEvent::Action::take_back) {
-                taken_back.emplace(bill.kind, bill.id);
+    void find_reversed() {
+        std::set<std::pair<const BillKind*, Text>> reversed;
+        for (std::size_t event = timeline_.events.size(); event-- > 0;) {
+            const auto& [action, bill, is_recorded] = timeline_.events[event];
+            if (action == BillEvent::Action::reverse) {
+                reversed.emplace(bill.kind, bill.id);
             } else {
-                is_taken_back_[event] = taken_back.erase({bill.kind, bill.id}) > 0;
+                is_reversed_[event] = reversed.erase({bill.kind, bill.id}) > 0;
             }
         }
     }
 
-    /// Bills whose movement is just what the rows differ in: whole ones, then those that were cut off. Two bills of which
-    /// the same statements would be missing cannot be told apart; one that the history does not know is taken first, as
-    /// what crashed never entered it, and then the latest.
+    /// Bills whose movement is exactly what the rows differ in: whole bills first, then those that were cut off.
+    /// Ambiguous bills: prefer one without a history entry, then the latest.
     void find_bills() {
         std::vector<std::size_t> saved;
         for (std::size_t event = 0; event < effects_.size(); ++event) {
-            if (course_.events[event].action == BillEvent::Action::save) saved.push_back(event);
+            if (timeline_.events[event].action == BillEvent::Action::save) saved.push_back(event);
         }
         for (const std::size_t event : saved) find_whole_bill(event);
         std::ranges::sort(saved, std::greater(),
-                          [&](std::size_t event) { return std::pair(!course_.events[event].is_recorded, event); });
+                          [&](std::size_t event) { return std::pair(!timeline_.events[event].is_recorded, event); });
         for (const std::size_t event : saved) find_cut_off_bill(event);
     }
 
     void find_whole_bill(std::size_t event) {
         const AmountsByKey all = effects_[event].from(0);
-        const bool is_gone = is_taken_back_[event];
+        const bool is_gone = is_reversed_[event];
         if (differs_by(all, -1)) {
-            take(is_gone ? Cause::taken_back_twice : Cause::not_posted, keys_of(all), event);
+            take(is_gone ? Cause::reversed_twice : Cause::not_posted, keys_of(all), event);
         } else if (differs_by(all, +1)) {
-            take(is_gone ? Cause::not_taken_back : Cause::posted_twice, keys_of(all), event);
+            take(is_gone ? Cause::not_reversed : Cause::posted_twice, keys_of(all), event);
         }
     }
 
     void find_cut_off_bill(std::size_t event) {
         const std::size_t steps = effects_[event].steps.size();
-        if (is_taken_back_[event]) return;
+        if (is_reversed_[event]) return;
         for (std::size_t step = 1; step < steps; ++step) {
             const AmountsByKey rest = effects_[event].from(step);
             if (!differs_by(rest, -1)) continue;
@@ -276,11 +275,11 @@ private:
         });
     }
 
-    const BillTimeline& course_;
-    std::vector<Effect> effects_;      // by event
-    std::vector<bool> is_taken_back_;  // by event
-    Differences rows_;                 // of all keys
-    Differences open_;                 // those that no finding has yet
+    const BillTimeline& timeline_;
+    std::vector<Effect> effects_;    // by event
+    std::vector<bool> is_reversed_;  // by event
+    Differences rows_;               // of all keys
+    Differences open_;               // those that no finding has yet
     std::vector<Finding> findings_;
 };
 
@@ -311,8 +310,8 @@ std::size_t Finding::first_event() const {
 }
 
 std::vector<Finding> compare(const std::vector<LedgerEntry>& stored, const Recomputation& expected,
-                             const BillTimeline& course) {
-    return Comparison(stored, expected, course).run();
+                             const BillTimeline& timeline) {
+    return Comparison(stored, expected, timeline).run();
 }
 
 LedgerKey look_of(const LedgerKey& key) { return with_changed_parts(trimmed(key), in_usual_width); }

@@ -11,17 +11,17 @@ namespace vantlo {
 
 /// Why ledger and bills differ, as far as the rows tell.
 enum class Cause {
-    refused_bill,      ///< the component does not post the bill
-    not_posted,        ///< all that a stored bill moves is missing
-    posted_in_part,    ///< the first statements of a bill's posting are there, the rest is missing
-    posted_twice,      ///< all that a stored bill moves is there once more
-    not_taken_back,    ///< all that a bill moved is there still, though it was taken back
-    taken_back_twice,  ///< all that a bill moved is missing, though it was taken back
+    refused_bill,    ///< the component does not post the bill
+    not_posted,      ///< all that a stored bill moves is missing
+    posted_in_part,  ///< the first statements of a bill's posting are there, the rest is missing
+    posted_twice,    ///< all that a stored bill moves is there once more
+    not_reversed,    ///< all that a bill moved is there still, though it was reversed
+    reversed_twice,  ///< all that a bill moved is missing, though it was reversed
     null_quantity,
     duplicate_key,
-    blanks_in_key,  ///< the key's like without blanks around its parts is missing what this row has
-    width_of_key,   ///< the same of full-width and half-width characters
-    wrong_status,   ///< the same key under another status is missing what this row has
+    blanks_in_key,  ///< the same key, trimmed, lacks exactly this row's quantities
+    width_of_key,   ///< the same key in the usual width of each character lacks them
+    wrong_status,   ///< the same key under another status lacks them
     unbalanced,     ///< received less issued is not on hand
     negative_stock,
     missing_row,
@@ -68,7 +68,7 @@ struct Finding {
 /// that were taken back leave it, and the component makes it again.
 /// Returns  the findings by cause; the cause that meets the earliest bill first, and within each likewise.
 std::vector<Finding> compare(const std::vector<LedgerEntry>& stored, const Recomputation& expected,
-                             const BillTimeline& course);
+                             const BillTimeline& timeline);
 
 /// A key as it looks: without blanks of any kind around its parts, in the usual width of each character.
 LedgerKey look_of(const LedgerKey& key);

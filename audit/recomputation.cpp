@@ -38,7 +38,7 @@ void copy_units(NativeConnection& from, NativeConnection& to) {
 
 }  // namespace
 
-Recomputation recompute(NativeConnection& database, const BillTimeline& course, Language language) {
+Recomputation recompute(NativeConnection& database, const BillTimeline& timeline, Language language) {
     const Owned<NativeConnection> memory = open_connection("sqlite::memory:");
     memory->run_script(schema_for("sqlite"));
     memory->run_script(note_steps);
@@ -48,15 +48,15 @@ Recomputation recompute(NativeConnection& database, const BillTimeline& course, 
     Recomputation result;
     std::vector<std::int32_t> rowid_of_step;
     std::set<std::pair<const BillKind*, Text>> refused;
-    for (std::size_t event = 0; event < course.events.size(); ++event) {
-        const auto& [action, bill, is_recorded] = course.events[event];
+    for (std::size_t event = 0; event < timeline.events.size(); ++event) {
+        const auto& [action, bill, is_recorded] = timeline.events[event];
         const std::pair name{bill.kind, bill.id};
         try {
             if (action == BillEvent::Action::save) {
                 refused.erase(name);
                 bookkeeping.save(bill);
             } else if (!refused.contains(name)) {
-                bookkeeping.remove(*bill.kind, bill.id);
+                bookkeeping.reverse(*bill.kind, bill.id);
             }
         } catch (const PostingFailed& failure) {
             refused.insert(name);

@@ -28,9 +28,9 @@ struct Recomputation {
     std::vector<Refusal> refusals;  ///< bills that the component does not post; nothing of them is in the rows
 };
 
-/// Posts all bills of the course, through the component's own code, into an empty ledger in memory.
+/// Posts all bills of the timeline, through the component's own code, into an empty ledger in memory.
 ///
 /// Units are those that `database` stores now. `language` is that of the error texts in refusals.
-Recomputation recompute(NativeConnection& database, const BillTimeline& course, Language language);
+Recomputation recompute(NativeConnection& database, const BillTimeline& timeline, Language language);
 
 }  // namespace vantlo

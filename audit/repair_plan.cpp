@@ -30,7 +30,7 @@ bool has_no_bill(const Finding& finding) {
 
 /// Whether verify could take every bill of the database into account.
 bool knows_all_bills(const Verification& verification) {
-    const BillTimeline& timeline = verification.course;
+    const BillTimeline& timeline = verification.timeline;
     return timeline.lost.empty() && timeline.unknown_kind.empty() && timeline.headless.empty() &&
            verification.expected.refusals.empty();
 }

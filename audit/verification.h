@@ -7,7 +7,7 @@ namespace vantlo {
 
 /// A ledger compared with the bills of its database.
 struct Verification {
-    BillTimeline course;
+    BillTimeline timeline;
     Recomputation expected;
     std::vector<LedgerEntry> stored;
     std::vector<ColumnDescription> columns;

@@ -162,7 +162,7 @@ void measure(const Server& server, std::string database, const std::string& fold
         const Bill bill = bill_of(lines, id.c_str());
         tell(fmt::format("vantlo saves a stock bill of {} line{}", lines, lines == 1 ? "" : "s").c_str(),
              [&] { bookkeeping->save(bill); });
-        tell("vantlo takes it back", [&] { bookkeeping->remove(*bill.kind, bill.id); });
+        tell("vantlo takes it back", [&] { bookkeeping->reverse(*bill.kind, bill.id); });
     }
 }
 

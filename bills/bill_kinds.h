@@ -50,7 +50,7 @@ struct BillKind {
     const BillTable* lines;
     const char16_t* warehouse_column;  ///< what a line object shows as WarehouseId; null if it has none
     std::span<const MemberCall> post;
-    std::span<const MemberCall> take_back;
+    std::span<const MemberCall> reversal;
 };
 
 std::span<const BillKind> bill_kinds();

@@ -7,7 +7,7 @@ namespace vantlo {
 /// What a host did with a bill.
 namespace history_action {
 inline constexpr TextView save = u"save";
-inline constexpr TextView take_back = u"take back";
+inline constexpr TextView reverse = u"take back";
 }  // namespace history_action
 
 /// A bill as JSON, for the history: a bill that is taken back is stored nowhere else.

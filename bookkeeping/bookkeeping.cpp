@@ -144,15 +144,15 @@ void Bookkeeping::import(std::span<const Bill* const> bills) {
     in_transaction(steps);
 }
 
-Bill Bookkeeping::remove(const BillKind& kind, const Text& id) {
+Bill Bookkeeping::reverse(const BillKind& kind, const Text& id) {
     Bill bill;
     in_transaction({{name_of(kind, id), [&](Session& session) {
                          bill = session.stored(kind, id);
-                         session.post(kind.take_back, bill);
+                         session.post(kind.reversal, bill);
                          session.erase_from_journal(bill);
                          session.erase(*kind.lines, id);
                          session.erase(*kind.header, id);
-                         session.record(history_action::take_back, bill, bill_content(bill));
+                         session.record(history_action::reverse, bill, bill_content(bill));
                      }}});
     return bill;
 }

@@ -63,7 +63,7 @@ public:
 
     /// Takes a stored bill back and deletes it. Returns the bill. Errors: PostingFailed, also if there is no such bill;
     /// Refused by the guard.
-    Bill remove(const BillKind& kind, const Text& id);
+    Bill reverse(const BillKind& kind, const Text& id);
 
     /// How many attempts after the first all calls together have made.
     [[nodiscard]] long retries() const { return saver_.retries(); }

@@ -82,7 +82,7 @@ TEST_CASE("verify notes what the bills themselves bring about") {
 
     Bookkeeping bookkeeping([&] { return database; });
     const ResultTable disassembly = database->run(u"select Id,Gid from GoodsBill where Kind='disassembly'");
-    bookkeeping.remove(*find_bill_kind("disassembly"), to_text(disassembly.rows.at(0).at(0)));
+    bookkeeping.reverse(*find_bill_kind("disassembly"), to_text(disassembly.rows.at(0).at(0)));
     bookkeeping.save(stock_bill(u"WIDE", u"Ｇ００１", 1, u"W01", u"W02"));
     bookkeeping.save(stock_bill(u"NARROW", u"G001", 1, u"W01", u"W02"));
     bookkeeping.save(stock_bill(u"LOST", u"G001", 1, u"W01", u"W02"));

@@ -80,7 +80,7 @@ TEST_CASE("verify names the bill over whose posting a process was killed, and ho
         moved = rows_moved(*database);
         const Verification verification = verify(*database, Language::english);
         const std::string report =
-            report_of(verification.findings, verification.course, verification.stored.size(), Language::english);
+            report_of(verification.findings, verification.timeline, verification.stored.size(), Language::english);
         INFO("killed before statement " << kill_at << "\n" << report);
         CHECK(is_killed == (moved < 6));
         if (moved == 6) {

@@ -18,7 +18,7 @@ struct Spoiling {
     const char* name;
     std::vector<TextView> statements;  ///< what was done to rows; empty for what was done with a bill
     const char16_t* bill = nullptr;    ///< a stock bill that was saved before
-    bool is_removed = false;           ///< and taken back
+    bool is_reversed = false;          ///< and taken back
     int postings = 0;                  ///< how often it was posted, or less than 0, unposted besides
     TextView afterwards{};             ///< a statement after all that
 };
@@ -50,8 +50,8 @@ inline const std::vector<Spoiling>& spoilings() {
         {Cause::not_posted, "a bill that is not posted", {}, u"UNPOSTED", false, -1},
         {Cause::posted_in_part, "a posting that a crash cut off after its first statement", {}, u"CRASH", false, -1,
          u"update Inventory set InQty=InQty+4,CurrentQty=CurrentQty+4 where WID='W-CRASH' and GId='G001'"},
-        {Cause::not_taken_back, "a bill posted again after it was taken back", {}, u"AGAIN", true, +1},
-        {Cause::taken_back_twice, "a bill taken back twice", {}, u"GONE", true, -1},
+        {Cause::not_reversed, "a bill posted again after it was taken back", {}, u"AGAIN", true, +1},
+        {Cause::reversed_twice,   "a bill taken back twice", {}, u"GONE", true, -1},
         {Cause::refused_bill, "a bill that no number holds",
          {u"insert into StockBill(Id,Kind,BillDate,ReferFlag) values('HUGE','stock-in','2024-03-05',0)",
           u"insert into StockBillItems(BillId,ItemNo,Gid,Unit,Actualqty,Receiver) values('HUGE',1,'G001','台',3e38,'W01')"}},
@@ -76,7 +76,7 @@ inline void spoil(const Owned<NativeConnection>& database, const Spoiling& spoil
     const Bill bill = stock_bill(spoiling.bill, u"G001", 4, u"W-" + Text(spoiling.bill), u"W01");
     Bookkeeping bookkeeping([&] { return database; });
     bookkeeping.save(bill);
-    if (spoiling.is_removed) bookkeeping.remove(*bill.kind, bill.id);
+    if (spoiling.is_reversed) bookkeeping.reverse(*bill.kind, bill.id);
     post_beside(*database, bill, spoiling.postings);
     if (!spoiling.afterwards.empty()) database->run(spoiling.afterwards);
 }

@@ -20,14 +20,14 @@ std::set<Cause> causes_of(const Verification& verification) {
 }
 
 std::string report_of(const Verification& verification) {
-    return report_of(verification.findings, verification.course, verification.stored.size(), Language::english);
+    return report_of(verification.findings, verification.timeline, verification.stored.size(), Language::english);
 }
 
 TEST_CASE("verify finds the sample shop's ledger right, and also after bills were taken back") {
     const auto database = sample_shop_in_memory();
     Bookkeeping bookkeeping([&] { return database; });
     for (const bool with_bills_taken_back : {false, true}) {
-        if (with_bills_taken_back) take_back_sample_bills(bookkeeping);
+        if (with_bills_taken_back) reverse_sample_bills(bookkeeping);
         const Verification verification = verify(*database, Language::english);
         CHECK_MESSAGE(verification.findings.empty(), report_of(verification));
         CHECK(verification.stored.size() == 207);
@@ -129,7 +129,7 @@ TEST_CASE("verify posts by the history: what the members do depends on what was 
     line.set(u"Actualqty", 2.0F);
     line.set(u"Unit", u"box");
     bookkeeping.save(assembly);
-    bookkeeping.remove(*receipt.kind, receipt.id);
+    bookkeeping.reverse(*receipt.kind, receipt.id);
     CHECK(verify(*database, Language::english).findings.empty());
 
     database->run(u"delete from BillHistory");
@@ -143,7 +143,7 @@ TEST_CASE("verify tells apart what the members do unevenly by design from what w
     const auto database = sample_shop_in_memory();
     const ResultTable bill = database->run(u"select Id from GoodsBill where Kind='disassembly'");
     REQUIRE(!bill.rows.empty());
-    Bookkeeping([&] { return database; }).remove(*find_bill_kind("disassembly"), to_text(bill.rows[0][0]));
+    Bookkeeping([&] { return database; }).reverse(*find_bill_kind("disassembly"), to_text(bill.rows[0][0]));
     const Verification verification = verify(*database, Language::english);
     CHECK_MESSAGE(verification.findings.empty(), report_of(verification));
     const auto balanced = [](const LedgerEntry& entry) { return is_balanced(entry.amounts()); };

@@ -36,7 +36,7 @@ TEST_CASE("verify finds on every server what went wrong in the sample shop, and 
         Bookkeeping bookkeeping([&] { return database; });
         save_sample_shop(bookkeeping);
         CHECK(causes_on(*database).empty());
-        take_back_sample_bills(bookkeeping);
+        reverse_sample_bills(bookkeeping);
         CHECK(causes_on(*database).empty());
 
         std::set<Cause> expected;
@@ -73,13 +73,13 @@ TEST_CASE("The history keeps a long bill that was taken back whole, on every ser
         const Record line = bill.lines.front();
         bill.lines.resize(300, line);
         bookkeeping.save(bill);
-        bookkeeping.remove(*bill.kind, bill.id);
+        bookkeeping.reverse(*bill.kind, bill.id);
         CHECK(to_text(database->run(u"select Content from BillHistory where Content is not null").rows.at(0).at(0))
                   .size() > 30000);
         const Verification verification = verify(*database, Language::english);
         CHECK(verification.findings.empty());
-        REQUIRE(verification.course.events.size() == 2);
-        CHECK(verification.course.events[1].bill.lines.size() == 300);
+        REQUIRE(verification.timeline.events.size() == 2);
+        CHECK(verification.timeline.events[1].bill.lines.size() == 300);
     }
 }
 

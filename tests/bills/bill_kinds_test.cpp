@@ -12,7 +12,7 @@ namespace {
 TEST_CASE("Every posting member is reached by a kind of bill") {
     std::set<const Member*> reached;
     for (const BillKind& kind : bill_kinds()) {
-        for (const auto calls : {kind.post, kind.take_back}) {
+        for (const auto calls : {kind.post, kind.reversal}) {
             for (const MemberCall& call : calls) {
                 const Member* const member = find_method(call.member);
                 REQUIRE(member != nullptr);
@@ -27,7 +27,7 @@ TEST_CASE("Every posting member is reached by a kind of bill") {
 
 TEST_CASE("Every call is fed what its member's parameters take") {
     for (const BillKind& kind : bill_kinds()) {
-        for (const auto calls : {kind.post, kind.take_back}) {
+        for (const auto calls : {kind.post, kind.reversal}) {
             for (const MemberCall& call : calls) {
                 INFO(to_utf8(call.member));
                 const auto parameters = find_method(call.member)->parameters();

@@ -116,7 +116,7 @@ Saved save_bills(const std::vector<std::string>& nodes, const std::string& write
             const Bill bill = stock_bill(from_utf8(id), from_utf8(goods), quantity, u"W1", u"W2");
             timed([&] { bookkeeping.save(bill); });
             if (number % 4 == 3) {
-                timed([&] { bookkeeping.remove(*bill.kind, bill.id); });
+                timed([&] { bookkeeping.reverse(*bill.kind, bill.id); });
             } else {
                 saved.moved[goods] += quantity;
                 saved.kept_bills.push_back(id);

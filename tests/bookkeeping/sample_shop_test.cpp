@@ -27,7 +27,7 @@ Ledgers run_shop(const std::string& database) {
     save_sample_shop(bookkeeping);
     Ledgers ledgers;
     ledgers.saved = joined(read_ledger(*connect()));
-    take_back_sample_bills(bookkeeping);
+    reverse_sample_bills(bookkeeping);
     ledgers.taken_back = joined(read_ledger(*connect()));
     return ledgers;
 }

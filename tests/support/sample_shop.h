@@ -22,10 +22,10 @@ inline void save_sample_shop(Bookkeeping& bookkeeping) {
 }
 
 /// Takes back the bills that it names for that.
-inline void take_back_sample_bills(Bookkeeping& bookkeeping) {
+inline void reverse_sample_bills(Bookkeeping& bookkeeping) {
     std::ifstream taken_back(VANTLO_SOURCE_DIR "/examples/shop/taken-back.txt");
     for (std::string kind, id; taken_back >> kind >> id;) {
-        bookkeeping.remove(*find_bill_kind(kind), from_utf8(id));
+        bookkeeping.reverse(*find_bill_kind(kind), from_utf8(id));
     }
 }
 

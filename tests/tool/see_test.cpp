@@ -259,8 +259,8 @@ TEST_CASE("Every member moves a new row as its guide says") {
         bookkeeping.save(telling_bill(kind));
         CHECK(rows_of(*memory) == foretold(kind.post, kind));
         memory->run(u"delete from Inventory");
-        bookkeeping.remove(kind, u"B1");
-        CHECK(rows_of(*memory) == foretold(kind.take_back, kind));
+        bookkeeping.reverse(kind, u"B1");
+        CHECK(rows_of(*memory) == foretold(kind.reversal, kind));
     }
 }
 

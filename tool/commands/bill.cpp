@@ -86,7 +86,7 @@ ExitCode show_bill(const CommonOptions& common, const Named& named) {
     if (kind == nullptr) return ExitCode::usage;
     const auto latest = std::make_shared<LatestChanges>();
     Bookkeeping rehearsal(rehearsing(common.connect()), latest, common.language, Guard{.lets_comments_pass = true});
-    const Bill bill = rehearsal.remove(*kind, from_utf8(named.id));
+    const Bill bill = rehearsal.reverse(*kind, from_utf8(named.id));
     rehearsal.save(bill);
     write_header(bill);
     write_lines(bill);

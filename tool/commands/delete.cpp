@@ -22,10 +22,10 @@ struct Named {
     std::string id;
 };
 
-ExitCode remove(const CommonOptions& common, const Named& bill) {
+ExitCode reverse(const CommonOptions& common, const Named& bill) {
     const BillKind* const kind = known_kind(common, bill.kind);
     if (kind == nullptr) return ExitCode::usage;
-    common.bookkeeping().remove(*kind, from_utf8(bill.id));
+    common.bookkeeping().reverse(*kind, from_utf8(bill.id));
     std::cerr << common.say(common.dry_run ? words::would_take_back : words::taken_back, kind->name, bill.id) << '\n';
     return ExitCode::done;
 }
@@ -41,7 +41,7 @@ void add_delete(CLI::App& app, Invocation& invocation) {
     command->add_option("ID", bill->id, common.say(words::bill_id))->required();
     add_posting_options(*command, common);
     command->callback([&invocation, bill] {
-        invocation.work = [&common = invocation.common, bill] { return remove(common, *bill); };
+        invocation.work = [&common = invocation.common, bill] { return reverse(common, *bill); };
     });
 }
 

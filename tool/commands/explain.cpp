@@ -88,7 +88,7 @@ std::string callers(TextView member, const CommonOptions& common) {
     };
     for (const BillKind& kind : bill_kinds()) {
         add(kind, kind.post, words::to_post);
-        add(kind, kind.take_back, words::to_take_back);
+        add(kind, kind.reversal, words::to_take_back);
     }
     return text;
 }

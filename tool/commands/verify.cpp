@@ -20,7 +20,7 @@ namespace {
 ExitCode verify_ledger(const CommonOptions& common) {
     const auto database = common.connect()();
     const Verification verification = verify(*database, common.language);
-    std::cout << report_of(verification.findings, verification.course, verification.stored.size(), common.language)
+    std::cout << report_of(verification.findings, verification.timeline, verification.stored.size(), common.language)
               << report_of(notes_of(verification), common.language);
     return verification.findings.empty() ? ExitCode::done : ExitCode::differs;
 }

@@ -18,7 +18,7 @@ namespace words {
 constexpr Message picture_title  = {"库存台账", "Stock ledger"};
 constexpr Message picture_units  = {"全部商品合计，基本单位", "All goods together, in base units"};
 constexpr Message picture_stock  = {"各仓库结存", "On hand by warehouse"};
-constexpr Message picture_course = {"各仓库结存的变化", "On hand over time"};
+constexpr Message picture_over_time = {"各仓库结存的变化", "On hand over time"};
 constexpr Message picture_movement = {"每日收发", "Movement by day"};
 constexpr Message picture_more   = {"另有 {} 个仓库", "and {} warehouses more"};
 // clang-format on
@@ -117,10 +117,10 @@ public:
     void text(double x, double y, const std::string& text, const std::string& style = "") {
         body_ += fmt::format("<text x=\"{:.1f}\" y=\"{:.1f}\" {}>{}</text>\n", x, y, style, escaped(text));
     }
-    void path(const std::string& course, const char* colour) {
+    void path(const std::string& steps, const char* colour) {
         body_ +=
             fmt::format("<path d=\"{}\" fill=\"none\" stroke=\"{}\" stroke-width=\"2\" stroke-linejoin=\"round\"/>\n",
-                        course, colour);
+                        steps, colour);
     }
     [[nodiscard]] std::string svg(double height, const std::string& title) const {
         return fmt::format(
@@ -204,9 +204,9 @@ private:
     Scale y_, x_;
 };
 
-double draw_course(Drawing& drawing, const LedgerPicture& picture, const std::set<std::string>& days, double top,
-                   Language language) {
-    drawing.text(margin, top, words::picture_course.in(language), heading);
+double draw_on_hand_over_time(Drawing& drawing, const LedgerPicture& picture, const std::set<std::string>& days,
+                              double top, Language language) {
+    drawing.text(margin, top, words::picture_over_time.in(language), heading);
     double lowest = 0, highest = 0;
     for (const auto& warehouse : picture.warehouses) {
         for (const auto& [day, on_hand] : warehouse.by_day) {
@@ -217,17 +217,17 @@ double draw_course(Drawing& drawing, const LedgerPicture& picture, const std::se
     const TimePanel panel(drawing, days, top + 20, lowest, highest);
     const std::size_t shown = std::min(picture.warehouses.size(), std::size(colours));
     for (std::size_t i = 0; i < shown; ++i) {
-        std::string course;
+        std::string steps;
         double on_hand = 0;
         std::size_t day_number = 0;
         for (const std::string& day : days) {
             const double x1 = panel.x(static_cast<double>(day_number++));
             const auto& by_day = picture.warehouses[i].by_day;
             if (const auto found = by_day.find(day); found != by_day.end()) on_hand = found->second;
-            course += fmt::format("{}{:.1f} {:.1f} H {:.1f} ", course.empty() ? "M" : "L", x1, panel.y(on_hand),
-                                  panel.x(static_cast<double>(day_number)));
+            steps += fmt::format("{}{:.1f} {:.1f} H {:.1f} ", steps.empty() ? "M" : "L", x1, panel.y(on_hand),
+                                 panel.x(static_cast<double>(day_number)));
         }
-        drawing.path(course, colour_of(i));
+        drawing.path(steps, colour_of(i));
     }
     return top + panel_height + 70;
 }
@@ -271,13 +271,13 @@ LedgerPicture read_picture(NativeConnection& database, const LedgerFilter& filte
         warehouse.on_hand += row.on_hand.to_double();
     }
 
-    const BillTimeline course = read_timeline(database);
-    const Recomputation posted = recompute(database, course, language);
+    const BillTimeline timeline = read_timeline(database);
+    const Recomputation posted = recompute(database, timeline, language);
     std::map<std::string, std::map<Text, double>> added;  // to the stock of a warehouse, by date
     for (const PostingStep& step : posted.steps) {
         const LedgerEntry& row = posted.rows[step.row];
         if (!is_wanted(row, filter) || !row.key.parts[0]) continue;
-        const std::string date = date_text(course.events[step.event].bill.header.value(u"BillDate"));
+        const std::string date = date_text(timeline.events[step.event].bill.header.value(u"BillDate"));
         picture.days[date].received += units(step.added[0]);
         picture.days[date].issued += units(step.added[1]);
         added[date][*row.key.parts[0]] += units(step.added[2]);
@@ -305,7 +305,7 @@ std::string picture_svg(const LedgerPicture& picture, Language language) {
     std::set<std::string> days;
     for (const auto& [date, day] : picture.days) days.insert(date);
     if (!days.empty()) {
-        bottom = draw_course(drawing, picture, days, bottom + 36, language);
+        bottom = draw_on_hand_over_time(drawing, picture, days, bottom + 36, language);
         bottom = draw_movement(drawing, picture, days, bottom + 10, language);
     }
     return drawing.svg(bottom + 10, title);

@@ -45,8 +45,8 @@ constexpr CauseRow causes[] = {
     {Cause::not_posted,       {"单据未过账",                       "A stored bill is not posted"}},
     {Cause::posted_in_part,   {"单据只过账了一部分",               "A bill is posted in part"}},
     {Cause::posted_twice,     {"单据过账了两次",                   "A bill is posted twice"}},
-    {Cause::not_taken_back,   {"单据已冲回，台账仍含其数量",       "A bill was taken back, but its posting is there still"}},
-    {Cause::taken_back_twice, {"单据冲回了两次",                   "A bill is taken back twice"}},
+    {Cause::not_reversed,     {"单据已冲回，台账仍含其数量",       "A bill was taken back, but its posting is there still"}},
+    {Cause::reversed_twice,   {"单据冲回了两次",                   "A bill is taken back twice"}},
     {Cause::null_quantity,    {"数量为空",                         "A quantity is null"}},
     {Cause::duplicate_key,    {"同一键有多行",                     "Several rows have one key"}},
     {Cause::blanks_in_key,    {"键的首尾有空白",                   "A key has blanks around it"}},
@@ -79,12 +79,12 @@ constexpr RemarkRow remarks[] = {
 
 class Report {
 public:
-    Report(const BillTimeline& course, Language language) : course_(course), language_(language) {}
+    Report(const BillTimeline& timeline, Language language) : timeline_(timeline), language_(language) {}
 
     std::string text(const std::vector<Finding>& findings, std::size_t ledger_rows) {
         if (findings.empty()) {
-            const auto saved = std::ranges::count(course_.events, BillEvent::Action::save, &BillEvent::action);
-            const auto gone = static_cast<std::ptrdiff_t>(course_.events.size()) - saved;
+            const auto saved = std::ranges::count(timeline_.events, BillEvent::Action::save, &BillEvent::action);
+            const auto gone = static_cast<std::ptrdiff_t>(timeline_.events.size()) - saved;
             return say(language_, words::ledger_agrees, saved - gone, ledger_rows) + "\n";
         }
         std::size_t number = 0;
@@ -142,21 +142,21 @@ private:
     }
 
     [[nodiscard]] std::string bill(std::size_t event) const {
-        const auto& [action, bill, is_recorded] = course_.events[event];
+        const auto& [action, bill, is_recorded] = timeline_.events[event];
         const std::string name = fmt::format("{} {}", bill.kind->name, to_utf8(bill.id));
         return action == BillEvent::Action::save ? name : name + std::string(words::took_back.in(language_));
     }
 
-    const BillTimeline& course_;
+    const BillTimeline& timeline_;
     Language language_;
     std::string text_;
 };
 
 }  // namespace
 
-std::string report_of(const std::vector<Finding>& findings, const BillTimeline& course, std::size_t ledger_rows,
+std::string report_of(const std::vector<Finding>& findings, const BillTimeline& timeline, std::size_t ledger_rows,
                       Language language) {
-    return Report(course, language).text(findings, ledger_rows);
+    return Report(timeline, language).text(findings, ledger_rows);
 }
 
 std::string report_of(const std::vector<Note>& notes, Language language) {

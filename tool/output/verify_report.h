@@ -9,7 +9,7 @@
 namespace vantlo {
 
 /// What is told of a comparison, for people: the causes in order, with the rows and the bills that touch them.
-std::string report_of(const std::vector<Finding>& findings, const BillTimeline& course, std::size_t ledger_rows,
+std::string report_of(const std::vector<Finding>& findings, const BillTimeline& timeline, std::size_t ledger_rows,
                       Language language);
 
 /// The notes below the report; empty if there are none.
