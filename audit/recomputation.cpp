@@ -36,51 +36,80 @@ void copy_units(NativeConnection& from, NativeConnection& to) {
     }
 }
 
-}  // namespace
+/// Posts the events of a timeline in a database of its own, and keeps what each of them added to which row.
+class Replay {
+public:
+    Replay(NativeConnection& units, Language language)
+        : memory_(open_connection("sqlite::memory:")), bookkeeping_([this] { return memory_; }, {}, language) {
+        memory_->run_script(schema_for("sqlite"));
+        memory_->run_script(note_steps);
+        copy_units(units, *memory_);
+    }
 
-Recomputation recompute(NativeConnection& database, const BillTimeline& timeline, Language language) {
-    const Owned<NativeConnection> memory = open_connection("sqlite::memory:");
-    memory->run_script(schema_for("sqlite"));
-    memory->run_script(note_steps);
-    copy_units(database, *memory);
+    Recomputation run(const BillTimeline& timeline) {
+        for (std::size_t event = 0; event < timeline.events.size(); ++event) {
+            if (is_posted(timeline.events[event], event)) read_steps(event);
+        }
+        read_rows();
+        return std::move(result_);
+    }
 
-    Bookkeeping bookkeeping([&] { return memory; }, {}, language);
-    Recomputation result;
-    std::vector<std::int32_t> rowid_of_step;
-    std::set<std::pair<const BillKind*, Text>> refused;
-    for (std::size_t event = 0; event < timeline.events.size(); ++event) {
-        const auto& [action, bill, is_recorded] = timeline.events[event];
+private:
+    /// Posts one event. Returns false if the component does not post its bill.
+    bool is_posted(const BillEvent& event, std::size_t number) {
+        const auto& [action, bill, is_recorded] = event;
         const std::pair name{bill.kind, bill.id};
         try {
             if (action == BillEvent::Action::save) {
-                refused.erase(name);
-                bookkeeping.save(bill);
-            } else if (!refused.contains(name)) {
-                bookkeeping.reverse(*bill.kind, bill.id);
+                refused_.erase(name);
+                bookkeeping_.save(bill);
+            } else if (!refused_.contains(name)) {
+                bookkeeping_.reverse(*bill.kind, bill.id);
             }
-        } catch (const PostingFailed& failure) {
-            refused.insert(name);
-            result.refusals.push_back({event, failure.what()});
-            continue;
+            return true;
+        } catch (const TaskError& error) {
+            if (error.reason() == Reason::interrupted) throw;
+            refused_.insert(name);
+            result_.refusals.push_back({number, error.what()});
+            return false;
         }
-        const RecordsetVariable steps = memory->execute(u"select * from PostingStep order by rowid");
-        if (steps->eof()) continue;
-        for (; !steps->eof(); steps->move_next()) {
-            const auto added = [&](TextView column) { return to_currency(steps->field(column)).ten_thousandths(); };
-            result.steps.push_back({event, 0, {added(u"InQty"), added(u"OutQty"), added(u"CurrentQty")}});
-            rowid_of_step.push_back(to_long(steps->field(u"Entry")));
-        }
-        memory->run(u"delete from PostingStep");
     }
 
-    std::map<std::int32_t, std::size_t> row_of;
-    const RecordsetVariable rows = memory->execute(u"select rowid as Entry,Inventory.* from Inventory order by rowid");
-    for (; !rows->eof(); rows->move_next()) {
-        row_of[to_long(rows->field(u"Entry"))] = result.rows.size();
-        result.rows.push_back(read_entry(*rows));
+    /// Takes over what the latest event added.
+    void read_steps(std::size_t event) {
+        const RecordsetVariable steps = memory_->execute(u"select * from PostingStep order by rowid");
+        if (steps->eof()) return;
+        for (; !steps->eof(); steps->move_next()) {
+            const auto added = [&](TextView column) { return to_currency(steps->field(column)).ten_thousandths(); };
+            result_.steps.push_back({event, 0, {added(u"InQty"), added(u"OutQty"), added(u"CurrentQty")}});
+            rowid_of_step_.push_back(to_long(steps->field(u"Entry")));
+        }
+        memory_->run(u"delete from PostingStep");
     }
-    for (std::size_t i = 0; i < result.steps.size(); ++i) result.steps[i].row = row_of.at(rowid_of_step[i]);
-    return result;
+
+    /// Takes over the rows, and tells each step its row.
+    void read_rows() {
+        std::map<std::int32_t, std::size_t> row_of;
+        const RecordsetVariable rows =
+            memory_->execute(u"select rowid as Entry,Inventory.* from Inventory order by rowid");
+        for (; !rows->eof(); rows->move_next()) {
+            row_of[to_long(rows->field(u"Entry"))] = result_.rows.size();
+            result_.rows.push_back(read_entry(*rows));
+        }
+        for (std::size_t i = 0; i < result_.steps.size(); ++i) result_.steps[i].row = row_of.at(rowid_of_step_[i]);
+    }
+
+    Owned<NativeConnection> memory_;
+    Bookkeeping bookkeeping_;
+    std::set<std::pair<const BillKind*, Text>> refused_;
+    std::vector<std::int32_t> rowid_of_step_;
+    Recomputation result_;
+};
+
+}  // namespace
+
+Recomputation recompute(NativeConnection& database, const BillTimeline& timeline, Language language) {
+    return Replay(database, language).run(timeline);
 }
 
 }  // namespace vantlo

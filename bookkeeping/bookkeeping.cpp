@@ -2,8 +2,10 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <random>
 
+#include "automation/message.h"
 #include "bookkeeping/bill_history.h"
 #include "bookkeeping/import_journal.h"
 #include "bookkeeping/interrupt.h"
@@ -13,9 +15,15 @@
 
 namespace vantlo {
 
+namespace words {
+
+constexpr Message no_such_bill = {"没有这张单据", "there is no such bill"};
+
+}  // namespace words
+
 namespace {
 
-std::string shown_messages;
+thread_local std::string shown_messages;  // a posting shows its own in the thread that called it
 
 void keep_message(const char16_t* text, const char16_t*, std::int32_t) noexcept {
     try {
@@ -62,6 +70,14 @@ std::vector<Argument> arguments_for(const MemberCall& call, const Bill& bill, Li
 std::string name_of(const BillKind& kind, const Text& id) { return fmt::format("{} {}", kind.name, to_utf8(id)); }
 
 bool is_fed_lines(const MemberCall& call) { return call.arguments.front() == Feed::line; }
+
+/// Whether a failure says that the database does not work, whatever bill is posted.
+bool is_of_database(const Failure& failure) {
+    constexpr ErrorNumber numbers[] = {error::no_such_table, error::no_such_column, error::permission_denied,
+                                       error::login_failed,  error::unspecified,    error::no_connection,
+                                       error::out_of_memory};
+    return std::ranges::find(numbers, failure.number()) != std::end(numbers);
+}
 
 }  // namespace
 
@@ -157,60 +173,89 @@ Bill Bookkeeping::reverse(const BillKind& kind, const Text& id) {
     return bill;
 }
 
-void Bookkeeping::in_transaction(const std::vector<Step>& steps) {
+/// One call of Bookkeeping: its steps, and what each has come to in the latest attempt.
+class Bookkeeping::Transaction {
+public:
+    Transaction(Bookkeeping& owner, const std::vector<Step>& steps)
+        : owner_(owner), observer_(owner.observer_.get()), steps_(steps) {
+        if (observer_ != nullptr) show_ = [this](TextView statement) { observer_->sends(statement); };
+    }
+
+    /// Takes all steps, in the transaction that is open; once more for each attempt.
+    void attempt(NativeConnection& database) {
+        take_messages();  // those of an attempt that failed
+        outcomes_.clear();
+        owner_.findings_.begin();
+        for (const Step& step : steps_) take(database, step);
+    }
+
+    void succeed() {
+        owner_.findings_.commit();
+        report_warnings();
+        for (const Outcome& outcome : outcomes_) {
+            if (observer_ != nullptr) observer_->ends(outcome.changes);
+        }
+    }
+
+    /// Returns what happened, behind where it did: the last step that was begun, or the first if none was.
+    std::string fail(const std::string& account) {
+        if (!outcomes_.empty()) outcomes_.back().warnings = std::exchange(owner_.findings_.warnings, {});
+        report_warnings();
+        return fmt::format("{}: {}", outcomes_.empty() ? steps_.front().what : outcomes_.back().what, account);
+    }
+
+private:
     struct Outcome {
         std::string what;
         std::vector<std::string> warnings;
         std::vector<LedgerChange> changes;
     };
-    std::vector<Outcome> outcomes;
-    ObservedConnection::Show show;
-    if (observer_ != nullptr) show = [this](TextView statement) { observer_->sends(statement); };
-    const auto take = [&](NativeConnection& database, const Step& step) {
-        Outcome& outcome = outcomes.emplace_back();
+
+    void take(NativeConnection& database, const Step& step) {
+        Outcome& outcome = outcomes_.emplace_back();
         outcome.what = step.what;
         if (observer_ != nullptr) observer_->begins(step.what);
         std::optional<PostingWatch> watch;
-        if (guard_) watch.emplace(database, *guard_, language_, findings_);
-        Session session(database, show, language_, watch ? &*watch : nullptr);
+        if (owner_.guard_) watch.emplace(database, *owner_.guard_, owner_.language_, owner_.findings_);
+        Session session(database, show_, owner_.language_, watch ? &*watch : nullptr);
         step.work(session);
         if (watch) outcome.changes = watch->changes();
         if (watch) watch->look_at_stock(outcome.changes);
-        outcome.warnings = std::exchange(findings_.warnings, {});
-    };
-    const auto work = [&](NativeConnection& database) {
-        take_messages();  // those of an attempt that failed
-        outcomes.clear();
-        findings_.begin();
-        for (const Step& step : steps) take(database, step);
-        return std::int32_t{0};
-    };
-    const auto tell_warnings = [&] {
+        outcome.warnings = std::exchange(owner_.findings_.warnings, {});
+    }
+
+    void report_warnings() {
         if (observer_ == nullptr) return;
-        for (const Outcome& outcome : outcomes) {
+        for (const Outcome& outcome : outcomes_) {
             for (const std::string& warning : outcome.warnings) observer_->warns(outcome.what, warning);
         }
-    };
-    /// Where it failed: the last step that was begun, or the first if none was.
-    const auto failed = [&](const std::exception& failure) {
-        if (!outcomes.empty()) outcomes.back().warnings = std::exchange(findings_.warnings, {});
-        tell_warnings();
-        return fmt::format("{}: {}", outcomes.empty() ? steps.front().what : outcomes.back().what, failure.what());
-    };
+    }
+
+    Bookkeeping& owner_;
+    BookkeepingObserver* observer_;
+    const std::vector<Step>& steps_;
+    ObservedConnection::Show show_;
+    std::vector<Outcome> outcomes_;
+};
+
+void Bookkeeping::in_transaction(const std::vector<Step>& steps) {
+    Transaction transaction(*this, steps);
     try {
-        saver_.save(next_marker(), work);
-    } catch (const Interrupted&) {
-        throw;
-    } catch (const Refused& refusal) {
-        throw Refused(failed(refusal));
-    } catch (const std::exception& failure) {
-        throw PostingFailed(failed(failure));
+        saver_.save(next_marker(), [&](NativeConnection& database) {
+            transaction.attempt(database);
+            return std::int32_t{0};
+        });
+    } catch (const TaskError& error) {
+        if (error.reason() == Reason::interrupted) throw;
+        throw TaskError(error.reason(), transaction.fail(error.what()));
+    } catch (const Failure& failure) {
+        const std::string words = failure.what();
+        const std::string account =
+            transaction.fail(words.empty() ? to_utf8(standard_text(failure.number(), language_)) : words);
+        if (is_of_database(failure)) throw Failure(failure.number(), account);
+        throw TaskError(Reason::posting_failed, account);
     }
-    findings_.commit();
-    tell_warnings();
-    for (const Outcome& outcome : outcomes) {
-        if (observer_ != nullptr) observer_->ends(outcome.changes);
-    }
+    transaction.succeed();
 }
 
 Text Bookkeeping::next_marker() { return name_ + from_utf8(fmt::format("-{}", ++savings_)); }
@@ -236,7 +281,7 @@ Bill Bookkeeping::Session::stored(const BillKind& kind, const Text& id) {
     const RecordsetVariable header =
         connection_.execute(Text(u"select * from ") + kind.header->name + where_id(*kind.header, id));
     if (header->eof() || to_text(header->field(u"Kind")) != from_utf8(kind.name)) {
-        throw PostingFailed("there is no such bill");
+        throw TaskError(Reason::no_such_bill, words::no_such_bill.in(language_));
     }
     return {&kind, id, read_row(*header, kind.header->columns), read_lines(*kind.lines, id)};
 }
@@ -255,9 +300,9 @@ void Bookkeeping::Session::post(std::span<const MemberCall> calls, const Bill& b
             // The statement that was not sent is the one which failed then.
             stop_if_interrupted();
             if (watch_ != nullptr) watch_->raise_refusal();
-            throw PostingFailed(fmt::format("{} returned {} ({})\n{}{}", to_utf8(call.member), result,
-                                            to_utf8(standard_text(result, language_)), take_messages(),
-                                            connection_.account()));
+            throw TaskError(Reason::posting_failed, fmt::format("{} returned {} ({})\n{}{}", to_utf8(call.member),
+                                                                result, to_utf8(standard_text(result, language_)),
+                                                                take_messages(), connection_.account()));
         };
         if (!is_fed_lines(call)) post_one(nullptr, 0);
         std::int32_t item = 0;

@@ -3,21 +3,16 @@
 #include <functional>
 #include <memory>
 #include <optional>
-#include <stdexcept>
 
 #include "automation/error_text.h"
 #include "bills/bill.h"
 #include "bills/master_tables.h"
+#include "bills/task_error.h"
 #include "bookkeeping/observed_connection.h"
 #include "bookkeeping/posting_watch.h"
 #include "bookkeeping/transaction_retry.h"
 
 namespace vantlo {
-
-/// A bill that could not be saved or taken back; nothing of it was left behind.
-class PostingFailed : public std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
 
 /// What a host sees of its bookkeeping, call by call; every call does nothing unless it is told to.
 class BookkeepingObserver {
@@ -40,12 +35,13 @@ public:
 /// Keeps bills and the ledger of one database together: every bill is stored and posted, or taken back and deleted, in
 /// one transaction, through the component, and again after a conflict or a lost connection (TransactionRetry).
 ///
-/// Errors   besides those below, every call raises Interrupted if the user asks to stop meanwhile; its transaction is then
-///          rolled back.
+/// Errors   every call can end with a TaskError or a Failure, whose text begins with the bill's name; its transaction is then
+///          rolled back. Reason::posting_failed has the user's messages and the database's words, Reason::refused is the
+///          guard's, Reason::interrupted means that the user asked to stop meanwhile. A Failure means that the database
+///          itself does not work: no connection, no table, no right to it.
 class Bookkeeping {
 public:
-    /// The observer may be null. `language` is that of the error texts in PostingFailed, the component's own messages are
-    /// Chinese. Without a guard nothing is refused, no warning given and no change of a row told.
+    /// The observer may be null. `language` is that of the error texts, the component's own messages are Chinese. Without a guard nothing is refused, no warning given and no change of a row told.
     /// Errors   Failure, if no connection can be opened.
     explicit Bookkeeping(Connect connect, std::shared_ptr<BookkeepingObserver> observer = {},
                          Language language = Language::chinese, std::optional<Guard> guard = {});
@@ -53,16 +49,14 @@ public:
     /// Stores master rows in one transaction; a row that is there already is replaced.
     void save_master(std::span<const MasterRow> rows);
 
-    /// Stores a bill and posts it. Errors: PostingFailed with the user's messages and the database's words;
-    /// Refused by the guard.
+    /// Stores a bill and posts it.
     void save(const Bill& bill);
 
-    /// Stores bills and posts them in one transaction, with a row of PostingJournal for each posting.
-    /// Errors   PostingFailed or Refused, which name the bill; none of them is saved then.
+    /// Stores bills and posts them in one transaction, with a row of PostingJournal for each posting. If one fails, none of
+    /// them is saved.
     void import(std::span<const Bill* const> bills);
 
-    /// Takes a stored bill back and deletes it. Returns the bill. Errors: PostingFailed, also if there is no such bill;
-    /// Refused by the guard.
+    /// Takes a stored bill back and deletes it. Returns the bill. Errors: Reason::no_such_bill besides.
     Bill reverse(const BillKind& kind, const Text& id);
 
     /// How many attempts after the first all calls together have made.
@@ -70,6 +64,7 @@ public:
 
 private:
     class Session;
+    class Transaction;
 
     /// What a transaction does to one bill, or to master data.
     struct Step {
@@ -89,10 +84,11 @@ private:
     long savings_ = 0;
 };
 
-/// Shows the messages of the component to the host: the platform's presenter, which keeps them until they are taken.
+/// Makes the component show its messages to the host: the platform's presenter keeps those of each thread until they are
+/// taken.
 void collect_messages();
 
-/// The messages shown since the last call, each on a line of its own.
+/// The messages shown in this thread since its last call, each on a line of its own.
 std::string take_messages();
 
 }  // namespace vantlo

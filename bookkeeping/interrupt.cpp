@@ -2,6 +2,8 @@
 
 #include <csignal>
 
+#include "bills/task_error.h"
+
 namespace vantlo {
 
 namespace {
@@ -22,7 +24,7 @@ void ask_before_interrupting() {
 bool is_interrupted() { return interrupted != 0; }
 
 void stop_if_interrupted() {
-    if (is_interrupted()) throw Interrupted("interrupted");
+    if (is_interrupted()) throw TaskError(Reason::interrupted, "interrupted");
 }
 
 }  // namespace vantlo

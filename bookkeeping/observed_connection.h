@@ -10,7 +10,7 @@ namespace vantlo {
 
 /// Passes statements on to the database, shows each to the host as it is sent, and keeps the database's own words of
 /// the latest failure: the component's message gives only the number's text. Once the user has asked to stop, it raises
-/// Interrupted for each statement instead.
+/// TaskError with Reason::interrupted for each statement instead.
 class ObservedConnection final : public Connection {
 public:
     using Show = std::function<void(TextView statement)>;

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "automation/message.h"
+#include "bills/task_error.h"
 
 namespace vantlo {
 
@@ -103,7 +104,7 @@ void PostingWatch::before(TextView statement) {
 }
 
 void PostingWatch::raise_refusal() const {
-    if (!refusal_.empty()) throw Refused(refusal_);
+    if (!refusal_.empty()) throw TaskError(Reason::refused, refusal_);
 }
 
 void PostingWatch::after(TextView statement, const ResultTable& result) {
@@ -156,7 +157,7 @@ void PostingWatch::look_at_stock(const std::vector<LedgerChange>& changes) {
         if (!goes_negative(change)) continue;
         const std::string key = key_text(*change.after, language_);
         const std::string what = say(language_, words::negative_stock, key, quantity_text(change.after->on_hand));
-        if (guard_.refuses_negative) throw Refused(what);
+        if (guard_.refuses_negative) throw TaskError(Reason::refused, what);
         if (findings_.is_new(from_utf8(key))) findings_.warnings.push_back(what);
     }
 }

@@ -2,7 +2,6 @@
 
 #include <optional>
 #include <set>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -12,11 +11,6 @@
 #include "bills/ledger_row.h"
 
 namespace vantlo {
-
-/// A posting that the host does not let through; nothing of its bill was left behind.
-class Refused : public std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
 
 /// What the host refuses of that which the component by design does not check.
 struct Guard {
@@ -62,16 +56,16 @@ public:
     /// Warns of lines without a quantity.
     void look_at(const Bill& bill);
 
-    /// Errors   Refused for a statement whose end, WHERE clause included, the engine would take for a comment.
+    /// Errors   TaskError with Reason::refused for a statement whose end, WHERE clause included, the engine would take for a comment.
     void before(TextView statement);
 
     void after(TextView statement, const ResultTable& result);
 
-    /// What raised Refused inside the component, which turns it into an error number.
+    /// The refusal that was raised inside the component, which turns it into an error number.
     void raise_refusal() const;
 
     /// Warns of stock that the bill takes below zero, or further below, once for each ledger row.
-    /// Errors   Refused, if that is to be refused.
+    /// Errors   TaskError with Reason::refused, if that is to be refused.
     void look_at_stock(const std::vector<LedgerChange>& changes);
 
     /// Every row that was looked up, in the order of the first look-up, as it is now.

@@ -55,7 +55,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
             require_plain(bill.header);
             for (const Record& line : bill.lines) require_plain(line);
         }
-    } catch (const BadInput& refusal) {
+    } catch (const TaskError& refusal) {
+        require(refusal.reason() == Reason::bad_input, "a refusal for another reason");
         require(std::string(refusal.what()).starts_with(file.path()), "a refusal that does not name the file");
     }
     return 0;

@@ -2,7 +2,7 @@
 
 #include <fmt/format.h>
 
-#include "import/shop_file.h"
+#include "bills/task_error.h"
 
 namespace vantlo {
 
@@ -26,7 +26,7 @@ std::string InputErrors::text() const {
 }
 
 void InputErrors::raise() const {
-    if (!empty()) throw BadInput(text());
+    if (!empty()) throw TaskError(Reason::bad_input, text());
 }
 
 }  // namespace vantlo

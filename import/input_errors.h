@@ -36,7 +36,7 @@ public:
     /// Shape    a line each, `FILE:LINE:COLUMN: REASON`; then how many more there are, if there are.
     [[nodiscard]] std::string text() const;
 
-    /// Errors   BadInput with the text, if anything is wrong.
+    /// Errors   TaskError with Reason::bad_input and the text, if anything is wrong.
     void raise() const;
 
 private:

@@ -8,7 +8,6 @@
 
 #include "automation/error.h"
 #include "bookkeeping/interrupt.h"
-#include "import/shop_file.h"
 #include "tool/commands/command.h"
 #include "tool/manual.h"
 
@@ -32,6 +31,11 @@ constexpr Message something_missing = {"缺少参数或命令（{}）", "somethi
 constexpr Message something_unknown = {"不认识的参数或命令（{}）", "something is unknown ({})"};
 constexpr Message bad_value      = {"值无效（{}）", "a value is wrong ({})"};
 constexpr Message see_help       = {"运行 {} --help 查看用法。", "Run {} --help for more."};
+constexpr Message exit_codes     = {"退出码：", "Exit codes:"};
+constexpr Message no_stdout      = {"标准输出无法写入", "stdout cannot be written"};
+constexpr Message see_init       = {"vantlo init 建立缺少的数据表。", "vantlo init makes the tables that are missing."};
+constexpr Message internal_error = {"内部错误（{}）；数据库中只有已完整保存的单据。请连同所用命令一并报告。",
+                                           "internal error ({}); the database holds whole bills only. Please report it with the command line."};
 // clang-format on
 
 }  // namespace vantlo::words
@@ -65,7 +69,8 @@ void add_help(CLI::App& app, const CommonOptions& common) {
     formatter->label("SUBCOMMAND", common.say(words::command_badge));
     formatter->label("REQUIRED", common.say(words::required));
     app.set_help_flag("-h,--help", common.say(words::help_option));
-    app.footer(common.say(words::main_footer) + "\n\n" + common.say(words::exit_codes));
+    app.footer(common.say(words::main_footer) + "\n\n" + common.say(words::exit_codes) + "\n" +
+               exit_code_list(common.language, "  ", "  ", "\n"));
 }
 
 void add_common_options(CLI::App& app, CommonOptions& common) {
@@ -79,13 +84,17 @@ void add_common_options(CLI::App& app, CommonOptions& common) {
         common.say(words::version_option));
 }
 
-/// A hidden option, for packages: `--print man` and `--print bash-completion`.
+/// A hidden option, for packages and documents: `--print man`, `--print bash-completion`, `--print exit-codes`.
 void add_printing(CLI::App& app, const CommonOptions& common) {
     const auto print = [&app, &common](const std::string& what) {
-        std::cout << (what == "man" ? manual_page(app, common) : bash_completion(app));
+        std::cout << (what == "man"               ? manual_page(app, common)
+                      : what == "bash-completion" ? bash_completion(app)
+                                                  : exit_code_list(common.language, "| ", " | ", " |\n"));
         throw CLI::Success();
     };
-    app.add_option_function<std::string>("--print", print)->check(CLI::IsMember({"man", "bash-completion"}))->group("");
+    app.add_option_function<std::string>("--print", print)
+        ->check(CLI::IsMember({"man", "bash-completion", "exit-codes"}))
+        ->group("");
 }
 
 /// What is wrong with a command line, in the user's language before the parser's own words.
@@ -110,26 +119,33 @@ int usage_error(const std::string& what) {
     return static_cast<int>(ExitCode::usage);
 }
 
+/// Tells the user about the exception that is being handled. Returns the exit code that says the same.
+ExitCode report_current_exception(const CommonOptions& common) {
+    try {
+        throw;
+    } catch (const TaskError& error) {
+        // What is wrong with files is a line for each fault, which begins with its place.
+        std::cerr << (error.reason() == Reason::bad_input ? "" : "vantlo: ") << error.what() << '\n';
+        return exit_code_of(error.reason());
+    } catch (const Failure& failure) {
+        std::cerr << "vantlo: " << failure.what() << '\n';
+        if (failure.number() == error::no_such_table) std::cerr << common.say(words::see_init) << '\n';
+        return ExitCode::no_database;
+    } catch (const std::exception& defect) {
+        std::cerr << "vantlo: " << common.say(words::internal_error, defect.what()) << '\n';
+        return ExitCode::internal_error;
+    }
+}
+
 ExitCode run(const Invocation& invocation) {
     collect_messages();
     ask_before_interrupting();
-    const auto tell = [](const std::exception& failure, ExitCode code) {
-        std::cerr << "vantlo: " << failure.what() << '\n';
-        return code;
-    };
     try {
-        return invocation.work();
-    } catch (const BadInput& failure) {
-        std::cerr << failure.what() << '\n';  // a line for each error, which begins with its place
-        return ExitCode::bad_input;
-    } catch (const PostingFailed& failure) {
-        return tell(failure, ExitCode::posting_failed);
-    } catch (const Refused& refusal) {
-        return tell(refusal, ExitCode::refused);
-    } catch (const Interrupted& failure) {
-        return tell(failure, ExitCode::interrupted);
-    } catch (const std::exception& failure) {
-        return tell(failure, ExitCode::no_database);
+        const ExitCode code = invocation.work();
+        if (!std::cout.flush()) throw TaskError(Reason::cannot_write, invocation.common.say(words::no_stdout));
+        return code;
+    } catch (...) {
+        return report_current_exception(invocation.common);
     }
 }
 
@@ -155,9 +171,8 @@ int main(int count, char** arguments) {
         const std::string what = unknown.empty() ? explanation(failure, common)
                                                  : common.say(words::something_unknown, fmt::join(unknown, " "));
         return usage_error(what + "\n" + common.say(words::see_help, "vantlo"));
-    } catch (const Failure& failure) {
-        std::cerr << "vantlo: " << failure.what() << '\n';
-        return static_cast<int>(ExitCode::no_database);
+    } catch (const std::exception&) {
+        return static_cast<int>(report_current_exception(common));
     }
     if (const Message* const fault = common.fault_of_databases()) return usage_error(common.say(*fault));
     return static_cast<int>(run(invocation));

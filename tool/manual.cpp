@@ -138,7 +138,7 @@ std::string manual_page(const CLI::App& app, const CommonOptions& common) {
     page += heading(options_heading) + option_list(app, false);
     page += heading(commands_heading);
     for (const CLI::App* const command : app.get_subcommands({})) page += command_section(*command);
-    page += heading(words::manual_exit_status) + ".nf\n" + roff(common.say(words::exit_codes)) + "\n.fi\n";
+    page += heading(words::manual_exit_status) + exit_code_list(common.language, ".TP\n.B ", "\n", "\n");
     page += heading(words::manual_environment);
     const std::pair<const char*, const Message*> variables[] = {
         {"VANTLO_DB", &words::environment_db},

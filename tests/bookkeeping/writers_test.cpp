@@ -137,7 +137,8 @@ TEST_CASE("A bill whose id is there already is refused at its second attempt, an
         std::string account;
         try {
             bookkeeping.save(bill);
-        } catch (const PostingFailed& failure) {
+        } catch (const TaskError& failure) {
+            CHECK(failure.reason() == Reason::posting_failed);
             account = failure.what();
         }
         CHECK(account.starts_with("stock B1: ODBC "));

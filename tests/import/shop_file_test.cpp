@@ -21,7 +21,8 @@ ShopFile read(const std::string& content) {
 std::string refusal_of(const std::string& content) {
     try {
         read(content);
-    } catch (const BadInput& refusal) {
+    } catch (const TaskError& refusal) {
+        CHECK(refusal.reason() == Reason::bad_input);
         return refusal.what();
     }
     return {};

@@ -1,8 +1,10 @@
 #include <doctest/doctest.h>
 
+#include <algorithm>
+#include <sstream>
 #include <string>
 
-#include "tests/support/shell.h"
+#include "tests/support/transcript.h"
 
 // Drives the built program as a user does, from a shell.
 
@@ -28,7 +30,11 @@ TEST_CASE("vantlo saves a bill, shows the ledger, takes the bill back") {
     CHECK(!shell.vantlo("ledger --warehouse W9").has("W1"));
     CHECK(shell.vantlo("delete stock-in B1").exit_code == 0);
     CHECK(!shell.vantlo("ledger").has(" 30 "));
-    CHECK(shell.vantlo("delete stock-in B1").exit_code == 1);
+    const Finished none = shell.vantlo("delete stock-in B1");
+    CHECK(none.exit_code == 8);
+    CHECK(none.output == "vantlo: stock-in B1: there is no such bill\n");
+    CHECK(shell.vantlo("--lang zh bill stock-in B1").output == "vantlo: stock-in B1: 没有这张单据\n");
+    CHECK(shell.vantlo("bill stock-in B1").exit_code == 8);
 }
 
 TEST_CASE("vantlo shows every statement as it is sent") {
@@ -56,7 +62,7 @@ TEST_CASE("vantlo leaves nothing of a bill that cannot be posted, and says what 
     CHECK(failed.has("In_AddInventory():数值超出"));
     CHECK(shell.vantlo("--lang en save huge.json").has("In_AddInventory returned 6 (A number is outside"));
     CHECK(shell.vantlo("ledger").output == before);
-    CHECK(shell.vantlo("delete stock-in B2").exit_code == 1);
+    CHECK(shell.vantlo("delete stock-in B2").exit_code == 8);
     const Finished twice = shell.vantlo("save first.json");
     CHECK(twice.exit_code == 1);
     CHECK(twice.has("UNIQUE constraint failed"));
@@ -116,6 +122,71 @@ TEST_CASE("vantlo answers a wrong command, a wrong kind and a database that cann
     CHECK(unknown.has("stock-in"));
     CHECK(shell.vantlo("--db sqlite:/no/such/folder/shop.db ledger").exit_code == 4);
     CHECK(shell.vantlo("--db 'Driver=none;' ledger").exit_code == 4);
+}
+
+TEST_CASE("vantlo ends with 4 where the database does not work, before a posting and beside it") {
+    const Shell shell;
+    shell.file("bill.json", stock_in("B1", "1"));
+    shell.run("sqlite3 empty.db 'create table Other(Id int)'");
+    for (const std::string command : {"save bill.json", "import bill.json", "delete stock-in B1", "verify"}) {
+        const Finished finished = shell.vantlo("--db empty.db " + command);
+        CHECK_MESSAGE(finished.exit_code == 4, command, ": ", finished.output);
+        CHECK_MESSAGE(finished.has("no such table"), command, ": ", finished.output);
+        CHECK_MESSAGE(finished.has("vantlo init makes the tables that are missing.\n"), command);
+    }
+    shell.vantlo("init");
+    shell.run("sqlite3 vantlo.db 'drop table BillHistory'");
+    const Finished saved = shell.vantlo("save bill.json");
+    CHECK(saved.exit_code == 4);
+    CHECK_MESSAGE(saved.has("vantlo: stock-in B1: SQLite"), saved.output);
+    CHECK(shell.vantlo("ledger").has("Total of 0 rows"));
+
+    // What the component's own statement meets is the posting's failure.
+    shell.vantlo("init");
+    shell.run("sqlite3 vantlo.db 'drop table Inventory'");
+    const Finished posted = shell.vantlo("save bill.json");
+    CHECK(posted.exit_code == 1);
+    CHECK(posted.has("In_AddInventory returned -2147217865"));
+}
+
+TEST_CASE("vantlo ends with 9 where its output cannot be written") {
+    const Shell shell;
+    shell.vantlo("init");
+    const Finished full = shell.vantlo("ledger >/dev/full");
+    CHECK(full.exit_code == 9);
+    CHECK(full.output == "vantlo: stdout cannot be written\n");
+    CHECK(shell.vantlo("ledger --as-picture no/such/folder.svg").exit_code == 9);
+}
+
+#ifndef __SANITIZE_ADDRESS__  // which ends a program without memory itself
+TEST_CASE("vantlo ends with 10 and says so where memory runs out") {
+    const Shell shell;
+    shell.vantlo("init");
+    shell.file("bill.json", stock_in("B1", "1") + std::string(40'000'000, ' '));
+    const Finished finished = shell.run("ulimit -v 60000; exec " + shell.program() + " save bill.json");
+    CHECK_MESSAGE(finished.exit_code == 10, finished.exit_code, finished.output);
+    CHECK(finished.has("vantlo: internal error (std::bad_alloc)"));
+}
+#endif
+
+TEST_CASE("The help, the manual page and docs/tool.md show the same exit codes") {
+    const Shell shell;
+    const std::string rows = shell.vantlo("--print exit-codes").output;
+    CHECK(rows.starts_with("| 0 | done |\n| 1 | a posting failed"));
+    CHECK(std::ranges::count(rows, '\n') == 11);
+    CHECK(text_of(VANTLO_SOURCE_DIR "/docs/tool.md").find("|---|---|\n" + rows + "\n") != std::string::npos);
+    for (const std::string language : {"en", "zh"}) {
+        const Finished help = shell.vantlo("--lang " + language + " --help");
+        const std::string page = shell.vantlo("--lang " + language + " --print man").output;
+        std::istringstream lines(shell.vantlo("--lang " + language + " --print exit-codes").output);
+        for (std::string line; std::getline(lines, line);) {
+            const std::size_t middle = line.find(" | ", 2);
+            const std::string number = line.substr(2, middle - 2);
+            const std::string meaning = line.substr(middle + 3, line.size() - middle - 5);
+            CHECK_MESSAGE(help.has("  " + number + "  " + meaning + "\n"), line);
+            CHECK_MESSAGE(page.find(".TP\n.B " + number + "\n" + meaning + "\n") != std::string::npos, line);
+        }
+    }
 }
 
 }  // namespace

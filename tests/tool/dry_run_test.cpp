@@ -79,7 +79,7 @@ TEST_CASE("A dry run fails where the real one would, by the same exit code") {
     const Finished twice = shell.vantlo("save --dry-run bills.json");
     CHECK(twice.exit_code == 1);
     CHECK(twice.has("UNIQUE constraint failed"));
-    CHECK(shell.vantlo("delete --dry-run stock-in B9").exit_code == 1);
+    CHECK(shell.vantlo("delete --dry-run stock-in B9").exit_code == 8);
     CHECK(shell.vantlo("delete --dry-run --fail-on-negative stock-in B1").exit_code == 7);
     CHECK(shell.vantlo("delete --fail-on-negative stock-in B1").exit_code == 7);
     CHECK(shell.vantlo("save --dry-run none.json").exit_code == 5);

@@ -61,7 +61,7 @@ TEST_CASE_FIXTURE(Shop, "A negative quantity whose statement would lose its WHER
         CHECK(refused.exit_code == 7);
         CHECK_MESSAGE(refused.has("CurrentQty = CurrentQty--3 where"), refused.output);
         CHECK(shell.vantlo("ledger").output == before);
-        CHECK(shell.vantlo("delete " + kind + " A1").exit_code == 1);
+        CHECK(shell.vantlo("delete " + kind + " A1").exit_code == 8);
 
         const Finished forced = shell.vantlo("save --force --dry-run negative.json");
         CHECK(forced.exit_code == 0);

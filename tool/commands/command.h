@@ -74,8 +74,7 @@ CLI::App* add_command(CLI::App& app, const CommonOptions& common, const char* na
                       std::initializer_list<Example> examples);
 
 // Each command adds its subcommand with its options, and puts its work into the invocation when it is named.
-// Errors   BadInput, PostingFailed, Refused, Interrupted and Failure may leave the work; the program turns them into words and an
-//          exit code.
+// Errors   whatever the work raises; the program turns it into words and an exit code.
 
 void add_init(CLI::App& app, Invocation& invocation);
 void add_save(CLI::App& app, Invocation& invocation);

@@ -1,5 +1,3 @@
-#include <fmt/format.h>
-
 #include <iostream>
 #include <map>
 
@@ -83,6 +81,74 @@ std::size_t lines_of(std::span<const Bill* const> bills) {
     return lines;
 }
 
+/// Posts what the files hold, and knows how far it has come.
+class Import {
+public:
+    Import(const CommonOptions& common, const ShopFile& shop, std::span<const Bill* const> bills)
+        : common_(common),
+          shop_(shop),
+          bills_(bills),
+          bookkeeping_(common.bookkeeping()),
+          progress_(shop.master.size() + lines_of(bills), common.language) {}
+
+    /// Errors   those of Bookkeeping, with what was imported before.
+    void run() {
+        try {
+            save_master();
+            import_bills();
+        } catch (const TaskError& error) {
+            throw TaskError(error.reason(), error.reason() == Reason::interrupted ? interruption() : stop(error));
+        } catch (const Failure& failure) {
+            throw Failure(failure.number(), stop(failure));
+        }
+    }
+
+    [[nodiscard]] std::string summary() const {
+        return common_.say(common_.dry_run ? words::would_import : words::imported, shop_.master.size(), done_bills_,
+                           done_lines_, shop_.bills.size() - bills_.size());
+    }
+
+private:
+    void save_master() {
+        for (std::span<const MasterRow> left = shop_.master; !left.empty();) {
+            const auto batch = left.first(std::min(left.size(), lines_a_transaction));
+            bookkeeping_.save_master(batch);
+            left = left.subspan(batch.size());
+            progress_.show(shop_.master.size() - left.size());
+        }
+    }
+
+    void import_bills() {
+        for (std::span<const Bill* const> left = bills_; !left.empty();) {
+            const auto batch = common_.dry_run ? left.first(1) : next_batch(left);
+            bookkeeping_.import(batch);
+            left = left.subspan(batch.size());
+            done_bills_ += batch.size();
+            done_lines_ += lines_of(batch);
+            progress_.show(shop_.master.size() + done_lines_);
+        }
+    }
+
+    [[nodiscard]] std::string interruption() const {
+        if (common_.dry_run) return common_.say(words::interrupted_rehearsal);
+        return common_.say(words::import_interrupted, done_bills_, done_lines_, bills_.size() - done_bills_);
+    }
+
+    [[nodiscard]] std::string stop(const std::exception& failure) const {
+        if (common_.dry_run) return failure.what();
+        return failure.what() +
+               ("\n" + common_.say(words::import_stopped, done_bills_, done_lines_, bills_.size() - done_bills_));
+    }
+
+    const CommonOptions& common_;
+    const ShopFile& shop_;
+    std::span<const Bill* const> bills_;
+    Bookkeeping bookkeeping_;
+    ProgressBar progress_;
+    std::size_t done_bills_ = 0;
+    std::size_t done_lines_ = 0;
+};
+
 ExitCode import(const CommonOptions& common, const ImportOptions& options) {
     ShopReader reader(common.language);
     for (const std::string& path : options.paths) reader.read(path, options.files);
@@ -90,41 +156,13 @@ ExitCode import(const CommonOptions& common, const ImportOptions& options) {
     const std::vector<const Bill*> bills = bills_to_import(*common.connect()(), reader);
     reader.errors().raise();
 
-    const ShopFile& shop = reader.shop();
-    Bookkeeping bookkeeping = common.bookkeeping();
-    std::size_t done_bills = 0, done_lines = 0;
-    const auto stopped = [&](const std::exception& failure) {
-        if (common.dry_run) return std::string(failure.what());
-        return fmt::format("{}\n{}", failure.what(),
-                           common.say(words::import_stopped, done_bills, done_lines, bills.size() - done_bills));
-    };
-    try {
-        ProgressBar progress(shop.master.size() + lines_of(bills), common.language);
-        for (std::span<const MasterRow> left = shop.master; !left.empty();) {
-            const auto batch = left.first(std::min(left.size(), lines_a_transaction));
-            bookkeeping.save_master(batch);
-            left = left.subspan(batch.size());
-            progress.show(shop.master.size() - left.size());
-        }
-        for (std::span<const Bill* const> left = bills; !left.empty();) {
-            const auto batch = common.dry_run ? left.first(1) : next_batch(left);
-            bookkeeping.import(batch);
-            left = left.subspan(batch.size());
-            done_bills += batch.size();
-            done_lines += lines_of(batch);
-            progress.show(shop.master.size() + done_lines);
-        }
-    } catch (const Interrupted&) {
-        if (common.dry_run) throw Interrupted(common.say(words::interrupted_rehearsal));
-        throw Interrupted(common.say(words::import_interrupted, done_bills, done_lines, bills.size() - done_bills));
-    } catch (const PostingFailed& failure) {
-        throw PostingFailed(stopped(failure));
-    } catch (const Refused& refusal) {
-        throw Refused(stopped(refusal));
+    std::string summary;
+    {
+        Import import(common, reader.shop(), bills);  // its progress bar goes before anything else is written
+        import.run();
+        summary = import.summary();
     }
-    std::cerr << common.say(common.dry_run ? words::would_import : words::imported, shop.master.size(), done_bills,
-                            done_lines, shop.bills.size() - bills.size())
-              << '\n';
+    std::cerr << summary << '\n';
     return ExitCode::done;
 }
 

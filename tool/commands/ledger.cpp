@@ -3,7 +3,6 @@
 #include <iostream>
 
 #include "bills/ledger_row.h"
-#include "import/shop_file.h"
 #include "tool/commands/command.h"
 #include "tool/output/ledger_formats.h"
 #include "tool/output/ledger_picture.h"
@@ -61,8 +60,10 @@ void write_picture(NativeConnection& database, const Wanted& wanted, const Commo
     const Replaced replaced =
         is_page ? replace_file(wanted.picture, "<!doctype html>", picture_page(picture, common.language))
                 : replace_file(wanted.picture, "<svg ", picture_svg(picture, common.language));
-    if (replaced == Replaced::is_something_else) throw BadInput(common.say(words::is_no_picture, wanted.picture));
-    if (replaced == Replaced::not_written) throw BadInput(common.say(words::cannot_write, wanted.picture));
+    if (replaced == Replaced::is_something_else)
+        throw TaskError(Reason::bad_input, common.say(words::is_no_picture, wanted.picture));
+    if (replaced == Replaced::not_written)
+        throw TaskError(Reason::cannot_write, common.say(words::cannot_write, wanted.picture));
 }
 
 ExitCode show_ledger(const CommonOptions& common, const Wanted& wanted) {

@@ -24,28 +24,43 @@ constexpr Message would_save     = {"将保存 {} 张单据，共 {} 行；未�
 
 namespace {
 
+/// What was saved so far.
+struct Saved {
+    std::size_t bills = 0;
+    std::size_t lines = 0;
+};
+
+void save_bill(Bookkeeping& bookkeeping, const Bill& bill, Saved& saved, const CommonOptions& common) {
+    try {
+        bookkeeping.save(bill);
+    } catch (const TaskError& error) {
+        if (error.reason() != Reason::interrupted) throw;
+        if (common.dry_run) throw TaskError(Reason::interrupted, common.say(words::interrupted_rehearsal));
+        throw TaskError(Reason::interrupted,
+                        common.say(words::interrupted_at, saved.bills, saved.lines, bill.kind->name, to_utf8(bill.id)));
+    }
+    ++saved.bills;
+    saved.lines += bill.lines.size();
+}
+
 ExitCode save(const CommonOptions& common, const std::vector<std::string>& paths) {
     std::vector<ShopFile> files;
     for (const std::string& path : paths) files.push_back(read_shop_file(path, common.language));
     Bookkeeping bookkeeping = common.bookkeeping();
-    std::size_t bills = 0, lines = 0;
-    for (const ShopFile& file : files) {
-        if (!file.master.empty()) bookkeeping.save_master(file.master);
-        for (const Bill& bill : file.bills) {
-            try {
-                bookkeeping.save(bill);
-            } catch (const Interrupted&) {
-                if (common.dry_run) throw Interrupted(common.say(words::interrupted_rehearsal));
-                throw Interrupted(common.say(words::interrupted_at, bills, lines, bill.kind->name, to_utf8(bill.id)));
-            } catch (...) {
-                if (!common.dry_run) std::cerr << common.say(words::saved, bills, lines) << '\n';
-                throw;
-            }
-            ++bills;
-            lines += bill.lines.size();
+    Saved saved;
+    const auto report = [&](const Message& wording) {
+        std::cerr << common.say(wording, saved.bills, saved.lines) << '\n';
+    };
+    try {
+        for (const ShopFile& file : files) {
+            if (!file.master.empty()) bookkeeping.save_master(file.master);
+            for (const Bill& bill : file.bills) save_bill(bookkeeping, bill, saved, common);
         }
+    } catch (...) {
+        if (!common.dry_run && !is_interrupted()) report(words::saved);
+        throw;
     }
-    std::cerr << common.say(common.dry_run ? words::would_save : words::saved, bills, lines) << '\n';
+    report(common.dry_run ? words::would_save : words::saved);
     return ExitCode::done;
 }
 

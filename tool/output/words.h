@@ -17,9 +17,6 @@ namespace words {
 inline constexpr Message option_badge   = {"选项", "OPTIONS"};
 inline constexpr Message command_badge  = {"命令", "COMMAND"};
 inline constexpr Message help_option    = {"显示此帮助并退出", "Show this help and exit"};
-inline constexpr Message exit_codes     = {
-    "退出码：0 完成，1 过账失败，2 命令行有误，3 台账与单据不符，4 数据库不可用，\n5 输入有误，6 被中断，7 被拒绝。",
-    "Exit codes: 0 done, 1 posting failed, 2 wrong command line, 3 the ledger differs,\n4 no database, 5 bad input, 6 interrupted, 7 refused."};
 inline constexpr Message bill_kind      = {"单据种类", "Kind of bill"};
 inline constexpr Message bill_id        = {"单据编号", "The bill's identifier"};
 inline constexpr Message interrupted_rehearsal = {"已中断；未写入任何数据。", "Interrupted; nothing was written."};
