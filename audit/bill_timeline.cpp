@@ -18,7 +18,8 @@ using BillName = std::pair<Text, Text>;
 
 struct HistoryEntry {
     BillName bill;
-    Action action;
+    Text number;
+    Text action;
     Text content;
 };
 
@@ -108,48 +109,85 @@ std::vector<HistoryEntry> read_history(NativeConnection& database) {
     std::vector<HistoryEntry> history;
     const RecordsetVariable rows = database.execute(u"select * from BillHistory order by EntryNo");
     for (; !rows->eof(); rows->move_next()) {
-        const bool is_reversal = text_of(rows->field(u"Action")) == history_action::reverse;
         history.push_back({{text_of(rows->field(u"Kind")), text_of(rows->field(u"BillId"))},
-                           is_reversal ? Action::reverse : Action::save,
+                           text_of(rows->field(u"EntryNo")),
+                           text_of(rows->field(u"Action")),
                            text_of(rows->field(u"Content"))});
     }
     return history;
 }
 
-}  // namespace
+/// Makes the timeline backwards, as what a saved bill held is told by the entry that reversed it, or else by the tables.
+class Timeline {
+public:
+    explicit Timeline(NativeConnection& database) : stored_(database, timeline_), history_(read_history(database)) {}
 
-BillTimeline read_timeline(NativeConnection& database) {
-    BillTimeline timeline;
-    StoredBills stored(database, timeline);
-    const std::vector<HistoryEntry> history = read_history(database);
+    BillTimeline read() {
+        for (auto entry = history_.rbegin(); entry != history_.rend(); ++entry) take(*entry);
+        take_unrecorded();
+        std::ranges::reverse(timeline_.events);
+        return std::move(timeline_);
+    }
 
-    // Backwards: what a saved bill held is told by the entry that took it back, or else by the tables.
-    std::map<BillName, Bill> reversed;
-    for (auto entry = history.rbegin(); entry != history.rend(); ++entry) {
-        const BillKind* const kind = find_bill_kind(to_utf8(entry->bill.first));
+private:
+    void take(const HistoryEntry& entry) {
+        const BillKind* const kind = find_bill_kind(to_utf8(entry.bill.first));
         if (kind == nullptr) {
-            timeline.unknown_kind.push_back(shown(entry->bill.first, entry->bill.second));
-        } else if (entry->action == Action::reverse) {
-            const Bill bill = bill_from_content(*kind, entry->bill.second, entry->content);
-            timeline.events.push_back({Action::reverse, bill, true});
-            reversed.insert_or_assign(entry->bill, bill);
+            note_unreadable(entry, "no such kind of bill");
+        } else if (entry.action == history_action::reverse) {
+            take_reversal(*kind, entry);
+        } else if (entry.action == history_action::save) {
+            take_saving(entry);
         } else {
-            auto content = reversed.extract(entry->bill);
-            std::optional<Bill> bill = content.empty() ? stored.take(entry->bill) : std::move(content.mapped());
-            if (!bill) {
-                timeline.lost.push_back(shown(entry->bill.first, entry->bill.second));
-                continue;
-            }
-            timeline.events.push_back({Action::save, *std::move(bill), true});
+            note_unreadable(entry, "no such action: " + to_utf8(entry.action));
         }
     }
-    std::vector<Bill> unrecorded = stored.rest();
-    for (auto& [name, bill] : reversed) unrecorded.insert(unrecorded.begin(), std::move(bill));
-    for (auto bill = unrecorded.rbegin(); bill != unrecorded.rend(); ++bill) {
-        timeline.events.push_back({Action::save, std::move(*bill), false});
+
+    void take_reversal(const BillKind& kind, const HistoryEntry& entry) {
+        std::string account;
+        std::optional<Bill> bill = bill_from_content(kind, entry.bill.second, entry.content, account);
+        if (bill) {
+            timeline_.events.push_back({Action::reverse, *bill, true});
+        } else {
+            note_unreadable(entry, account);
+        }
+        reversed_.insert_or_assign(entry.bill, std::move(bill));
     }
-    std::ranges::reverse(timeline.events);
-    return timeline;
-}
+
+    void take_saving(const HistoryEntry& entry) {
+        auto reversed = reversed_.extract(entry.bill);
+        std::optional<Bill> bill = reversed.empty() ? stored_.take(entry.bill) : std::move(reversed.mapped());
+        if (bill) {
+            timeline_.events.push_back({Action::save, *std::move(bill), true});
+        } else if (reversed.empty()) {
+            timeline_.lost.push_back(shown(entry.bill.first, entry.bill.second));
+        }
+    }
+
+    /// What the history does not say was saved comes before all that it says.
+    void take_unrecorded() {
+        std::vector<Bill> unrecorded = stored_.rest();
+        for (auto& [name, bill] : reversed_) {
+            if (bill) unrecorded.insert(unrecorded.begin(), *std::move(bill));
+        }
+        for (auto bill = unrecorded.rbegin(); bill != unrecorded.rend(); ++bill) {
+            timeline_.events.push_back({Action::save, std::move(*bill), false});
+        }
+    }
+
+    void note_unreadable(const HistoryEntry& entry, const std::string& why) {
+        timeline_.unreadable.push_back(shown(entry.bill.first, entry.bill.second) + " (BillHistory " +
+                                       to_utf8(entry.number) + "): " + why);
+    }
+
+    BillTimeline timeline_;
+    StoredBills stored_;
+    std::vector<HistoryEntry> history_;
+    std::map<BillName, std::optional<Bill>> reversed_;  // later than the entry at hand; empty if it cannot be read
+};
+
+}  // namespace
+
+BillTimeline read_timeline(NativeConnection& database) { return Timeline(database).read(); }
 
 }  // namespace vantlo

@@ -25,9 +25,12 @@ struct BillTimeline {
     std::vector<std::string> lost;          ///< saved by the history, and now stored nowhere
     std::vector<std::string> unknown_kind;  ///< a header whose kind is none
     std::vector<std::string> headless;      ///< lines without a header, as `TABLE ID`
+    std::vector<std::string>
+        unreadable;  ///< entries of the history that tell nothing, as `KIND ID (BillHistory N): WHY`
 };
 
-/// Reads the stored bills and the history.
+/// Reads the stored bills and the history. An entry of the history that cannot be read takes no part, and neither does the
+/// saving that it would have taken back.
 ///
 /// The order is that of the history. A stored bill without an entry in it, stored by another host or before there was a
 /// history, comes before all others, by date and then by id.

@@ -21,14 +21,23 @@ struct CauseName {
     std::string_view name;
 };
 constexpr CauseName names[] = {
-    {Cause::refused_bill, "refused-bill"},     {Cause::not_posted, "not-posted"},
-    {Cause::posted_in_part, "posted-in-part"}, {Cause::posted_twice, "posted-twice"},
-    {Cause::not_reversed, "not-taken-back"},   {Cause::reversed_twice, "taken-back-twice"},
-    {Cause::null_quantity, "null-quantity"},   {Cause::duplicate_key, "duplicate-key"},
-    {Cause::blanks_in_key, "blanks-in-key"},   {Cause::width_of_key, "width-of-key"},
-    {Cause::wrong_status, "wrong-status"},     {Cause::unbalanced, "unbalanced"},
-    {Cause::negative_stock, "negative-stock"}, {Cause::missing_row, "missing-row"},
-    {Cause::extra_row, "extra-row"},           {Cause::changed_quantity, "changed-quantity"},
+    {Cause::unreadable_history, "unreadable-history"},
+    {Cause::refused_bill, "refused-bill"},
+    {Cause::not_posted, "not-posted"},
+    {Cause::posted_in_part, "posted-in-part"},
+    {Cause::posted_twice, "posted-twice"},
+    {Cause::not_reversed, "not-taken-back"},
+    {Cause::reversed_twice, "taken-back-twice"},
+    {Cause::null_quantity, "null-quantity"},
+    {Cause::duplicate_key, "duplicate-key"},
+    {Cause::blanks_in_key, "blanks-in-key"},
+    {Cause::width_of_key, "width-of-key"},
+    {Cause::wrong_status, "wrong-status"},
+    {Cause::unbalanced, "unbalanced"},
+    {Cause::negative_stock, "negative-stock"},
+    {Cause::missing_row, "missing-row"},
+    {Cause::extra_row, "extra-row"},
+    {Cause::changed_quantity, "changed-quantity"},
 };
 static_assert(std::size(names) == static_cast<std::size_t>(Cause::changed_quantity) + 1);
 
@@ -131,6 +140,8 @@ public:
             if (!agree(rows)) open_.emplace(key, rows);
         }
         find_reversed();
+        for (const std::string& entry : timeline.unreadable)
+            findings_.push_back({Cause::unreadable_history, {}, {}, 0, 0, entry});
         for (const auto& [event, reason] : expected.refusals)
             findings_.push_back({Cause::refused_bill, {}, event, 0, 0, reason});
     }
@@ -271,7 +282,9 @@ private:
             if (!is_new) place->second = std::min(place->second, finding.first_event());
         }
         std::ranges::stable_sort(findings_, {}, [&](const Finding& finding) {
-            return std::tuple(first_of[finding.cause], finding.cause, finding.first_event());
+            // What cannot be read puts everything below it in doubt.
+            return std::tuple(finding.cause != Cause::unreadable_history, first_of[finding.cause], finding.cause,
+                              finding.first_event());
         });
     }
 

@@ -11,12 +11,13 @@ namespace vantlo {
 
 /// Why ledger and bills differ, as far as the rows tell.
 enum class Cause {
-    refused_bill,    ///< the component does not post the bill
-    not_posted,      ///< all that a stored bill moves is missing
-    posted_in_part,  ///< the first statements of a bill's posting are there, the rest is missing
-    posted_twice,    ///< all that a stored bill moves is there once more
-    not_reversed,    ///< all that a bill moved is there still, though it was reversed
-    reversed_twice,  ///< all that a bill moved is missing, though it was reversed
+    unreadable_history,  ///< an entry of the history tells nothing: what the bills say is not known in full
+    refused_bill,        ///< the component does not post the bill
+    not_posted,          ///< all that a stored bill moves is missing
+    posted_in_part,      ///< the first statements of a bill's posting are there, the rest is missing
+    posted_twice,        ///< all that a stored bill moves is there once more
+    not_reversed,        ///< all that a bill moved is there still, though it was reversed
+    reversed_twice,      ///< all that a bill moved is missing, though it was reversed
     null_quantity,
     duplicate_key,
     blanks_in_key,  ///< the same key, trimmed, lacks exactly this row's quantities
@@ -56,7 +57,7 @@ struct Finding {
     std::optional<std::size_t> event;  ///< the bill that explains it
     std::size_t steps_there = 0;       ///< of a bill posted in part
     std::size_t steps = 0;
-    std::string reason;  ///< of a refused bill
+    std::string reason;  ///< of a refused bill; which entry is unreadable, and why
 
     /// The first event that has to do with it; past all events if none has.
     [[nodiscard]] std::size_t first_event() const;

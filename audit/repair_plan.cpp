@@ -32,7 +32,7 @@ bool has_no_bill(const Finding& finding) {
 bool knows_all_bills(const Verification& verification) {
     const BillTimeline& timeline = verification.timeline;
     return timeline.lost.empty() && timeline.unknown_kind.empty() && timeline.headless.empty() &&
-           verification.expected.refusals.empty();
+           timeline.unreadable.empty() && verification.expected.refusals.empty();
 }
 
 }  // namespace

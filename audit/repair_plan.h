@@ -23,7 +23,7 @@ struct RepairPlan {
 /// Chooses among the findings of a verified ledger. A finding is taken whole or not at all: half of a repair moves stock.
 ///
 /// Bills tell nothing of rows that no bill touches (opening stock, archived years), and nothing certain of any row while
-/// some bill cannot be read or posted, is lost, or has no header. Such findings are chosen only if their goods are named.
+/// some bill or an entry of the history cannot be read, or some bill cannot be posted, is lost, or has no header. Such findings are chosen only if their goods are named.
 RepairPlan plan_repairs(const Verification& verification, const RepairChoice& choice);
 
 }  // namespace vantlo

@@ -1,9 +1,10 @@
 #include "bookkeeping/bill_history.h"
 
-#include <fmt/format.h>
-
+#include <cmath>
+#include <limits>
 #include <nlohmann/json.hpp>
-#include <stdexcept>
+
+#include "automation/error_text.h"
 
 namespace vantlo {
 
@@ -17,16 +18,22 @@ json json_of(const Variant& value) {
     return to_double(value);  // a date as its day number
 }
 
+float single_of(double number) {
+    if (!(std::abs(number) <= static_cast<double>(std::numeric_limits<float>::max()))) throw Failure(error::overflow);
+    return static_cast<float>(number);
+}
+
 Variant value_of(const json& value, ColumnType type) {
     if (value.is_null()) return Null{};
     if (value.is_string()) return from_utf8(value.get_ref<const std::string&>());
+    const auto number = value.get<double>();
     switch (type) {
-        case ColumnType::single: return value.get<float>();
-        case ColumnType::whole_number: return value.get<std::int32_t>();
-        case ColumnType::date: return Date{value.get<double>()};
+        case ColumnType::single: return single_of(number);
+        case ColumnType::whole_number: return to_long(number);
+        case ColumnType::date: return Date{number};
         case ColumnType::text: break;
     }
-    throw std::runtime_error("a text is expected, not " + value.dump());
+    throw Failure(error::type_mismatch, "a text is expected, not " + value.dump());
 }
 
 json json_of(const Record& record) {
@@ -51,16 +58,21 @@ Text bill_content(const Bill& bill) {
     return from_utf8(json{{"header", json_of(bill.header)}, {"lines", std::move(lines)}}.dump());
 }
 
-Bill bill_from_content(const BillKind& kind, const Text& id, const Text& content) {
+std::optional<Bill> bill_from_content(const BillKind& kind, const Text& id, const Text& content, std::string& account) {
     try {
         const json document = json::parse(to_utf8(content));
         Bill bill{&kind, id, record_of(document.at("header"), kind.header->columns), {}};
-        for (const json& line : document.at("lines")) bill.lines.push_back(record_of(line, kind.lines->columns));
+        for (const json& line : document.at("lines").get_ref<const json::array_t&>()) {
+            bill.lines.push_back(record_of(line, kind.lines->columns));
+        }
         return bill;
     } catch (const json::exception& failure) {
-        throw std::runtime_error(
-            fmt::format("the history's {} {} cannot be read: {}", kind.name, to_utf8(id), failure.what()));
+        account = failure.what();
+    } catch (const Failure& failure) {
+        account = failure.what();
+        if (account.empty()) account = to_utf8(standard_text(failure.number(), Language::english));
     }
+    return std::nullopt;
 }
 
 }  // namespace vantlo

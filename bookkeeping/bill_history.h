@@ -1,5 +1,8 @@
 #pragma once
 
+#include <optional>
+#include <string>
+
 #include "bills/bill.h"
 
 namespace vantlo {
@@ -13,8 +16,8 @@ inline constexpr TextView reverse = u"take back";
 /// A bill as JSON, for the history: a bill that is taken back is stored nowhere else.
 Text bill_content(const Bill& bill);
 
-/// The bill that bill_content wrote, under its kind and id.
-/// Errors   std::runtime_error for a text that is none of a bill of this kind.
-Bill bill_from_content(const BillKind& kind, const Text& id, const Text& content);
+/// The bill that bill_content wrote, under its kind and id. Returns nothing for a text that is none of a bill of this kind;
+/// `account` then says why, in the parser's words.
+std::optional<Bill> bill_from_content(const BillKind& kind, const Text& id, const Text& content, std::string& account);
 
 }  // namespace vantlo

@@ -51,7 +51,7 @@ inline const std::vector<Spoiling>& spoilings() {
         {Cause::posted_in_part, "a posting that a crash cut off after its first statement", {}, u"CRASH", false, -1,
          u"update Inventory set InQty=InQty+4,CurrentQty=CurrentQty+4 where WID='W-CRASH' and GId='G001'"},
         {Cause::not_reversed, "a bill posted again after it was taken back", {}, u"AGAIN", true, +1},
-        {Cause::reversed_twice,   "a bill taken back twice", {}, u"GONE", true, -1},
+        {Cause::reversed_twice, "a bill taken back twice", {}, u"GONE", true, -1},
         {Cause::refused_bill, "a bill that no number holds",
          {u"insert into StockBill(Id,Kind,BillDate,ReferFlag) values('HUGE','stock-in','2024-03-05',0)",
           u"insert into StockBillItems(BillId,ItemNo,Gid,Unit,Actualqty,Receiver) values('HUGE',1,'G001','台',3e38,'W01')"}},

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <set>
 
+#include "audit/repair_plan.h"
+#include "bookkeeping/bill_history.h"
 #include "tests/audit/spoilings.h"
 #include "tool/output/verify_report.h"
 
@@ -136,6 +138,54 @@ TEST_CASE("verify posts by the history: what the members do depends on what was 
     const Verification without = verify(*database, Language::english);
     REQUIRE(without.findings.size() == 1);
     CHECK(without.findings[0].differences[0].surplus() == Amounts{0, -220000, 220000});
+}
+
+TEST_CASE("verify finds an entry of the history that cannot be read, and goes on") {
+    struct Row {
+        Text change;  ///< of the entry by which B1 was taken back
+        const char* why;
+    };
+    const BillKind& assembly_kind = *find_bill_kind("assembly");
+    const Bill assembly{&assembly_kind, u"A1", empty_record(assembly_kind.header->columns), {}};
+    const Row rows[] = {
+        {u"Content='no JSON'", "parse error"},
+        {u"Content=null", "parse error"},
+        {u"Content=''", "parse error"},
+        {u"Content='[]'", "cannot use at() with array"},
+        {u"Content='{}'", "key 'header' not found"},
+        {u"Content=replace(Content,'Actualqty','Qty')", "key 'Actualqty' not found"},
+        {u"Content=replace(Content,'\"Actualqty\":3.0','\"Actualqty\":1e300')", "outside"},
+        {u"Content=replace(Content,'\"Receiver\":\"W1\"','\"Receiver\":7')", "a text is expected, not 7"},
+        {u"Content='" + bill_content(assembly) + u"'", "not found"},
+        {u"Kind='assembly'", "not found"},
+        {u"Kind='gift'", "no such kind of bill"},
+        {u"Action='give away'", "no such action: give away"},
+    };
+    const auto database = empty_shop_in_memory();
+    Bookkeeping bookkeeping([&] { return database; });
+    bookkeeping.save(stock_bill(u"KEPT", u"G1", 2, u"W1", u"W2"));
+    const Bill bill = stock_bill(u"B1", u"G1", 3, u"W1", u"W2");
+    bookkeeping.save(bill);
+    bookkeeping.reverse(*bill.kind, bill.id);
+    for (const Row& row : rows) {
+        INFO(to_utf8(row.change));
+        database->begin();
+        database->run(u"update BillHistory set " + row.change + u" where BillId='B1' and Action='take back'");
+        database->run(u"update Inventory set InQty=InQty+1");
+        const Verification verification = verify(*database, Language::english);
+        database->roll_back();
+        const std::string report = report_of(verification);
+        INFO(report);
+        REQUIRE(verification.findings.size() > 1);
+        CHECK(verification.findings[0].cause == Cause::unreadable_history);
+        CHECK(verification.findings[0].reason.find(" B1 (BillHistory 3): ") != std::string::npos);
+        CHECK(verification.findings[0].reason.find(row.why) != std::string::npos);
+        CHECK(report.find("1. The history cannot be read (1)\n") != std::string::npos);
+        CHECK(std::ranges::count(verification.timeline.events, u"KEPT",
+                                 [](const BillEvent& event) { return event.bill.id; }) == 1);
+        CHECK(plan_repairs(verification, {}).chosen.empty());
+    }
+    CHECK(verify(*database, Language::english).findings.empty());
 }
 
 TEST_CASE("verify tells apart what the members do unevenly by design from what went wrong") {

@@ -176,5 +176,25 @@ TEST_CASE("vantlo repair asks on a terminal, and needs --yes where nobody can be
     CHECK(shell.vantlo("verify").exit_code == 0);
 }
 
+TEST_CASE("vantlo verify ends with 3 where the history cannot be read, and vantlo repair judges no row then") {
+    const Shell shell;
+    make_shop(shell);
+    CHECK(shell.vantlo("delete stock-out C1").exit_code == 0);
+    spoil(shell, u"update BillHistory set Content='{' where Action='take back'");
+    const Finished verified = shell.vantlo("verify");
+    CHECK(verified.exit_code == 3);
+    CHECK_MESSAGE(verified.has("1. The history cannot be read (1)\n     stock-out C1 (BillHistory 3): "),
+                  verified.output);
+    CHECK(shell.vantlo("--lang zh verify").has("1. 历史记录无法读取 (1)\n"));
+
+    spoil(shell, u"update Inventory set InQty=25,CurrentQty=25");
+    const std::string before = ledger_of(shell);
+    for (const std::string& cause : cause_names()) {
+        CHECK(shell.vantlo("repair --apply --yes --only " + cause).exit_code == 3);
+        CHECK(ledger_of(shell) == before);
+    }
+    CHECK(shell.vantlo("repair").has("Left alone, since the bills do not tell what is right"));
+}
+
 }  // namespace
 }  // namespace vantlo::test

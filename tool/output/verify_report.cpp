@@ -41,6 +41,7 @@ struct CauseRow {
 
 // clang-format off
 constexpr CauseRow causes[] = {
+    {Cause::unreadable_history, {"历史记录无法读取",               "The history cannot be read"}},
     {Cause::refused_bill,     {"单据无法过账",                     "A bill cannot be posted"}},
     {Cause::not_posted,       {"单据未过账",                       "A stored bill is not posted"}},
     {Cause::posted_in_part,   {"单据只过账了一部分",               "A bill is posted in part"}},
