@@ -14,7 +14,7 @@ constexpr Message no_table_named = {
 constexpr Message unknown_column = {"没有“{}”这一列", "unknown column \"{}\""};
 constexpr Message column_twice   = {"“{}”列出现了两次", "the column \"{}\" is given twice"};
 constexpr Message column_missing = {"缺少“{}”列", "the column \"{}\" is missing"};
-constexpr Message values_of_row  = {"此行有 {} 个值，但共有 {} 列", "the row has {} values, but there are {} columns"};
+constexpr Message values_of_row  = {"此行有 {} 个值，但共有 {} 列", "the row has {:value|values} for {:column|columns}"};
 constexpr Message differs_in_bill = {"bill.{}：“{}”与单据第一行的“{}”不同", "bill.{}: \"{}\" differs from \"{}\" in the bill's first row"};
 // clang-format on
 
@@ -119,7 +119,7 @@ private:
         if (row.cells.size() == columns_.size()) return true;
         const bool is_short = row.cells.size() < columns_.size();
         errors_.add(source_, is_short ? row.offset : row.cells[columns_.size()].offset, words::values_of_row,
-                    row.cells.size(), columns_.size());
+                    Count(row.cells.size()), Count(columns_.size()));
         return false;
     }
 

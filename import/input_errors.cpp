@@ -9,7 +9,7 @@ namespace vantlo {
 namespace words {
 
 // clang-format off
-constexpr Message more_errors    = {"……另有 {} 处错误", "... and {} more errors"};
+constexpr Message more_errors    = {"……另有 {} 处错误", "... and {:more error|more errors}"};
 // clang-format on
 
 }  // namespace words
@@ -21,7 +21,7 @@ std::string InputErrors::where(const SourceText& source, std::size_t offset) {
 
 std::string InputErrors::text() const {
     std::string text = fmt::format("{}", fmt::join(errors_, "\n"));
-    if (count_ > errors_.size()) text += "\n" + say(language_, words::more_errors, count_ - errors_.size());
+    if (count_ > errors_.size()) text += "\n" + say(language_, words::more_errors, Count(count_ - errors_.size()));
     return text;
 }
 

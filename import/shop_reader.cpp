@@ -33,7 +33,7 @@ constexpr Message number_expected = {"{}：应为数字，而不是{}", "{}: a n
 constexpr Message whole_number_expected = {"{}：应为整数，而不是{}", "{}: a whole number is expected, not {}"};
 constexpr Message text_with_nul  = {"{}：文字中有 NUL 字符", "{}: the text contains the character NUL"};
 constexpr Message text_with_control = {"{}：文字中有换行或其他控制字符", "{}: the text contains a line break or another control character"};
-constexpr Message text_too_long  = {"{}：有 {} 个字符，只能保存 {} 个：{}", "{}: {} characters, where only {} are kept: {}"};
+constexpr Message text_too_long  = {"{}：有 {} 个字符，只能保存 {} 个：{}", "{}: {:character|characters}, where only {:is|are} kept: {}"};
 constexpr Message number_too_large = {"{}：{} 太大", "{}: {} is too large"};
 constexpr Message number_inexact = {"{}：{} 会保存为 {}", "{}: {} would be kept as {}"};
 constexpr Message number_outside = {"{}：{} 不在 {} 到 {} 之间", "{}: {} is outside {} to {}"};
@@ -236,7 +236,7 @@ Text ShopReader::read_text(const InputValue& value, std::string_view field, cons
     } else if (has_control_character(text) && !may_have_lines(field)) {
         tell(value.offset, words::text_with_control, field);
     } else if (text.size() > limit.longest_text) {
-        tell(value.offset, words::text_too_long, field, text.size(), limit.longest_text, shown(value));
+        tell(value.offset, words::text_too_long, field, Count(text.size()), Count(limit.longest_text), shown(value));
     }
     return text;
 }

@@ -138,7 +138,7 @@ TEST_CASE_FIXTURE(Shop, "What is saved before a refused bill is told") {
     shell.file("in.json", bill("stock-in", "B4", "", R"("goods": "G3", "quantity": 1, "receiver": "W1")"));
     const Finished refused = shell.vantlo("save --fail-on-negative in.json out.json");
     CHECK(refused.exit_code == 7);
-    CHECK(refused.has("Saved 1 bills with 1 lines."));
+    CHECK(refused.has("Saved 1 bill with 1 line."));
 }
 
 }  // namespace

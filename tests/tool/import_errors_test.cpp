@@ -155,10 +155,9 @@ TEST_CASE("vantlo import names each fault of a CSV file with its place") {
         {"b.csv", rows_of("stock-in,B1,2024-03-05,\"G1\"x,box,1,W1\n"), "b.csv:2:28: text after the closing quote\n"},
         {"b.csv", rows_of("stock-in,B1,2024-03-05,G1,box,1,W1\rstock-in,"),
          "b.csv:2:35: a carriage return alone ends no line\n"},
-        {"b.csv", rows_of("stock-in,B1,2024-03-05,G1,box,1\n"),
-         "b.csv:2:1: the row has 6 values, but there are 7 columns\n"},
+        {"b.csv", rows_of("stock-in,B1,2024-03-05,G1,box,1\n"), "b.csv:2:1: the row has 6 values for 7 columns\n"},
         {"b.csv", rows_of("stock-in,B1,2024-03-05,G1,box,1,W1,W2\n"),
-         "b.csv:2:36: the row has 8 values, but there are 7 columns\n"},
+         "b.csv:2:36: the row has 8 values for 7 columns\n"},
         // columns
         {"b.csv", "bill.kind,bill.id,goods,quantity,colour\n", "b.csv:1:34: unknown column \"colour\"\n"},
         {"b.csv", "bill.kind,bill.id,goods,quantity,goods\n", "b.csv:1:34: the column \"goods\" is given twice\n"},

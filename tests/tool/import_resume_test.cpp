@@ -96,8 +96,8 @@ TEST_CASE("vantlo import goes on after it was killed and interrupted, and posts 
         const int left = (line_count - after_kill - lines) / lines_a_bill;
         CHECK(lines > 0);
         CHECK(left > 0);
-        const std::string told = "Interrupted: " + std::to_string(lines / lines_a_bill) + " bills with " +
-                                 std::to_string(lines) + " lines were imported, " + std::to_string(left) +
+        const std::string told = "Interrupted: imported " + std::to_string(lines / lines_a_bill) + " bills with " +
+                                 std::to_string(lines) + " lines, " + std::to_string(left) +
                                  " are left, and what was begun is rolled back. The same command goes on from there.";
         CHECK_MESSAGE(terminal.shown().find(told) != std::string::npos, terminal.shown());
     }
@@ -146,7 +146,7 @@ TEST_CASE("vantlo import tells bills that the database knows otherwise, and take
     CHECK(shell.vantlo("delete stock-in B2").exit_code == 0);
     shell.file("again.jsonl", bill("stock-in", "B2", "9"));
     CHECK(shell.vantlo("import again.jsonl").output ==
-          "Imported 0 rows of master data and 1 bills with 1 lines; 0 bills were imported before.\n");
+          "Imported 0 rows of master data and 1 bill with 1 line; 0 bills were imported before.\n");
 }
 
 TEST_CASE("vantlo import tells which bill cannot be posted, and goes on once it can") {
@@ -159,7 +159,7 @@ TEST_CASE("vantlo import tells which bill cannot be posted, and goes on once it 
     const Finished failed = shell.vantlo("import bills.csv");
     CHECK(failed.exit_code == 1);
     CHECK(failed.has("vantlo: stock-in B2: In_AddInventory returned 6"));
-    CHECK(failed.has("\n0 bills with 0 lines were imported, 2 are left."));
+    CHECK(failed.has("\nImported 0 bills with 0 lines, 2 are left."));
     CHECK(query(shell, "select count(*) from StockBill") == "0\n");
     shell.file("bills.csv", bills("3"));
     CHECK(shell.vantlo("import bills.csv").exit_code == 0);

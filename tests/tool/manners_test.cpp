@@ -126,7 +126,7 @@ TEST_CASE("Ctrl-C rolls back the bill at hand, keeps those before it, and says s
     REQUIRE(terminal.wait_for("values('W1','G40','','',0,"));
     terminal.type("\x03");
     CHECK(terminal.finish() == 6);
-    const std::string said = "Interrupted: 1 bills with 3 lines were saved; stock-in B2 was rolled back";
+    const std::string said = "Interrupted: saved 1 bill with 3 lines; stock-in B2 was rolled back";
     CHECK_MESSAGE(terminal.shown().find(said) != std::string::npos, terminal.shown());
     const Finished ledger = shell.vantlo("ledger");
     CHECK(ledger.has("G2"));

@@ -29,7 +29,7 @@ TEST_CASE("vantlo verify ends with 0 if ledger and bills agree, and with 3 if th
     make_shop(shell);
     const Finished clean = shell.vantlo("verify");
     CHECK(clean.exit_code == 0);
-    CHECK(clean.output == "The ledger agrees with the bills: 2 bills, 1 ledger rows.\n");
+    CHECK(clean.output == "The ledger agrees with the bills: 2 bills, 1 ledger row.\n");
     CHECK(shell.vantlo("--lang zh verify").output == "台账与单据相符：单据 2 张，台账 1 行。\n");
 
     spoil(shell, u"update Inventory set InQty=25,CurrentQty=20");

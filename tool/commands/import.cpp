@@ -19,13 +19,13 @@ constexpr Message import_gb_example = {"导入电子表格以 GB18030 编码保�
 constexpr Message encoding_option = {"文件的编码：utf-8 或 gb18030", "Encoding of the files: utf-8 or gb18030"};
 constexpr Message table_option   = {"CSV 文件的行是什么（文件不以此命名时）：warehouses、goods 或 units", "What the rows of a CSV file are that is not named after it: warehouses, goods or units"};
 constexpr Message would_import   = {"将导入 {} 行基础资料和 {} 张单据，共 {} 行；另有 {} 张单据此前已导入；未写入任何数据。",
-                                           "Would import {} rows of master data and {} bills with {} lines; {} bills were imported before. Nothing was written."};
+                                           "Would import {:row|rows} of master data and {:bill|bills} with {:line|lines}; {:bill was|bills were} imported before. Nothing was written."};
 constexpr Message imported       = {"已导入 {} 行基础资料和 {} 张单据，共 {} 行；另有 {} 张单据此前已导入。",
-                                           "Imported {} rows of master data and {} bills with {} lines; {} bills were imported before."};
+                                           "Imported {:row|rows} of master data and {:bill|bills} with {:line|lines}; {:bill was|bills were} imported before."};
 constexpr Message import_interrupted = {"已中断：已导入 {} 张单据，共 {} 行，还剩 {} 张；正在处理的已回滚。再次运行同一命令即可继续。",
-                                           "Interrupted: {} bills with {} lines were imported, {} are left, and what was begun is rolled back. The same command goes on from there."};
+                                           "Interrupted: imported {:bill|bills} with {:line|lines}, {:is|are} left, and what was begun is rolled back. The same command goes on from there."};
 constexpr Message import_stopped = {"已导入 {} 张单据，共 {} 行，还剩 {} 张。改正后再次运行同一命令即可继续。",
-                                           "{} bills with {} lines were imported, {} are left. Once this is put right, the same command goes on from there."};
+                                           "Imported {:bill|bills} with {:line|lines}, {:is|are} left. Once this is put right, the same command goes on from there."};
 constexpr Message imported_otherwise = {"{} {} 此前已导入，但内容不同", "{} {} was imported before with other content"};
 constexpr Message stored_otherwise = {"{} {}：已有此编号的单据，且不是由导入保存的", "{} {}: a bill with this id is stored already, and not by an import"};
 constexpr Message import_lost    = {"{} {} 此前已导入，但单据已不在数据库中", "{} {} was imported before, but is no longer stored"};
@@ -104,8 +104,8 @@ public:
     }
 
     [[nodiscard]] std::string summary() const {
-        return common_.say(common_.dry_run ? words::would_import : words::imported, shop_.master.size(), done_bills_,
-                           done_lines_, shop_.bills.size() - bills_.size());
+        return common_.say(common_.dry_run ? words::would_import : words::imported, Count(shop_.master.size()),
+                           Count(done_bills_), Count(done_lines_), Count(shop_.bills.size() - bills_.size()));
     }
 
 private:
@@ -131,13 +131,14 @@ private:
 
     [[nodiscard]] std::string interruption() const {
         if (common_.dry_run) return common_.say(words::interrupted_rehearsal);
-        return common_.say(words::import_interrupted, done_bills_, done_lines_, bills_.size() - done_bills_);
+        return common_.say(words::import_interrupted, Count(done_bills_), Count(done_lines_),
+                           Count(bills_.size() - done_bills_));
     }
 
     [[nodiscard]] std::string stop(const std::exception& failure) const {
         if (common_.dry_run) return failure.what();
-        return failure.what() +
-               ("\n" + common_.say(words::import_stopped, done_bills_, done_lines_, bills_.size() - done_bills_));
+        return failure.what() + ("\n" + common_.say(words::import_stopped, Count(done_bills_), Count(done_lines_),
+                                                    Count(bills_.size() - done_bills_)));
     }
 
     const CommonOptions& common_;

@@ -23,7 +23,7 @@ constexpr Message repair_only    = {"只修复此原因；可重复", "Only this
 constexpr Message repair_goods   = {"只修复此商品的行；可重复。单据无从判断的行必须以此指明", "Only rows of these goods; may be repeated. Rows of which the bills tell nothing have to be named so"};
 constexpr Message repair_warehouse = {"只修复此仓库的行；可重复", "Only rows of this warehouse; may be repeated"};
 constexpr Message repair_yes     = {"不再询问", "Do not ask"};
-constexpr Message repaired       = {"已修复 {} 个键的台账行，前后数量记在 RepairJournal。", "Repaired the rows of {} keys; RepairJournal has them before and after."};
+constexpr Message repaired       = {"已修复 {} 个键的台账行，前后数量记在 RepairJournal。", "Repaired the rows of {:key|keys}; RepairJournal has them before and after."};
 constexpr Message nothing_to_repair = {"没有需要修复的行。", "There is nothing to repair."};
 constexpr Message repair_failed  = {"修复后台账仍与单据不符；已全部回滚", "the ledger would still differ from the bills; all was rolled back"};
 constexpr Message ledger_moved   = {"台账或单据在此期间有变动；未作任何修复，请再次运行", "the ledger or the bills changed meanwhile; nothing was repaired, run it again"};
@@ -38,7 +38,7 @@ constexpr Message left_unjudged  = {
     "Left alone, since the bills do not tell what is right (no bill touches the row, or some bill cannot be read or posted or\n"
     "is lost); name the goods with --goods where you know better:"};
 constexpr Message left_unchosen  = {"未选择的原因：{}", "Not chosen: {}"};
-constexpr Message confirm_repair = {"将改写以上 {} 个键的台账行。", "This changes the rows of {} keys, as shown above."};
+constexpr Message confirm_repair = {"将改写以上 {} 个键的台账行。", "This changes the rows of {:key|keys}, as shown above."};
 constexpr Message repair_needs_yes = {"无法询问；请加 --yes", "nobody can be asked: say --yes"};
 // clang-format on
 
@@ -116,7 +116,7 @@ ExitCode apply_in_transaction(NativeConnection& database, const RepairChoice& ch
         const Verification repaired = verify(database, common.language);
         if (!are_mended(plan, repaired)) return give_up(words::repair_failed);
         database.commit();
-        std::cerr << common.say(words::repaired, repairs.size()) << '\n';
+        std::cerr << common.say(words::repaired, Count(repairs.size())) << '\n';
         return repaired.findings.empty() ? ExitCode::done : ExitCode::differs;
     } catch (...) {
         database.roll_back();
@@ -143,7 +143,7 @@ ExitCode repair_ledger(const CommonOptions& common, const RepairOptions& options
     if (!options.applies) return ExitCode::done;
     if (!options.yes) {
         std::cout << std::flush;
-        const std::optional<bool> answer = ask_to_confirm(common, common.say(words::confirm_repair, repairs.size()));
+        const std::optional<bool> answer = ask_to_confirm(common, common.say(words::confirm_repair, Count(repairs.size())));
         if (!answer) std::cerr << "vantlo: " << common.say(words::repair_needs_yes) << '\n';
         if (!answer.value_or(false)) return answer ? ExitCode::refused : ExitCode::usage;
     }

@@ -14,10 +14,10 @@ constexpr Message save_files     = {"含基础资料和单据的 JSON 文件", "
 constexpr Message save_example   = {"保存文件中的单据，每张单据一个事务", "Save the bills of a file, each in a transaction of its own"};
 constexpr Message save_sql_example = {"同时显示发出的每条语句", "Show every statement beside it"};
 constexpr Message save_dry_example = {"只显示会发生什么", "Show what would happen"};
-constexpr Message saved          = {"已保存 {} 张单据，共 {} 行。", "Saved {} bills with {} lines."};
+constexpr Message saved          = {"已保存 {} 张单据，共 {} 行。", "Saved {:bill|bills} with {:line|lines}."};
 constexpr Message interrupted_at = {"已中断：已保存 {} 张单据，共 {} 行；{} {} 已回滚，其后的单据未处理。",
-                                           "Interrupted: {} bills with {} lines were saved; {} {} was rolled back, and none after it begun."};
-constexpr Message would_save     = {"将保存 {} 张单据，共 {} 行；未写入任何数据。", "Would save {} bills with {} lines; nothing was written."};
+                                           "Interrupted: saved {:bill|bills} with {:line|lines}; {} {} was rolled back, and none after it begun."};
+constexpr Message would_save     = {"将保存 {} 张单据，共 {} 行；未写入任何数据。", "Would save {:bill|bills} with {:line|lines}; nothing was written."};
 // clang-format on
 
 }  // namespace words
@@ -36,8 +36,8 @@ void save_bill(Bookkeeping& bookkeeping, const Bill& bill, Saved& saved, const C
     } catch (const TaskError& error) {
         if (error.reason() != Reason::interrupted) throw;
         if (common.dry_run) throw TaskError(Reason::interrupted, common.say(words::interrupted_rehearsal));
-        throw TaskError(Reason::interrupted,
-                        common.say(words::interrupted_at, saved.bills, saved.lines, bill.kind->name, to_utf8(bill.id)));
+        throw TaskError(Reason::interrupted, common.say(words::interrupted_at, Count(saved.bills), Count(saved.lines),
+                                                        bill.kind->name, to_utf8(bill.id)));
     }
     ++saved.bills;
     saved.lines += bill.lines.size();
@@ -49,7 +49,7 @@ ExitCode save(const CommonOptions& common, const std::vector<std::string>& paths
     Bookkeeping bookkeeping = common.bookkeeping();
     Saved saved;
     const auto report = [&](const Message& wording) {
-        std::cerr << common.say(wording, saved.bills, saved.lines) << '\n';
+        std::cerr << common.say(wording, Count(saved.bills), Count(saved.lines)) << '\n';
     };
     try {
         for (const ShopFile& file : files) {

@@ -20,7 +20,7 @@ constexpr Message picture_units  = {"全部商品合计，基本单位", "All go
 constexpr Message picture_stock  = {"各仓库结存", "On hand by warehouse"};
 constexpr Message picture_over_time = {"各仓库结存的变化", "On hand over time"};
 constexpr Message picture_movement = {"每日收发", "Movement by day"};
-constexpr Message picture_more   = {"另有 {} 个仓库", "and {} warehouses more"};
+constexpr Message picture_more   = {"另有 {} 个仓库", "and {:warehouse|warehouses} more"};
 // clang-format on
 
 }  // namespace words
@@ -171,7 +171,7 @@ double draw_stock(Drawing& drawing, const LedgerPicture& picture, double top, La
         drawing.text(std::max(x(0), x(warehouse.on_hand)) + 8, y + 16, number(warehouse.on_hand));
     }
     if (picture.warehouses.size() > count) {
-        drawing.text(margin, bottom + 34, say(language, words::picture_more, picture.warehouses.size() - count));
+        drawing.text(margin, bottom + 34, say(language, words::picture_more, Count(picture.warehouses.size() - count)));
         return bottom + 44;
     }
     return bottom + 30;

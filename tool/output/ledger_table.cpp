@@ -8,7 +8,7 @@ namespace vantlo {
 namespace words {
 
 // clang-format off
-constexpr Message total_of_rows  = {"合计 {} 行", "Total of {} rows"};
+constexpr Message total_of_rows  = {"合计 {} 行", "Total of {:row|rows}"};
 // clang-format on
 
 }  // namespace words
@@ -36,8 +36,8 @@ std::string ledger_table(const std::vector<LedgerRow>& rows, Language language, 
         on_hand += row.on_hand.ten_thousandths();
     }
     const auto total = [](std::int64_t sum) { return quantity_text(Currency::from_ten_thousandths(sum)); };
-    table.set_totals({say(language, words::total_of_rows, rows.size()), "", "", "", "", total(received), total(issued),
-                      total(on_hand)});
+    table.set_totals({say(language, words::total_of_rows, Count(rows.size())), "", "", "", "", total(received),
+                      total(issued), total(on_hand)});
     return table.text();
 }
 

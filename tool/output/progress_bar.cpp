@@ -17,7 +17,7 @@ namespace vantlo {
 namespace words {
 
 // clang-format off
-constexpr Message progress       = {"{} {:3}%  {}/{} 行  {} 行/秒  剩余 {}", "{} {:3}%  {} of {} lines  {} a second  {} left"};
+constexpr Message progress       = {"{} {:3}%  {}/{} 行  {} 行/秒  剩余 {}", "{} {:3}%  {} of {:line|lines}  {} a second  {} left"};
 // clang-format on
 
 }  // namespace words
@@ -52,8 +52,8 @@ std::string progress_line(std::size_t done, std::size_t total, std::chrono::dura
     const double rate = passed.count() > 0 ? static_cast<double>(done) / passed.count() : 0;
     const std::string left = rate > 0 ? clock_text(static_cast<double>(total - done) / rate) : "-:--";
     const auto with_bar = [&](const std::string& bar) {
-        return say(language, words::progress, bar, static_cast<int>(part * 100), done, total, static_cast<long>(rate),
-                   left);
+        return say(language, words::progress, bar, static_cast<int>(part * 100), done, Count(total),
+                   static_cast<long>(rate), left);
     };
     const std::size_t words_width = cell_width(with_bar("[]"));
     if (words_width + 4 > width) return fmt::format("{:3}%", static_cast<int>(part * 100));

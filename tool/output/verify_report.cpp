@@ -13,7 +13,7 @@ namespace words {
 
 // clang-format off
 constexpr Message ledger_agrees  = {"台账与单据相符：单据 {} 张，台账 {} 行。",
-                                           "The ledger agrees with the bills: {} bills, {} ledger rows."};
+                                           "The ledger agrees with the bills: {:bill|bills}, {:ledger row|ledger rows}."};
 constexpr Message ledger_differs = {"台账与单据不符：原因 {} 种，{} 处，台账 {} 行。",
                                            "The ledger differs from the bills: causes {}, cases {}, ledger rows {}."};
 constexpr Message stored_row     = {"台账", "ledger"};
@@ -86,7 +86,7 @@ public:
         if (findings.empty()) {
             const auto saved = std::ranges::count(timeline_.events, BillEvent::Action::save, &BillEvent::action);
             const auto gone = static_cast<std::ptrdiff_t>(timeline_.events.size()) - saved;
-            return say(language_, words::ledger_agrees, saved - gone, ledger_rows) + "\n";
+            return say(language_, words::ledger_agrees, Count(saved - gone), Count(ledger_rows)) + "\n";
         }
         std::size_t number = 0;
         for (auto first = findings.begin(); first != findings.end();) {
