@@ -1,8 +1,11 @@
 #include "bookkeeping/import_journal.h"
 
-#include <fmt/format.h>
+#include <fmt/ranges.h>
+#include <nettle/sha2.h>
 
 #include <algorithm>
+#include <array>
+#include <charconv>
 #include <map>
 #include <span>
 #include <unordered_map>
@@ -40,20 +43,62 @@ Contents posted_contents(NativeConnection& database, const Text& ids) {
     return found;
 }
 
+std::string value_text(const Variant& value) {
+    if (value.is<Null>()) return "null";
+    if (const Text* const text = value.get_if<Text>()) {
+        const std::string bytes = to_utf8(*text);
+        return fmt::format("{}:{}", bytes.size(), bytes);
+    }
+    std::array<char, 32> digits{};
+    const auto written = std::to_chars(digits.begin(), digits.end(), to_double(value));
+    return {digits.begin(), written.ptr};
+}
+
+std::string fields_text(const Record& record) {
+    std::map<std::string, std::string> values;
+    for (const Record::Field& field : record.fields()) values[to_utf8(field.column)] = value_text(field.value);
+    std::string text;
+    for (const auto& [column, value] : values) text += column + "=" + value + "\n";
+    return text;
+}
+
+/// In hexadecimal digits.
+std::string sha256(const std::string& text) {
+    sha256_ctx context{};
+    std::array<std::uint8_t, SHA256_DIGEST_SIZE> digest{};
+    sha256_init(&context);
+    sha256_update(&context, text.size(), reinterpret_cast<const std::uint8_t*>(text.data()));
+    sha256_digest(&context, digest.size(), digest.data());
+    return fmt::format("{:02x}", fmt::join(digest, ""));
+}
+
+/// What imports wrote before there was content_digest.
+Text digest_of_json(const Bill& bill) {
+    std::uint64_t digest = 0xCBF29CE484222325;  // FNV-1a: these are its offset and prime
+    for (const char16_t unit : bill_content(bill)) digest = (digest ^ unit) * 0x100000001B3;
+    return from_utf8(fmt::format("{:016x}", digest));
+}
+
 BillState state_of(const Bill& bill, const std::unordered_set<Text>& stored, const Contents& contents) {
     const Text id(trim_blanks(bill.id));
     const auto content = contents.find(key_of(from_utf8(bill.kind->name), id));
     if (!stored.contains(id)) return content == contents.end() ? BillState::absent : BillState::lost;
     if (content == contents.end()) return BillState::stored_otherwise;
-    return content->second == content_digest(bill) ? BillState::imported : BillState::imported_otherwise;
+    return is_content_of(content->second, bill) ? BillState::imported : BillState::imported_otherwise;
 }
 
 }  // namespace
 
-Text content_digest(const Bill& bill) {
-    std::uint64_t digest = 0xCBF29CE484222325;  // FNV-1a: these are its offset and prime
-    for (const char16_t unit : bill_content(bill)) digest = (digest ^ unit) * 0x100000001B3;
-    return from_utf8(fmt::format("{:016x}", digest));
+std::string content_text(const Bill& bill) {
+    std::string text = "1\nheader\n" + fields_text(bill.header);
+    for (const Record& line : bill.lines) text += "line\n" + fields_text(line);
+    return text;
+}
+
+Text content_digest(const Bill& bill) { return from_utf8("sha256-1:" + sha256(content_text(bill))); }
+
+bool is_content_of(TextView content, const Bill& bill) {
+    return content == (content.size() == 16 ? digest_of_json(bill) : content_digest(bill));
 }
 
 std::vector<BillState> states_of(NativeConnection& database, const std::vector<Bill>& bills) {

@@ -200,7 +200,7 @@ create table PostingJournal (
     BillId    text(40) not null,
     Member    text(40) not null,
     ItemNo    long not null,
-    Content   text(16) not null,
+    Content   text(100) not null,
     PostedAt  datetime,
     primary key (BillId, Kind, Member, ItemNo)
 );

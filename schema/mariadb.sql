@@ -200,7 +200,9 @@ create table if not exists PostingJournal (
     BillId    varchar(40) not null,
     Member    varchar(40) not null,
     ItemNo    integer not null,
-    Content   varchar(16) not null,
+    Content   varchar(100) not null,
     PostedAt  datetime default current_timestamp,
     primary key (BillId, Kind, Member, ItemNo)
 ) engine = InnoDB default character set utf8mb4 collate utf8mb4_nopad_bin;
+-- A table that is there already may have a narrower one.
+alter table PostingJournal modify Content varchar(100) not null;

@@ -200,7 +200,9 @@ create table if not exists PostingJournal (
     BillId    varchar(40) not null,
     Member    varchar(40) not null,
     ItemNo    integer not null,
-    Content   varchar(16) not null,
+    Content   varchar(100) not null,
     PostedAt  timestamp(0) default current_timestamp,
     primary key (BillId, Kind, Member, ItemNo)
 );
+-- A table that is there already may have a narrower one.
+alter table PostingJournal alter column Content type varchar(100);

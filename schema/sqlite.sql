@@ -201,7 +201,7 @@ create table if not exists PostingJournal (
     BillId    nvarchar(40) not null,
     Member    nvarchar(40) not null,
     ItemNo    integer not null,
-    Content   nvarchar(16) not null,
+    Content   nvarchar(100) not null,
     PostedAt  datetime default current_timestamp,
     primary key (BillId, Kind, Member, ItemNo)
 );

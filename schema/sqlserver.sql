@@ -209,7 +209,9 @@ if object_id('PostingJournal') is null create table PostingJournal (
     BillId    nvarchar(40) collate Chinese_PRC_BIN2 not null,
     Member    nvarchar(40) collate Chinese_PRC_BIN2 not null,
     ItemNo    int not null,
-    Content   nvarchar(16) collate Chinese_PRC_BIN2 not null,
+    Content   nvarchar(100) collate Chinese_PRC_BIN2 not null,
     PostedAt  datetime default current_timestamp,
     primary key (BillId, Kind, Member, ItemNo)
 );
+-- A table that is there already may have a narrower one.
+alter table PostingJournal alter column Content nvarchar(100) collate Chinese_PRC_BIN2 not null;
