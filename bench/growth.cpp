@@ -3,7 +3,7 @@
 // Usage: growth bill LINES        prints the size, the time of a line, the bytes of memory for each line of the bill
 //        growth ledger ROWS       prints the size, the time of a line that moves two of the same 500 rows again and
 //                                 again, that of one that moves any two of all rows, the bytes of memory for each row
-//        growth floor ROWS        the same of the floor, which issues the same statements as plain text
+//        growth baseline ROWS        the same of the baseline, which issues the same statements as plain text
 //
 // Times are in microseconds of processor time, the median over passes.
 
@@ -14,7 +14,7 @@
 #include <fstream>
 
 #include "ado/sqlite/sqlite_connection.h"
-#include "bench/floor_connection.h"
+#include "bench/baseline_connection.h"
 #include "bench/measure.h"
 
 namespace {
@@ -94,16 +94,16 @@ void measure_own_ledger(std::size_t rows) {
         [&](const BillLines& bill) { return [&shop, bill] { post(*shop, *shop, bill); }; });
 }
 
-/// The floor has a ledger of its own, beside the one on which the component issues the statements.
-void measure_floor(std::size_t rows) {
+/// The baseline has a ledger of its own, beside the one on which the component issues the statements.
+void measure_baseline(std::size_t rows) {
     const std::size_t goods = rows / rows_of_each_goods;
     const Owned<SqliteConnection> shop = open_shop(goods);
-    FloorConnection floor("sqlite::memory:");
-    floor.post(shop_statements("sqlite", goods));
+    BaselineConnection baseline("sqlite::memory:");
+    baseline.post(shop_statements("sqlite", goods));
     measure_ledger(
-        rows, 2, [&](const BillLines& bill) { floor.post(post_and_capture(*shop, bill)); },
+        rows, 2, [&](const BillLines& bill) { baseline.post(post_and_capture(*shop, bill)); },
         [&](const BillLines& bill) {
-            return [&floor, statements = post_and_capture(*shop, bill)] { floor.post(statements); };
+            return [&baseline, statements = post_and_capture(*shop, bill)] { baseline.post(statements); };
         });
 }
 
@@ -116,10 +116,10 @@ int main(int count, char** arguments) {
         measure_bill(size);
     } else if (what == "ledger" && size >= rows_of_each_goods) {
         measure_own_ledger(size);
-    } else if (what == "floor" && size >= rows_of_each_goods) {
-        measure_floor(size);
+    } else if (what == "baseline" && size >= rows_of_each_goods) {
+        measure_baseline(size);
     } else {
-        fmt::print(stderr, "Usage: growth bill LINES | growth ledger ROWS | growth floor ROWS\n");
+        fmt::print(stderr, "Usage: growth bill LINES | growth ledger ROWS | growth baseline ROWS\n");
         return 2;
     }
 }

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "bench/floor.h"
+#include "bench/baseline.h"
 #include "bench/movements.h"
 
 namespace vantlo::bench {
@@ -11,15 +11,15 @@ namespace vantlo::bench {
 using BillLines = std::vector<Record>;
 using BillStatements = std::vector<std::string>;  // in UTF-8
 
-/// The floor on either kind of database, with a connection of its own.
-class FloorConnection {
+/// The baseline on either kind of database, with a connection of its own.
+class BaselineConnection {
 public:
     /// Opens the database, which is named as `vantlo` names it.
     /// Errors   std::runtime_error, here and below.
-    explicit FloorConnection(const std::string& database);
-    FloorConnection(const FloorConnection&) = delete;
-    FloorConnection& operator=(const FloorConnection&) = delete;
-    ~FloorConnection();
+    explicit BaselineConnection(const std::string& database);
+    BaselineConnection(const BaselineConnection&) = delete;
+    BaselineConnection& operator=(const BaselineConnection&) = delete;
+    ~BaselineConnection();
 
     /// Returns  how many rows the result had.
     long run(const std::string& statement);
@@ -32,7 +32,7 @@ private:
     void commit();
 
     bool is_sqlite_;
-    floor_connection* connection_;
+    baseline_connection* connection_;
 };
 
 /// Posts a bill through the component, in one transaction, on a connection to that database.

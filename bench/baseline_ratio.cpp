@@ -1,8 +1,8 @@
-// The whole path of a posted line, from the line object to the ledger, beside the floor: a C program that issues the
+// The whole path of a posted line, from the line object to the ledger, beside the baseline: a C program that issues the
 // very same statements. Both run in this process and take turns bill by bill; the figures are medians over the bills.
 // Every bill has ten lines, and the ledger has the two rows of each line already.
 //
-// Usage: floor_ratio DATABASE ROUNDS AT_MOST
+// Usage: baseline_ratio DATABASE ROUNDS AT_MOST
 //
 // DATABASE is named as `vantlo` names it; what a server's database holds is lost. Prints one row of a Markdown table.
 // Exit code 1 if the median ratio is beyond AT_MOST.
@@ -14,7 +14,7 @@
 #include <string_view>
 
 #include "ado/native/open_connection.h"
-#include "bench/floor_connection.h"
+#include "bench/baseline_connection.h"
 #include "bench/measure.h"
 #include "bench/movements.h"
 #include "dataaccess/sql_literals.h"
@@ -62,19 +62,19 @@ std::vector<std::string> queries_of_ledger(NativeConnection& database) {
     return queries;
 }
 
-/// Errors   std::runtime_error unless the floor's ledger has exactly these rows.
-void check_ledger(FloorConnection& floor, const std::vector<std::string>& queries) {
-    bool is_same = floor.run("select 1 from Inventory") == static_cast<long>(queries.size());
-    for (const std::string& query : queries) is_same = is_same && floor.run(query) == 1;
-    if (!is_same) throw std::runtime_error("the floor left another ledger");
+/// Errors   std::runtime_error unless the baseline's ledger has exactly these rows.
+void check_ledger(BaselineConnection& baseline, const std::vector<std::string>& queries) {
+    bool is_same = baseline.run("select 1 from Inventory") == static_cast<long>(queries.size());
+    for (const std::string& query : queries) is_same = is_same && baseline.run(query) == 1;
+    if (!is_same) throw std::runtime_error("the baseline left another ledger");
 }
 
 /// The times of one bill on both sides, taken one right after the other.
 struct Times {
-    std::vector<double> floor, own, ratio;
+    std::vector<double> baseline, own, ratio;
 };
 
-Times take_times(NativeConnection& database, FloorConnection& floor, const std::vector<BillLines>& bills,
+Times take_times(NativeConnection& database, BaselineConnection& baseline, const std::vector<BillLines>& bills,
                  const std::vector<BillStatements>& statements, int rounds) {
     // What a database in memory does, this process does; a server has to be waited for.
     const Clock clock = database.dialect() == "sqlite" ? Clock::own_processor_time : Clock::wall;
@@ -83,12 +83,12 @@ Times take_times(NativeConnection& database, FloorConnection& floor, const std::
         for (std::size_t i = 0; i < bills.size(); ++i) {
             for (std::size_t turn = 0; turn < 2; ++turn) {
                 if ((i + turn) % 2 == 0) {
-                    times.floor.push_back(seconds_of(clock, [&] { floor.post(statements[i]); }));
+                    times.baseline.push_back(seconds_of(clock, [&] { baseline.post(statements[i]); }));
                 } else {
                     times.own.push_back(seconds_of(clock, [&] { post(database, database, bills[i]); }));
                 }
             }
-            times.ratio.push_back(times.own.back() / times.floor.back());
+            times.ratio.push_back(times.own.back() / times.baseline.back());
         }
     }
     return times;
@@ -96,10 +96,10 @@ Times take_times(NativeConnection& database, FloorConnection& floor, const std::
 
 int measure(const std::string& name, int rounds, double at_most) {
     const Owned<NativeConnection> database = open_connection(name);
-    FloorConnection floor(name);
+    BaselineConnection baseline(name);
     const std::string dialect = database->dialect();
     run_all(*database, shop_statements(dialect, goods));
-    for (const std::string& statement : shop_statements(dialect, goods)) floor.run(statement);
+    for (const std::string& statement : shop_statements(dialect, goods)) baseline.run(statement);
 
     const std::vector<BillLines> bills = make_bills();
     database->run(from_utf8(clearing_statement(dialect)));
@@ -108,24 +108,24 @@ int measure(const std::string& name, int rounds, double at_most) {
     const std::vector<BillStatements> updating = post_and_capture_all(*database, bills);
 
     const std::vector<std::string> ledger = queries_of_ledger(*database);
-    floor.run(clearing_statement(dialect));
-    for (const BillStatements& bill : inserting) floor.post(bill);
-    for (const BillStatements& bill : updating) floor.post(bill);
-    check_ledger(floor, ledger);
+    baseline.run(clearing_statement(dialect));
+    for (const BillStatements& bill : inserting) baseline.post(bill);
+    for (const BillStatements& bill : updating) baseline.post(bill);
+    check_ledger(baseline, ledger);
 
-    const Times times = take_times(*database, floor, bills, updating, rounds);
+    const Times times = take_times(*database, baseline, bills, updating, rounds);
 
     // A server's ledger is one for both, a database in memory is each side's own.
     const std::int32_t times_posted = 2 + rounds * (dialect == "sqlite" ? 1 : 2);
     if (goods_received(*database) != received_in_a_round * Currency::from_whole(times_posted)) {
         throw std::runtime_error("the ledger did not receive what was posted");
     }
-    check_ledger(floor, queries_of_ledger(*database));
+    check_ledger(baseline, queries_of_ledger(*database));
 
     const auto per_line = [](double seconds) { return seconds / lines_in_a_bill * 1e6; };
     const double ratio = median(times.ratio);
     fmt::print("| {} | {:.1f} µs | {:.1f} µs | {:.2f} | {:.2f}–{:.2f} | {} |\n", database->engine(),
-               per_line(median(times.floor)), per_line(median(times.own)), ratio, quantile(times.ratio, 0.25),
+               per_line(median(times.baseline)), per_line(median(times.own)), ratio, quantile(times.ratio, 0.25),
                quantile(times.ratio, 0.75), at_most);
     return ratio <= at_most ? 0 : 1;
 }
@@ -134,13 +134,13 @@ int measure(const std::string& name, int rounds, double at_most) {
 
 int main(int count, char** arguments) {
     if (count != 4) {
-        fmt::print(stderr, "Usage: floor_ratio DATABASE ROUNDS AT_MOST\n");
+        fmt::print(stderr, "Usage: baseline_ratio DATABASE ROUNDS AT_MOST\n");
         return 2;
     }
     try {
         return measure(arguments[1], std::atoi(arguments[2]), std::atof(arguments[3]));
     } catch (const std::exception& failure) {
-        fmt::print(stderr, "floor_ratio: {}\n", failure.what());
+        fmt::print(stderr, "baseline_ratio: {}\n", failure.what());
         return 1;
     }
 }

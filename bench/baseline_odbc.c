@@ -3,15 +3,15 @@
 #include <stdlib.h>
 #include <string.h>
 
-#include "floor.h"
+#include "baseline.h"
 
-struct floor_connection {
+struct baseline_connection {
     SQLHENV environment;
     SQLHDBC handle;
 };
 
-floor_connection* floor_open_odbc(const char* connection_string) {
-    floor_connection* connection = calloc(1, sizeof *connection);
+baseline_connection* baseline_open_odbc(const char* connection_string) {
+    baseline_connection* connection = calloc(1, sizeof *connection);
     if (connection == NULL) return NULL;
     SQLAllocHandle(SQL_HANDLE_ENV, SQL_NULL_HANDLE, &connection->environment);
     SQLSetEnvAttr(connection->environment, SQL_ATTR_ODBC_VERSION, (SQLPOINTER)SQL_OV_ODBC3, 0);
@@ -20,11 +20,11 @@ floor_connection* floor_open_odbc(const char* connection_string) {
                                        SQL_DRIVER_NOPROMPT))) {
         return connection;
     }
-    floor_close_odbc(connection);
+    baseline_close_odbc(connection);
     return NULL;
 }
 
-long floor_run_odbc(floor_connection* connection, const char* statement) {
+long baseline_run_odbc(baseline_connection* connection, const char* statement) {
     SQLHSTMT handle = NULL;
     if (!SQL_SUCCEEDED(SQLAllocHandle(SQL_HANDLE_STMT, connection->handle, &handle))) return -1;
     SQLSMALLINT columns = 0;
@@ -38,18 +38,18 @@ long floor_run_odbc(floor_connection* connection, const char* statement) {
     return SQL_SUCCEEDED(result) || result == SQL_NO_DATA ? rows : -1;
 }
 
-static int set_autocommit(floor_connection* connection, SQLULEN mode) {
+static int set_autocommit(baseline_connection* connection, SQLULEN mode) {
     return SQL_SUCCEEDED(SQLSetConnectAttr(connection->handle, SQL_ATTR_AUTOCOMMIT, (SQLPOINTER)mode, 0)) ? 0 : -1;
 }
 
-int floor_begin_odbc(floor_connection* connection) { return set_autocommit(connection, SQL_AUTOCOMMIT_OFF); }
+int baseline_begin_odbc(baseline_connection* connection) { return set_autocommit(connection, SQL_AUTOCOMMIT_OFF); }
 
-int floor_commit_odbc(floor_connection* connection) {
+int baseline_commit_odbc(baseline_connection* connection) {
     const SQLRETURN result = SQLEndTran(SQL_HANDLE_DBC, connection->handle, SQL_COMMIT);
     return set_autocommit(connection, SQL_AUTOCOMMIT_ON) == 0 && SQL_SUCCEEDED(result) ? 0 : -1;
 }
 
-void floor_close_odbc(floor_connection* connection) {
+void baseline_close_odbc(baseline_connection* connection) {
     SQLDisconnect(connection->handle);
     SQLFreeHandle(SQL_HANDLE_DBC, connection->handle);
     SQLFreeHandle(SQL_HANDLE_ENV, connection->environment);

@@ -1,20 +1,20 @@
 #include <sqlite3.h>
 #include <stddef.h>
 
-#include "floor.h"
+#include "baseline.h"
 
 /* A connection is nothing but the engine's own handle. */
-static sqlite3* handle_of(floor_connection* connection) { return (sqlite3*)connection; }
+static sqlite3* handle_of(baseline_connection* connection) { return (sqlite3*)connection; }
 
-floor_connection* floor_open_sqlite(const char* file) {
+baseline_connection* baseline_open_sqlite(const char* file) {
     sqlite3* database = NULL;
     const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX;
-    if (sqlite3_open_v2(file, &database, flags, NULL) == SQLITE_OK) return (floor_connection*)database;
+    if (sqlite3_open_v2(file, &database, flags, NULL) == SQLITE_OK) return (baseline_connection*)database;
     sqlite3_close(database);
     return NULL;
 }
 
-long floor_run_sqlite(floor_connection* connection, const char* statement) {
+long baseline_run_sqlite(baseline_connection* connection, const char* statement) {
     sqlite3_stmt* prepared = NULL;
     if (sqlite3_prepare_v2(handle_of(connection), statement, -1, &prepared, NULL) != SQLITE_OK) return -1;
     long rows = 0;
@@ -22,4 +22,4 @@ long floor_run_sqlite(floor_connection* connection, const char* statement) {
     return sqlite3_finalize(prepared) == SQLITE_OK ? rows : -1;
 }
 
-void floor_close_sqlite(floor_connection* connection) { sqlite3_close(handle_of(connection)); }
+void baseline_close_sqlite(baseline_connection* connection) { sqlite3_close(handle_of(connection)); }
