@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "automation/calendar.h"
 #include "automation/number_text.h"
 
 namespace vantlo {

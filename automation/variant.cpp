@@ -4,6 +4,7 @@
 #include <limits>
 #include <optional>
 
+#include "automation/calendar.h"
 #include "automation/error.h"
 #include "automation/number_text.h"
 

@@ -3,6 +3,7 @@
 #include <optional>
 #include <type_traits>
 
+#include "automation/calendar.h"
 #include "automation/error.h"
 #include "automation/number_text.h"
 #include "dataaccess/platform.h"

@@ -6,6 +6,7 @@
 #include <charconv>
 #include <cmath>
 
+#include "automation/calendar.h"
 #include "automation/number_text.h"
 #include "import/csv_records.h"
 #include "import/json_reader.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "automation/date.h"
+#include "automation/calendar.h"
 #include "bills/bill.h"
 
 namespace vantlo::test {

@@ -9,6 +9,7 @@
 
 #include "ado/native/statement_text.h"
 #include "ado/odbc/field_type.h"
+#include "automation/calendar.h"
 #include "automation/error.h"
 
 namespace vantlo {

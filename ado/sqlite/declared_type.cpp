@@ -8,6 +8,7 @@
 #include <string>
 #include <utility>
 
+#include "automation/calendar.h"
 #include "automation/error.h"
 #include "automation/number_text.h"
 

@@ -7,6 +7,7 @@
 
 #include "audit/repair_plan.h"
 #include "bookkeeping/bill_history.h"
+#include "automation/calendar.h"
 #include "tests/audit/spoilings.h"
 #include "tool/output/verify_report.h"
 

@@ -4,6 +4,7 @@
 #include <string_view>
 #include <thread>
 
+#include "automation/calendar.h"
 #include "component/inventory_class.h"
 #include "dataaccess/sql_literals.h"
 #include "tests/support/scenario_runner.h"

@@ -5,6 +5,7 @@
 #include <set>
 #include <thread>
 
+#include "automation/calendar.h"
 #include "automation/error.h"
 #include "automation/error_text.h"
 #include "dataaccess/sql_literals.h"

@@ -3,6 +3,7 @@
 #include <random>
 
 #include "ado/sqlite/sqlite_connection.h"
+#include "automation/calendar.h"
 #include "dataaccess/platform.h"
 #include "dataaccess/sql_literals.h"
 #include "tests/support/random_texts.h"

@@ -4,6 +4,7 @@
 
 #include <limits>
 
+#include "automation/calendar.h"
 #include "automation/error.h"
 #include "automation/error_text.h"
 #include "dataaccess/failure_message.h"

@@ -7,6 +7,7 @@
 #include <set>
 
 #include "audit/recomputation.h"
+#include "automation/calendar.h"
 #include "tool/output/ledger_table.h"
 #include "tool/output/words.h"
 

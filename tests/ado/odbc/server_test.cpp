@@ -1,5 +1,6 @@
 #include <doctest/doctest.h>
 
+#include "automation/calendar.h"
 #include "dataaccess/sql_literals.h"
 #include "support/failures.h"
 #include "tests/support/printing.h"

@@ -6,6 +6,7 @@
 
 #include "ado/sqlite/declared_type.h"
 #include "ado/sqlite/sqlite_connection.h"
+#include "automation/calendar.h"
 #include "tests/support/printing.h"
 
 namespace vantlo::test {

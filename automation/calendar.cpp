@@ -1,4 +1,4 @@
-#include "automation/date.h"
+#include "automation/calendar.h"
 
 #include <algorithm>
 #include <chrono>
