@@ -137,23 +137,23 @@ ExitCode report_current_exception(const CommonOptions& common) {
     }
 }
 
-ExitCode run(const Invocation& invocation) {
+ExitCode run(const CommandCall& call) {
     collect_messages();
     ask_before_interrupting();
     try {
-        const ExitCode code = invocation.work();
-        if (!std::cout.flush()) throw TaskError(Reason::cannot_write, invocation.common.say(words::no_stdout));
+        const ExitCode code = call.work();
+        if (!std::cout.flush()) throw TaskError(Reason::cannot_write, call.common.say(words::no_stdout));
         return code;
     } catch (...) {
-        return report_current_exception(invocation.common);
+        return report_current_exception(call.common);
     }
 }
 
 }  // namespace
 
 int main(int count, char** arguments) {
-    Invocation invocation;
-    CommonOptions& common = invocation.common;
+    CommandCall call;
+    CommonOptions& common = call.common;
     common.language = language_of({arguments, static_cast<std::size_t>(count)});
     CLI::App app(common.say(words::about), "vantlo");
     app.require_subcommand(1);
@@ -162,7 +162,7 @@ int main(int count, char** arguments) {
     add_help(app, common);
     add_common_options(app, common);
     add_printing(app, common);
-    for (const auto add_command : add_commands) add_command(app, invocation);
+    for (const auto add_command : add_commands) add_command(app, call);
     try {
         app.parse(count, arguments);
     } catch (const CLI::ParseError& failure) {
@@ -175,5 +175,5 @@ int main(int count, char** arguments) {
         return static_cast<int>(report_current_exception(common));
     }
     if (const Message* const fault = common.fault_of_databases()) return usage_error(common.say(*fault));
-    return static_cast<int>(run(invocation));
+    return static_cast<int>(run(call));
 }

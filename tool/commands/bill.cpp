@@ -96,16 +96,15 @@ ExitCode show_bill(const CommonOptions& common, const Named& named) {
 
 }  // namespace
 
-void add_bill(CLI::App& app, Invocation& invocation) {
-    const CommonOptions& common = invocation.common;
+void add_bill(CLI::App& app, CommandCall& call) {
+    const CommonOptions& common = call.common;
     CLI::App* const command =
         add_command(app, common, "bill", words::bill_about, {{"vantlo bill stock-in R1001", words::bill_example}});
     const auto named = std::make_shared<Named>();
     command->add_option("KIND", named->kind, common.say(words::bill_kind))->required();
     command->add_option("ID", named->id, common.say(words::bill_id))->required();
-    command->callback([&invocation, named] {
-        invocation.work = [&common = invocation.common, named] { return show_bill(common, *named); };
-    });
+    command->callback(
+        [&call, named] { call.work = [&common = call.common, named] { return show_bill(common, *named); }; });
 }
 
 }  // namespace vantlo

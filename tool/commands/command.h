@@ -48,7 +48,7 @@ struct CommonOptions {
 };
 
 /// One call of the program: what it was told, and the work of the command that it named.
-struct Invocation {
+struct CommandCall {
     CommonOptions common;
     std::function<ExitCode()> work;
 };
@@ -73,21 +73,21 @@ void add_posting_options(CLI::App& command, CommonOptions& common);
 CLI::App* add_command(CLI::App& app, const CommonOptions& common, const char* name, const Message& about,
                       std::initializer_list<Example> examples);
 
-// Each command adds its subcommand with its options, and puts its work into the invocation when it is named.
+// Each command adds its subcommand with its options, and puts its work into the call when it is named.
 // Errors   whatever the work raises; the program turns it into words and an exit code.
 
-void add_init(CLI::App& app, Invocation& invocation);
-void add_save(CLI::App& app, Invocation& invocation);
-void add_import(CLI::App& app, Invocation& invocation);
-void add_delete(CLI::App& app, Invocation& invocation);
-void add_bill(CLI::App& app, Invocation& invocation);
-void add_explain(CLI::App& app, Invocation& invocation);
-void add_ledger(CLI::App& app, Invocation& invocation);
-void add_verify(CLI::App& app, Invocation& invocation);
-void add_repair(CLI::App& app, Invocation& invocation);
+void add_init(CLI::App& app, CommandCall& call);
+void add_save(CLI::App& app, CommandCall& call);
+void add_import(CLI::App& app, CommandCall& call);
+void add_delete(CLI::App& app, CommandCall& call);
+void add_bill(CLI::App& app, CommandCall& call);
+void add_explain(CLI::App& app, CommandCall& call);
+void add_ledger(CLI::App& app, CommandCall& call);
+void add_verify(CLI::App& app, CommandCall& call);
+void add_repair(CLI::App& app, CommandCall& call);
 
 /// The commands in the order in which the help lists them.
-inline constexpr void (*add_commands[])(CLI::App&, Invocation&) = {
+inline constexpr void (*add_commands[])(CLI::App&, CommandCall&) = {
     add_init, add_save, add_import, add_delete, add_ledger, add_bill, add_explain, add_verify, add_repair};
 
 }  // namespace vantlo

@@ -32,16 +32,16 @@ ExitCode reverse(const CommonOptions& common, const Named& bill) {
 
 }  // namespace
 
-void add_delete(CLI::App& app, Invocation& invocation) {
-    CommonOptions& common = invocation.common;
+void add_delete(CLI::App& app, CommandCall& call) {
+    CommonOptions& common = call.common;
     CLI::App* const command = add_command(app, common, "delete", words::delete_about,
                                           {{"vantlo delete stock-in R1001", words::delete_example}});
     const auto bill = std::make_shared<Named>();
     command->add_option("KIND", bill->kind, common.say(words::bill_kind))->required();
     command->add_option("ID", bill->id, common.say(words::bill_id))->required();
     add_posting_options(*command, common);
-    command->callback([&invocation, bill] {
-        invocation.work = [&common = invocation.common, bill] { return reverse(common, *bill); };
+    command->callback([&call, bill] {
+        call.work = [&common = call.common, bill] { return reverse(common, *bill); };
     });
 }
 

@@ -163,16 +163,15 @@ ExitCode explain_member(const CommonOptions& common, const std::string& name) {
 
 }  // namespace
 
-void add_explain(CLI::App& app, Invocation& invocation) {
-    const CommonOptions& common = invocation.common;
+void add_explain(CLI::App& app, CommandCall& call) {
+    const CommonOptions& common = call.common;
     CLI::App* const command = add_command(
         app, common, "explain", words::explain_about,
         {{"vantlo explain In_AddInventory", words::explain_example}, {"vantlo explain", words::explain_list_example}});
     const auto name = std::make_shared<std::string>();
     command->add_option("MEMBER", *name, common.say(words::member_name));
-    command->callback([&invocation, name] {
-        invocation.work = [&common = invocation.common, name] { return explain_member(common, *name); };
-    });
+    command->callback(
+        [&call, name] { call.work = [&common = call.common, name] { return explain_member(common, *name); }; });
 }
 
 }  // namespace vantlo

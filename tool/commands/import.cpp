@@ -169,8 +169,8 @@ ExitCode import(const CommonOptions& common, const ImportOptions& options) {
 
 }  // namespace
 
-void add_import(CLI::App& app, Invocation& invocation) {
-    CommonOptions& common = invocation.common;
+void add_import(CLI::App& app, CommandCall& call) {
+    CommonOptions& common = call.common;
     CLI::App* const command = add_command(app, common, "import", words::import_about,
                                           {{"vantlo import goods.csv units.csv bills.csv", words::import_example},
                                            {"vantlo import --encoding gb18030 bills.csv", words::import_gb_example}});
@@ -183,9 +183,8 @@ void add_import(CLI::App& app, Invocation& invocation) {
         ->default_str("utf-8");
     command->add_option("--table", options->files.table, common.say(words::table_option));
     add_posting_options(*command, common);
-    command->callback([&invocation, options] {
-        invocation.work = [&common = invocation.common, options] { return import(common, *options); };
-    });
+    command->callback(
+        [&call, options] { call.work = [&common = call.common, options] { return import(common, *options); }; });
 }
 
 }  // namespace vantlo

@@ -34,15 +34,15 @@ ExitCode init(const CommonOptions& common, bool with_unique_key) {
 
 }  // namespace
 
-void add_init(CLI::App& app, Invocation& invocation) {
-    CommonOptions& common = invocation.common;
+void add_init(CLI::App& app, CommandCall& call) {
+    CommonOptions& common = call.common;
     CLI::App* const command =
         add_command(app, common, "init", words::init_about, {{"vantlo --db shop.db init", words::init_example}});
     command->add_flag("--dry-run", common.dry_run, common.say(words::init_dry_run_option));
     const auto with_unique_key = std::make_shared<bool>(false);
     command->add_flag("--unique-key", *with_unique_key, common.say(words::unique_key_option));
-    command->callback([&invocation, with_unique_key] {
-        invocation.work = [&common = invocation.common, with_unique_key] { return init(common, *with_unique_key); };
+    command->callback([&call, with_unique_key] {
+        call.work = [&common = call.common, with_unique_key] { return init(common, *with_unique_key); };
     });
 }
 

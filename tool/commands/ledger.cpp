@@ -78,8 +78,8 @@ ExitCode show_ledger(const CommonOptions& common, const Wanted& wanted) {
 
 }  // namespace
 
-void add_ledger(CLI::App& app, Invocation& invocation) {
-    const CommonOptions& common = invocation.common;
+void add_ledger(CLI::App& app, CommandCall& call) {
+    const CommonOptions& common = call.common;
     CLI::App* const command = add_command(app, common, "ledger", words::ledger_about,
                                           {{"vantlo ledger --warehouse W01", words::ledger_example},
                                            {"vantlo ledger --format csv > ledger.csv", words::ledger_csv_example},
@@ -98,9 +98,8 @@ void add_ledger(CLI::App& app, Invocation& invocation) {
         })
         ->type_name("FILE")
         ->excludes(format);
-    command->callback([&invocation, wanted] {
-        invocation.work = [&common = invocation.common, wanted] { return show_ledger(common, *wanted); };
-    });
+    command->callback(
+        [&call, wanted] { call.work = [&common = call.common, wanted] { return show_ledger(common, *wanted); }; });
 }
 
 }  // namespace vantlo

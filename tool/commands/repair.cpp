@@ -152,8 +152,8 @@ ExitCode repair_ledger(const CommonOptions& common, const RepairOptions& options
 
 }  // namespace
 
-void add_repair(CLI::App& app, Invocation& invocation) {
-    const CommonOptions& common = invocation.common;
+void add_repair(CLI::App& app, CommandCall& call) {
+    const CommonOptions& common = call.common;
     CLI::App* const command =
         add_command(app, common, "repair", words::repair_about,
                     {{"vantlo repair > repair.sql", words::repair_example},
@@ -168,9 +168,8 @@ void add_repair(CLI::App& app, Invocation& invocation) {
     command->add_option("--warehouse", options->warehouses, common.say(words::repair_warehouse))
         ->allow_extra_args(false);
     command->add_flag("--yes", options->yes, common.say(words::repair_yes));
-    command->callback([&invocation, options] {
-        invocation.work = [&common = invocation.common, options] { return repair_ledger(common, *options); };
-    });
+    command->callback(
+        [&call, options] { call.work = [&common = call.common, options] { return repair_ledger(common, *options); }; });
 }
 
 }  // namespace vantlo

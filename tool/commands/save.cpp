@@ -66,8 +66,8 @@ ExitCode save(const CommonOptions& common, const std::vector<std::string>& paths
 
 }  // namespace
 
-void add_save(CLI::App& app, Invocation& invocation) {
-    CommonOptions& common = invocation.common;
+void add_save(CLI::App& app, CommandCall& call) {
+    CommonOptions& common = call.common;
     CLI::App* const command = add_command(app, common, "save", words::save_about,
                                           {{"vantlo save bills.json", words::save_example},
                                            {"vantlo save --dry-run bills.json", words::save_dry_example},
@@ -75,9 +75,7 @@ void add_save(CLI::App& app, Invocation& invocation) {
     const auto paths = std::make_shared<std::vector<std::string>>();
     command->add_option("FILE", *paths, common.say(words::save_files))->required();
     add_posting_options(*command, common);
-    command->callback([&invocation, paths] {
-        invocation.work = [&common = invocation.common, paths] { return save(common, *paths); };
-    });
+    command->callback([&call, paths] { call.work = [&common = call.common, paths] { return save(common, *paths); }; });
 }
 
 }  // namespace vantlo

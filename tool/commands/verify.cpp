@@ -27,10 +27,9 @@ ExitCode verify_ledger(const CommonOptions& common) {
 
 }  // namespace
 
-void add_verify(CLI::App& app, Invocation& invocation) {
-    add_command(app, invocation.common, "verify", words::verify_about, {{"vantlo verify", words::verify_example}})
-        ->callback(
-            [&invocation] { invocation.work = [&common = invocation.common] { return verify_ledger(common); }; });
+void add_verify(CLI::App& app, CommandCall& call) {
+    add_command(app, call.common, "verify", words::verify_about, {{"vantlo verify", words::verify_example}})
+        ->callback([&call] { call.work = [&common = call.common] { return verify_ledger(common); }; });
 }
 
 }  // namespace vantlo
