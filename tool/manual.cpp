@@ -12,6 +12,9 @@ namespace words {
 
 // clang-format off
 constexpr Message manual_name    = {"名称", "NAME"};
+constexpr Message manual_synopsis = {"概要", "SYNOPSIS"};
+constexpr Message manual_options = {"选项", "OPTIONS"};
+constexpr Message manual_commands = {"命令", "COMMANDS"};
 constexpr Message manual_exit_status = {"退出码", "EXIT STATUS"};
 constexpr Message manual_environment = {"环境变量", "ENVIRONMENT"};
 constexpr Message environment_db = {"数据库，未给出 --db 时使用", "The database, where --db names none"};
@@ -23,11 +26,6 @@ constexpr Message environment_language = {"其中第一个有值的以 zh 开头
 }  // namespace words
 
 namespace {
-
-// Headings, as manual pages have them.
-constexpr Message synopsis_heading = {"概要", "SYNOPSIS"};
-constexpr Message options_heading = {"选项", "OPTIONS"};
-constexpr Message commands_heading = {"命令", "COMMANDS"};
 
 /// A text in which groff reads nothing as a request of its own.
 std::string roff(const std::string& text) {
@@ -127,51 +125,50 @@ std::string first_argument(const CLI::App& command) {
     return "-W '" + words + "'";
 }
 
-}  // namespace
-
-std::string manual_page(const CLI::App& app, const CommonOptions& common) {
-    const auto heading = [&](const Message& wording) { return ".SH " + common.say(wording) + "\n"; };
-    std::string page = ".TH VANTLO 1 \"\" \"vantlo " VANTLO_VERSION "\"\n.ad l\n";
-    page += heading(words::manual_name) + "vantlo \\- " + roff(app.get_description()) + "\n";
-    page += heading(synopsis_heading) + ".B vantlo\n[" + common.say(words::option_badge) + "] " +
-            common.say(words::command_badge) + "\n";
-    page += heading(options_heading) + option_list(app, false);
-    page += heading(commands_heading);
-    for (const CLI::App* const command : app.get_subcommands({})) page += command_section(*command);
-    page += heading(words::manual_exit_status) + exit_code_list(common.language, ".TP\n.B ", "\n", "\n");
-    page += heading(words::manual_environment);
+/// The variables of the environment that the program reads.
+std::string environment_section(const CommonOptions& common) {
     const std::pair<const char*, const Message*> variables[] = {
         {"VANTLO_DB", &words::environment_db},
         {"VANTLO_PASSWORD", &words::environment_password},
         {"NO_COLOR", &words::environment_colour},
         {"LC_ALL, LC_MESSAGES, LANG", &words::environment_language},
     };
+    std::string section;
     for (const auto& [name, meaning] : variables) {
-        page += fmt::format(".TP\n.B {}\n{}\n", name, roff(common.say(*meaning)));
+        section += fmt::format(".TP\n.B {}\n{}\n", name, roff(common.say(*meaning)));
     }
-    return page;
+    return section;
 }
 
-std::string bash_completion(const CLI::App& app) {
-    std::vector<std::string> names;
+/// The cases of the completion's three questions: what follows an option, which options a command has, and what its
+/// first argument can be.
+struct CompletionCases {
     std::string values, options, arguments;
+};
+
+CompletionCases completion_cases(const CLI::App& app) {
+    CompletionCases cases;
     const auto add_values = [&](const CLI::App& of) {
         for (const CLI::Option* const option : shown_options(of, false)) {
             if (option->get_type_name().empty()) continue;  // a flag
-            values += fmt::format("        {}) _vantlo_reply {} \"$current\"; return ;;\n",
-                                  option->get_name(false, true), value_of(*option));
+            cases.values += fmt::format("        {}) _vantlo_reply {} \"$current\"; return ;;\n",
+                                        option->get_name(false, true), value_of(*option));
         }
     };
     add_values(app);
     for (const CLI::App* const command : app.get_subcommands({})) {
-        names.push_back(command->get_name());
         add_values(*command);
-        options += fmt::format("        {}) options+=' {}' ;;\n", command->get_name(), option_names(*command));
+        cases.options += fmt::format("        {}) options+=' {}' ;;\n", command->get_name(), option_names(*command));
         const std::string argument = first_argument(*command);
         if (argument.empty()) continue;
-        arguments += fmt::format("        {}) _vantlo_reply {} \"$current\" ;;\n", command->get_name(), argument);
+        cases.arguments += fmt::format("        {}) _vantlo_reply {} \"$current\" ;;\n", command->get_name(), argument);
     }
-    return fmt::format(R"(# Completes vantlo's commands, options, kinds of bills, members and file names in bash.
+    return cases;
+}
+
+/// The completion, as fmt::format fills it.
+constexpr const char* completion_script =
+    R"(# Completes vantlo's commands, options, kinds of bills, members and file names in bash.
 
 _vantlo_reply() {{
     if [[ $1 == -f ]]; then
@@ -202,8 +199,30 @@ _vantlo() {{
 }}
 
 complete -F _vantlo vantlo
-)",
-                       option_names(app), fmt::join(names, "|"), values, options, fmt::join(names, " "), arguments);
+)";
+
+}  // namespace
+
+std::string manual_page(const CLI::App& app, const CommonOptions& common) {
+    const auto heading = [&](const Message& wording) { return ".SH " + common.say(wording) + "\n"; };
+    std::string page = ".TH VANTLO 1 \"\" \"vantlo " VANTLO_VERSION "\"\n.ad l\n";
+    page += heading(words::manual_name) + "vantlo \\- " + roff(app.get_description()) + "\n";
+    page += heading(words::manual_synopsis) + ".B vantlo\n[" + common.say(words::option_badge) + "] " +
+            common.say(words::command_badge) + "\n";
+    page += heading(words::manual_options) + option_list(app, false);
+    page += heading(words::manual_commands);
+    for (const CLI::App* const command : app.get_subcommands({})) page += command_section(*command);
+    page += heading(words::manual_exit_status) + exit_code_list(common.language, ".TP\n.B ", "\n", "\n");
+    page += heading(words::manual_environment) + environment_section(common);
+    return page;
+}
+
+std::string bash_completion(const CLI::App& app) {
+    std::vector<std::string> names;
+    for (const CLI::App* const command : app.get_subcommands({})) names.push_back(command->get_name());
+    const auto& [values, options, arguments] = completion_cases(app);
+    return fmt::format(fmt::runtime(completion_script), option_names(app), fmt::join(names, "|"), values, options,
+                       fmt::join(names, " "), arguments);
 }
 
 }  // namespace vantlo
