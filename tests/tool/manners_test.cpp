@@ -1,6 +1,9 @@
 #include <doctest/doctest.h>
 
+#include <algorithm>
 #include <chrono>
+#include <fstream>
+#include <sstream>
 #include <thread>
 
 #include "ado/native/open_connection.h"
@@ -21,14 +24,37 @@ std::string bill(const std::string& id, int lines) {
     return text + "]}";
 }
 
+/// The commands that the program's help lists.
+std::vector<std::string> commands_in(const std::string& help) {
+    std::vector<std::string> commands;
+    std::istringstream lines(help.substr(help.find("Commands:\n")));
+    std::string line;
+    std::getline(lines, line);
+    while (std::getline(lines, line) && line.starts_with("  ")) {
+        // Lines that go on a description begin with more blanks.
+        if (line[2] != ' ') commands.push_back(line.substr(2, line.find(' ', 2) - 2));
+    }
+    return commands;
+}
+
+/// How many functions of the source declare a command.
+std::size_t declared_commands() {
+    std::ifstream header(VANTLO_SOURCE_DIR "/tool/commands/command.h");
+    std::size_t declared = 0;
+    for (std::string line; std::getline(header, line);)
+        declared += line.ends_with("(CLI::App& app, CommandCall& call);");
+    return declared;
+}
+
 TEST_CASE("vantlo explains every command with examples, in the user's language") {
     const Shell shell;
     const Finished main = shell.vantlo("--help");
     CHECK(main.exit_code == 0);
     CHECK(main.has("Exit codes:\n  0  done\n"));
-    for (const std::string command :
-         {"init", "save", "import", "delete", "ledger", "bill", "explain", "verify", "repair"}) {
-        CHECK_MESSAGE(main.has("\n  " + command + " "), command);
+    const std::vector<std::string> commands = commands_in(main.output);
+    CHECK(std::ranges::count(commands, "save") == 1);
+    CHECK(commands.size() == declared_commands());
+    for (const std::string& command : commands) {
         const Finished english = shell.vantlo(command + " --help");
         CHECK(english.exit_code == 0);
         CHECK_MESSAGE(english.has("Examples:\n  vantlo "), english.output);
