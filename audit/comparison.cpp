@@ -68,7 +68,7 @@ bool agree(const Difference& rows) {
     return sorted_amounts(rows.stored) == sorted_amounts(rows.expected);
 }
 
-/// Blanks of every width, tabs and the characters that take no room.
+/// Blanks of every width, tabs and zero-width characters.
 bool is_blank(char16_t unit) {
     constexpr TextView blanks = u" \t\r\n\u00A0\u2002\u2003\u2009\u200B\u200C\u200D\u202F\u3000\uFEFF";
     return blanks.find(unit) != TextView::npos;
@@ -173,7 +173,7 @@ private:
         }
     }
 
-    /// Rows that no bill makes, beside a row that lacks just what they have.
+    /// Rows that no bill makes, where the same key, trimmed, lacks exactly this row's quantities.
     void find_misspelt_keys() {
         pair_misspelt_keys(Cause::blanks_in_key, trimmed);
         pair_misspelt_keys(Cause::width_of_key, look_of);
@@ -202,7 +202,7 @@ private:
         }
     }
 
-    /// Which savings a later event took back: backwards, so that each meets what came after it first.
+    /// Marks the savings that a later event reversed; runs backwards, so that each saving meets its own reversal.
     void find_reversed() {
         std::set<std::pair<const BillKind*, Text>> reversed;
         for (std::size_t event = timeline_.events.size(); event-- > 0;) {
@@ -215,8 +215,8 @@ private:
         }
     }
 
-    /// Bills whose movement is exactly what the rows differ in: whole bills first, then those that were cut off.
-    /// Ambiguous bills: prefer one without a history entry, then the latest.
+    /// Bills whose movement equals the difference of the rows: whole bills first, then interrupted ones. Ambiguous bills:
+    /// prefer one without a history entry, then the latest.
     void find_bills() {
         std::vector<std::size_t> saved;
         for (std::size_t event = 0; event < effects_.size(); ++event) {

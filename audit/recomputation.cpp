@@ -11,7 +11,7 @@ namespace vantlo {
 
 namespace {
 
-// The engine itself notes what each statement adds to each row, without a word in the component.
+// Triggers record what each statement adds to each row; the component is not changed for it.
 constexpr const char* note_steps = R"sql(
 create table PostingStep (Entry integer, InQty money, OutQty money, CurrentQty money);
 create trigger StepInserted after insert on Inventory begin
@@ -23,7 +23,7 @@ create trigger StepUpdated after update on Inventory begin
 end;
 )sql";
 
-/// The factors, as they stand; of two that the component cannot tell apart it takes the first that it finds.
+/// Copies the unit factors; of duplicates the first counts, as in the component.
 void copy_units(NativeConnection& from, NativeConnection& to) {
     const RecordsetVariable rows = from.execute(u"select id,Unit,UnitConverter from GoodsUnit");
     const auto literal = [&](TextView column) {

@@ -69,14 +69,14 @@ void check_ledger(BaselineConnection& baseline, const std::vector<std::string>& 
     if (!is_same) throw std::runtime_error("the baseline left another ledger");
 }
 
-/// The times of one bill on both sides, taken one right after the other.
+/// The times of each bill on both sides, measured alternately.
 struct Times {
     std::vector<double> baseline, own, ratio;
 };
 
 Times take_times(NativeConnection& database, BaselineConnection& baseline, const std::vector<BillLines>& bills,
                  const std::vector<BillStatements>& statements, int rounds) {
-    // What a database in memory does, this process does; a server has to be waited for.
+    // A database in memory works within this process; the time of a server is elapsed time.
     const Clock clock = database.dialect() == "sqlite" ? Clock::own_processor_time : Clock::wall;
     Times times;
     for (int round = 0; round < rounds; ++round) {
@@ -115,7 +115,7 @@ int measure(const std::string& name, int rounds, double at_most) {
 
     const Times times = take_times(*database, baseline, bills, updating, rounds);
 
-    // A server's ledger is one for both, a database in memory is each side's own.
+    // Both sides share the ledger of a server; in memory each side has its own.
     const std::int32_t times_posted = 2 + rounds * (dialect == "sqlite" ? 1 : 2);
     if (goods_received(*database) != received_in_a_round * Currency::from_whole(times_posted)) {
         throw std::runtime_error("the ledger did not receive what was posted");

@@ -39,7 +39,7 @@ Owned<SqliteConnection> open_shop(std::size_t goods) {
     return shop;
 }
 
-/// The median time of one of so many lines, over bills of them that are posted again and again.
+/// The median time of a line, over repeated postings of a bill of so many lines.
 template <typename Post>
 double microseconds_a_line(std::size_t lines, const Post& post) {
     const std::size_t passes = std::max(passes_at_least, posted_at_each_size / lines);
@@ -72,7 +72,7 @@ constexpr std::size_t rows_of_each_goods = 16;
 
 /// A ledger of so many rows, or several in this process.
 /// post_first   posts a bill for the first time
-/// prepare      makes of a bill what posts it again when called
+/// prepare      returns a function that posts the bill again
 template <typename PostFirst, typename Prepare>
 void measure_ledger(std::size_t rows, std::size_t ledgers, const PostFirst& post_first, const Prepare& prepare) {
     const std::size_t goods = rows / rows_of_each_goods;

@@ -6,8 +6,8 @@
 //
 // Each writer saves stock bills through the bookkeeping of `vantlo`, each bill in a transaction of its own. On "own rows"
 // every writer has its own goods, on "shared rows" all writers move the same. The databases named, or the nodes of
-// VANTLO_NODES, are one: writers take turns among them. VANTLO_POSTGRESQL and VANTLO_MARIADB are one each. The ledger has to
-// be empty, and the database is left as the bench leaves it.
+// VANTLO_NODES, form one cluster: writers use them in turn. VANTLO_POSTGRESQL and VANTLO_MARIADB name a server each. The
+// ledger has to be empty, and what the bench stores stays in the database.
 
 #include <fmt/format.h>
 

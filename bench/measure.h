@@ -7,7 +7,7 @@
 
 namespace vantlo::bench {
 
-/// Whose time counts: everybody's, by the wall clock, or this process's alone, however busy the machine is.
+/// Elapsed time, or this process's processor time, which does not depend on other load.
 enum class Clock { wall, own_processor_time };
 
 /// How many seconds a call takes.

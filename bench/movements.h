@@ -12,7 +12,7 @@ namespace vantlo::bench {
 
 /// Lines of goods moved between two warehouses, in boxes of 12: the same ones in every run.
 /// Shape    over `goods` kinds of goods in eight models each, between the same two warehouses: the ledger gets 16 rows
-///          for each of the goods, and line `first` is followed by its like 8 * `goods` lines later.
+///          for each of the goods; the goods and model of a line come again 8 * `goods` lines later.
 std::vector<Record> movements(std::size_t count, std::size_t goods, std::size_t first = 0);
 
 /// The statements, in UTF-8, that make the tables where they are missing and fill in the units of so many kinds of goods.

@@ -1,9 +1,9 @@
-// How often a bill's saving waits for its server: the round trips on the wire, whatever a driver makes of its calls.
+// How often saving a bill waits for the server: round trips on the wire, not calls of the driver.
 //
 //   tools/with-servers build/native-release/bench/round_trips
 //
 // Connections go through a relay of this program's own, which counts how often the client speaks after the server did. The
-// ledger has to be empty, and the database is left as the bench leaves it.
+// ledger has to be empty, and what the bench stores stays in the database.
 
 #include <fmt/format.h>
 #include <poll.h>

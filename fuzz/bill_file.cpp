@@ -1,4 +1,5 @@
-// Whether any file is either refused by name or read as bills whose every value has its column's type. An input is a file.
+// Checks that any file is either refused with its name, or read as bills whose values have the types of their columns. An
+// input is a file.
 
 #include <sys/mman.h>
 #include <unistd.h>

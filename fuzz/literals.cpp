@@ -1,4 +1,4 @@
-// Whether any text becomes one literal that the engine reads back as the trimmed text, and never anything else.
+// Checks that any text becomes exactly one literal, which the engine reads back as the trimmed text.
 //
 // An input is a byte that chooses the function, then UTF-16 code units, low byte first; for a date number, its 8 bytes.
 
@@ -66,7 +66,7 @@ void require_reads_back(const Text& literal, const Text& expected) {
     engine().run(u"delete from T");
 }
 
-/// A date's literal is empty or nothing but digits and what stands between them, in the delimiters of the kind.
+/// A date's literal is empty, or digits and separators within the delimiters of the database kind.
 void require_plain_date(const Variant& value, std::int16_t form) {
     for (const auto& [kind, delimiter] : {std::pair{DatabaseKind::sql_server, u'\''}, {DatabaseKind::access, u'#'}}) {
         project_state().database_kind = kind;

@@ -1,4 +1,4 @@
-// Gives a fuzzer every file of its corpus once, without the fuzzing engine and with any compiler: a test.
+// Runs a fuzzer once on every file of its corpus, as a test: with any compiler, without the fuzzing engine.
 //
 // Usage: replay_NAME FOLDER
 

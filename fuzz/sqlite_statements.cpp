@@ -1,4 +1,5 @@
-// Whether statements do the same on SQLite with their literals lifted or not. An input is statements, a line each.
+// Checks that parameterizing its literals does not change what a statement does on SQLite. An input is statements, a line
+// each.
 
 #include <cstdint>
 #include <cstdlib>
@@ -12,7 +13,7 @@ namespace {
 using namespace vantlo;
 using namespace vantlo::test;
 
-/// Whether a statement may answer differently on two equal databases, touch files, or take for ever.
+/// True if a statement may answer differently on two equal databases, touch files, or not end.
 bool is_out_of_bounds(const Text& statement) {
     static constexpr TextView words[] = {u"random", u"now",    u"current_", u"sqlite_stmt", u"attach",
                                          u"vacuum", u"pragma", u"load_",    u"recursive",   u"index",

@@ -1,4 +1,4 @@
-// Whether the conversions of a Variant agree with a model that computes in decimal digits, in full length.
+// Checks the conversions of a Variant against a model that computes with all decimal digits.
 //
 // An input is a letter that names the type, then the value: its bytes, or UTF-8 for a text.
 
@@ -34,7 +34,7 @@ struct Exact {
     std::string fraction;
 };
 
-/// What a conversion is to give: an error, or the result as text.
+/// The expected outcome of a conversion: an error, or the result as text.
 struct Expected {
     ErrorNumber error = 0;
     std::string text;
@@ -97,7 +97,7 @@ Exact split(std::string digits) {
     return {negative, digits.substr(0, point), point < digits.size() ? digits.substr(point + 1) : ""};
 }
 
-/// A number text taken apart, with commas and blanks gone; nothing if it is none. `for_c` is what strtod reads.
+/// The parts of a number text, without commas and blanks. `for_c` is what strtod reads.
 struct NumberText {
     Exact number;
     std::string for_c;
@@ -130,7 +130,7 @@ std::optional<NumberText> number_in(std::string_view text) {
     if (end < text.size()) {
         const std::string magnitude = exponent.substr(exponent.starts_with('+') || exponent.starts_with('-') ? 1 : 0);
         if (magnitude.empty() || magnitude.find_first_not_of("0123456789") != std::string::npos) return std::nullopt;
-        // Beyond this the number is 0 or too large, whatever digits a text of this length may have.
+        // Beyond this exponent the number is 0 or too large, for any digits of a text of this length.
         power = std::clamp(std::strtol(exponent.c_str(), nullptr, 10), -20'000L, 20'000L);
     }
     read.for_c = (read.number.negative ? "-" : "") + read.number.whole + "." + read.number.fraction + "e" +
@@ -139,7 +139,7 @@ std::optional<NumberText> number_in(std::string_view text) {
     return read;
 }
 
-/// What a variant is to convert to, type by type.
+/// The expected conversions of a variant, one for each type.
 struct Model {
     ErrorNumber error = 0;  ///< of every numeric conversion
     Exact number;

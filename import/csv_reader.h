@@ -18,14 +18,14 @@ struct CsvRow {
     std::vector<CsvCell> cells;
 };
 
-/// Reads comma-separated values row by row. Empty lines are no rows; a line may end with CR LF or LF.
+/// Reads comma-separated values row by row. Empty lines are skipped; lines end with CR LF or LF.
 /// Source   RFC 4180.
 class CsvReader {
 public:
     CsvReader(const SourceText& source, InputErrors& errors) : source_(source), text_(source.text()), errors_(errors) {}
 
     /// The next row; nothing at the end.
-    /// Errors   a row that breaks the rules of quoting is told and passed over.
+    /// Errors   a row that breaks the rules of quoting is reported and skipped.
     std::optional<CsvRow> next();
 
 private:

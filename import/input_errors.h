@@ -8,7 +8,7 @@
 
 namespace vantlo {
 
-/// What is wrong with the input, all of it: the first hundred in words of one language, the rest counted.
+/// All errors of the input: the first hundred as messages in one language, the others as a number.
 class InputErrors {
 public:
     static constexpr std::size_t kept = 100;
@@ -17,14 +17,14 @@ public:
 
     [[nodiscard]] Language language() const { return language_; }
 
-    /// Something is wrong with what stands at `offset`.
+    /// Adds an error at `offset`.
     template <typename... Values>
     void add(const SourceText& source, std::size_t offset, const Message& reason, const Values&... values) {
         ++count_;
         if (errors_.size() < kept) errors_.push_back(where(source, offset) + say(language_, reason, values...));
     }
 
-    /// Something is wrong that stands nowhere in a text; `place` is the file's name, or begins with it.
+    /// Adds an error without an offset; `place` is the file's name, or begins with it.
     template <typename... Values>
     void add(const std::string& place, const Message& reason, const Values&... values) {
         ++count_;

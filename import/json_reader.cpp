@@ -19,7 +19,7 @@ namespace {
 
 using nlohmann::json;
 
-/// The library's words for a fault, without its own count of where.
+/// The library's message for a fault, without the place that it names.
 std::string reason_of(const std::string& what) {
     const std::size_t place = what.find("column");
     const std::string reason =
@@ -27,8 +27,8 @@ std::string reason_of(const std::string& what) {
     return reason.substr(0, reason.find("; last read"));
 }
 
-/// Builds a tree of what the library reads. The library does not say where a value stands: its events come one for each
-/// token, so the same tokens are counted off in the text.
+/// Builds a tree of what the library reads. The library does not report the place of a value; since each of its events
+/// stands for one token, the same tokens are counted in the text.
 class TreeBuilder : public nlohmann::json_sax<json> {
 public:
     /// `text` stands at `base` in the source. Elements of the lists of the document go to `take`, where it is given.
@@ -36,7 +36,7 @@ public:
                 TakeElement take = {})
         : source_(source), text_(text), base_(base), errors_(errors), take_(std::move(take)) {}
 
-    /// The document; nothing if it is no JSON, which is told.
+    /// The document; nothing for invalid JSON, which is reported.
     std::optional<InputValue> document() {
         if (!json::sax_parse(text_, this)) return std::nullopt;
         return std::move(document_);
@@ -72,12 +72,12 @@ public:
 
     bool parse_error(std::size_t read, const std::string&, const nlohmann::detail::exception& fault) override {
         pass_blanks();
-        // A separator that was not the last character read was in its place; the fault is what follows it.
+        // If the library read past a separator, the separator was right: the fault follows it.
         if (at_ < text_.size() && is_separator(text_[at_]) && at_ + 1 < read) {
             ++at_;
             pass_blanks();
         }
-        at_ = std::min(at_, read - 1);  // `01` is two numbers to the library
+        at_ = std::min(at_, read - 1);  // the library reads `01` as two numbers
         errors_.add(source_, base_ + at_, words::no_json, reason_of(fault.what()));
         return false;
     }

@@ -74,7 +74,7 @@ bool has_control_character(TextView text) {
     });
 }
 
-/// What a line of a bill, or a bill that is about one kind of goods, cannot be without.
+/// The required fields of a line, and of a header that is about one kind of goods.
 constexpr std::string_view needed_fields[] = {"goods", "quantity"};
 
 }  // namespace
@@ -135,7 +135,7 @@ void ShopReader::take_row(const MasterTable& table, const InputValue& row) {
     std::string key(table.field), what;
     for (const BillColumn& column : keys) {
         const Text text = to_text(values.value(column.column));
-        if (text.empty()) return;  // no text, which is told
+        if (text.empty()) return;  // reported as no text
         if (!what.empty()) what += ' ';
         what += to_utf8(trim_blanks(text));
         key += '\n';
@@ -154,7 +154,7 @@ void ShopReader::take_bill(const InputValue& object) {
     const BillTable& header = *bill.kind->header;
     const InputValue& id = *object.member("id");
     bill.id = read_text(id, "id", limits_.of(header.name, header.id_column));
-    if (bill.id.empty()) return;  // no text, which is told
+    if (bill.id.empty()) return;  // reported as no text
     bill.header = read_record(object, header.name, header.columns, {"kind", "id", "lines"});
     check_needed(object, header.columns);
     const InputValue* const lines = object.member("lines");
@@ -218,7 +218,7 @@ Variant ShopReader::read_value(const InputValue& value, const BillColumn& column
         case ColumnType::date: break;
     }
     if (value.kind == Kind::null) return Null{};
-    // A time alone would be a time on the calendar's first day.
+    // A time alone would be read as a time on 30 December 1899.
     const bool has_day = is_text(value) && value.text.find_first_of("-/") != std::string::npos;
     const std::optional<Date> date = has_day ? date_from_text(from_utf8(value.text)) : std::nullopt;
     if (date) return *date;
@@ -252,7 +252,7 @@ Variant ShopReader::read_single(const InputValue& value, std::string_view field)
     } else {
         const auto single = static_cast<float>(*number);
         const Text kept = number_text(single);
-        // What the file says is what people will see: a Single keeps seven digits.
+        // A Single keeps seven digits: a number that it would change is refused.
         if (double_from_text(kept) == number) return single;
         tell(value.offset, words::number_inexact, field, shown(value), to_utf8(kept));
     }
@@ -300,7 +300,7 @@ bool ShopReader::expect_object(const InputValue& value) {
     return false;
 }
 
-/// Whether the object has something in that field, and be it of the wrong type; missing and blank texts are told.
+/// True if present, of any type; reports missing or blank.
 bool ShopReader::is_given(const InputValue& object, std::string_view field) {
     const InputValue* const value = object.member(field);
     if (value == nullptr) {

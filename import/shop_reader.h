@@ -13,7 +13,7 @@
 
 namespace vantlo {
 
-/// What is not told by a file itself.
+/// What a file itself does not say.
 struct FileOptions {
     Encoding encoding = Encoding::utf8;
     std::string table;  ///< of CSV files with master data; if empty, the file is named after it: `goods.csv`
@@ -27,7 +27,7 @@ struct FileOptions {
 ///          Fields are those of the bill's kind; texts left out are empty, numbers 0, dates null.
 class ShopReader {
 public:
-    /// What is wrong is told in this language.
+    /// `language` is that of the error messages.
     explicit ShopReader(Language language) : errors_(language) {}
 
     /// Reads one more file. Errors: whatever is wrong is added to errors().
@@ -35,7 +35,7 @@ public:
 
     [[nodiscard]] InputErrors& errors() { return errors_; }
 
-    /// What the files hold; of use only without errors.
+    /// What the files hold; meaningless if there are errors.
     [[nodiscard]] ShopFile& shop() { return shop_; }
 
     /// Where something stands.
@@ -66,7 +66,7 @@ private:
     bool is_new(const std::string& key, const std::string& what, std::size_t offset);
     [[nodiscard]] std::string shown(const InputValue& value) const;
 
-    /// Something is wrong with what stands at `offset` of the file that is being read.
+    /// Reports what stands at `offset` of the file that is being read.
     template <typename... Values>
     void tell(std::size_t offset, const Message& reason, const Values&... values) {
         errors_.add(*source_, offset, reason, values...);

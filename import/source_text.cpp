@@ -32,7 +32,7 @@ constexpr std::string_view replacement = "\xEF\xBF\xBD";
 
 bool is_continuation(char byte) { return (static_cast<unsigned char>(byte) & 0xC0) == 0x80; }
 
-/// Stands in for a byte that is no text.
+/// Replaces an invalid byte.
 void replace_byte(DecodedFile& file, char byte) {
     const bool is_first_of_line =
         file.faults.empty() || file.text.find('\n', file.faults.back().offset) != std::string::npos;
@@ -62,14 +62,14 @@ public:
         if (is_open()) ::iconv_close(handle_);
     }
 
-    /// Whether the C library knows such a conversion. Its own way to say no is this value.
+    /// True if the C library knows the conversion; otherwise iconv_open returns this value.
     [[nodiscard]] bool is_open() const { return handle_ != reinterpret_cast<iconv_t>(-1); }  // NOLINT
 
-    /// Appends what `bytes` begins with, up to a byte that is no text, and takes it off. Returns false at such a byte.
+    /// Moves the start of `bytes` to the text, up to an invalid byte. Returns false at such a byte.
     bool convert(std::string_view& bytes, std::string& text) {
         std::string buffer(1 << 16, '\0');
         while (!bytes.empty()) {
-            char* in = const_cast<char*>(bytes.data());  // iconv takes it so, and does not write there
+            char* in = const_cast<char*>(bytes.data());  // iconv's parameter is not const, but it does not write there
             std::size_t in_left = bytes.size();
             char* out = buffer.data();
             std::size_t out_left = buffer.size();

@@ -28,8 +28,7 @@ public:
     [[nodiscard]] const std::string& file() const { return file_; }
     [[nodiscard]] std::string_view text() const { return text_; }
 
-    /// The place of the byte at `offset`, which may be the end. It counts from the file's beginning, so that only what
-    /// is shown to people pays for it.
+    /// The place of the byte at `offset`, which may be the end. Counts from the beginning of the file: for messages only.
     [[nodiscard]] Place place(std::size_t offset) const;
 
 private:
@@ -37,7 +36,7 @@ private:
     std::string text_;
 };
 
-/// A file's text, and where it had bytes that are no text.
+/// A file's text, and the places of its invalid bytes.
 struct DecodedFile {
     struct Fault {
         std::size_t offset;  ///< in `text`, where U+FFFD stands for the byte
@@ -49,7 +48,7 @@ struct DecodedFile {
 };
 
 /// Reads a file. Shape: UTF-8 without a byte order mark, whether the file has one or not.
-/// Returns  nothing, told, if it cannot be read or is UTF-16.
+/// Returns  nothing if it cannot be read or is UTF-16, which is reported.
 std::optional<DecodedFile> read_file(const std::string& path, Encoding encoding, InputErrors& errors);
 
 }  // namespace vantlo

@@ -12,7 +12,7 @@ struct Caught {
     std::string account;
 };
 
-/// Calls something and catches the Failure that it ends in.
+/// Catches the Failure of a call.
 template <typename Callable>
 Caught caught(Callable&& call) {
     try {

@@ -23,10 +23,10 @@ inline constexpr const char* tables_of_many_kinds = R"(
     create view V as select A.i, A.t, B.k, B.n from A, B where A.n = B.n;
 )";
 
-/// Two equal databases in memory, of which one connection lifts literals and the other sends every text as it stands.
+/// Two equal databases in memory: one connection parameterizes literals, the other sends every text unchanged.
 class PairedConnections {
 public:
-    /// What a statement came to on one of them.
+    /// The outcome of a statement on one of them.
     struct Outcome {
         Caught failure;
         ResultTable result;
@@ -39,7 +39,7 @@ public:
         plain_->run_script(script);
     }
 
-    /// Runs a statement on both. Returns: whether result or failure, and what can be done about it, are the same.
+    /// Runs a statement on both. Returns true if result, failure and remedy are the same.
     bool run(TextView statement) {
         lifted = outcome(*lifting_, statement);
         plain = outcome(*plain_, statement);
@@ -63,7 +63,7 @@ private:
         return outcome;
     }
 
-    // Equality takes the two zeros for one.
+    // 0.0 == -0.0, so the signs are compared too.
     static bool are_same(const Variant& left, const Variant& right) {
         const auto* const number = left.get_if<double>();
         return left == right && (number == nullptr || std::signbit(*number) == std::signbit(*right.get_if<double>()));

@@ -27,7 +27,7 @@ constexpr Message environment_language = {"其中第一个有值的以 zh 开头
 
 namespace {
 
-/// A text in which groff reads nothing as a request of its own.
+/// Escapes a text for groff.
 std::string roff(const std::string& text) {
     std::string result;
     bool begins_line = true;
@@ -92,7 +92,7 @@ std::string choices_of(const CLI::Option& option) {
     return choices;
 }
 
-/// What stands for an option's value: bash's compgen arguments.
+/// The arguments of bash's compgen that complete an option's value.
 std::string value_of(const CLI::Option& option) {
     const bool is_file = option.get_type_name() == "FILE" || option.get_name() == "--db";
     return is_file ? "-f" : "-W '" + choices_of(option) + "'";
@@ -106,7 +106,7 @@ std::string option_names(const CLI::App& app) {
     return names;
 }
 
-/// What stands for the first argument of a command: bash's compgen arguments.
+/// The arguments of bash's compgen that complete a command's first argument; empty if it has none.
 std::string first_argument(const CLI::App& command) {
     const std::vector<const CLI::Option*> arguments = shown_options(command, true);
     if (arguments.empty()) return "";

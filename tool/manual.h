@@ -4,7 +4,7 @@
 
 namespace vantlo {
 
-// What a package installs beside the program, made of the command line's own definition: nothing is told twice.
+// Manual page and completion, generated from the definition of the command line.
 
 /// The manual page, for man, in the user's language.
 /// Source   man-pages(7) and groff_man(7).

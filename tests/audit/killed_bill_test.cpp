@@ -12,7 +12,7 @@
 #include "tests/support/temporary_folder.h"
 #include "tool/output/verify_report.h"
 
-// A host that stores a bill, posts its lines without a transaction, and dies over it.
+// A host that stores a bill, posts its lines without a transaction, and is killed meanwhile.
 
 namespace vantlo::test {
 namespace {
@@ -26,7 +26,7 @@ Bill bill_of_three_lines() {
     return bill;
 }
 
-/// Leaves a file whose bills are all stored, and all but the one of three lines posted.
+/// Makes a database file with all bills stored, and all posted but the one of three lines.
 void store_without_posting(const std::string& file) {
     const auto database = open_connection("sqlite:" + file);
     database->run_script(schema_for("sqlite"));
@@ -39,7 +39,7 @@ void store_without_posting(const std::string& file) {
     database->run(u"drop table Before");
 }
 
-/// Posts the bill's lines in a process of its own that is killed before its n-th statement. Returns whether it was.
+/// Posts the bill's lines in another process, killed before its n-th statement. Returns true if it was.
 bool post_and_kill(const std::string& file, int kill_at) {
     const pid_t child = ::fork();
     REQUIRE(child >= 0);

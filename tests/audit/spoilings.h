@@ -8,18 +8,18 @@
 #include "support/stock_bills.h"
 #include "tests/support/sample_shop.h"
 
-// The ways in which a ledger goes wrong, each on rows of its own in the sample shop.
+// The faults that a ledger can have, each on different rows of the sample shop.
 
 namespace vantlo::test {
 
-/// What somebody did to the ledger of the sample shop, and the cause that it must be found under.
+/// A change of the sample shop's ledger, and the cause that verify must report for it.
 struct Spoiling {
     Cause cause;
     const char* name;
     std::vector<TextView> statements;  ///< what was done to rows; empty for what was done with a bill
     const char16_t* bill = nullptr;    ///< a stock bill that was saved before
     bool is_reversed = false;          ///< and taken back
-    int postings = 0;                  ///< how often it was posted, or less than 0, unposted besides
+    int postings = 0;                  ///< additional postings of the bill; -1 for one reversal
     TextView afterwards{};             ///< a statement after all that
 };
 
@@ -60,7 +60,7 @@ inline const std::vector<Spoiling>& spoilings() {
 }
 // clang-format on
 
-/// Posts a bill of one line, or with -1 its opposite, which unposts it.
+/// Posts a bill of one line; with -1, reverses it.
 inline void post_beside(NativeConnection& database, Bill bill, int sign) {
     Bill signed_bill = stock_bill(bill.id, u"G001", 4 * sign, u"W-" + bill.id, u"W01");
     RecordLine line(signed_bill.lines.front(), nullptr);

@@ -10,7 +10,7 @@
 
 #include "tests/support/shell.h"
 
-// Documents whose commands a test runs: what they show is what a reader sees who follows them.
+// Runs the commands that documents show, so that their output can be compared.
 
 namespace vantlo::test {
 

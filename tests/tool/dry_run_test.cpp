@@ -7,7 +7,7 @@
 #include "ado/native/open_connection.h"
 #include "tests/support/shell.h"
 
-// A dry run does everything but keep it.
+// A dry run makes every change and rolls it back.
 
 namespace vantlo::test {
 namespace {
@@ -34,7 +34,7 @@ TEST_CASE("A dry run shows the statements as they are sent then, and each row be
     shell.file("bills.json", three_bills);
     const Finished rehearsed = shell.vantlo("save --dry-run bills.json 2>/dev/null");
     CHECK(rehearsed.exit_code == 0);
-    // A later bill sees what those before it would have done.
+    // A later bill sees the changes of the earlier ones.
     CHECK_MESSAGE(rehearsed.has("-- W1 G1, status 0: received none → 24, issued none → 0, on hand none → 24\n"),
                   rehearsed.output);
     CHECK(rehearsed.has("-- W1 G1, status 0: received 24 → 24, issued 0 → 5, on hand 24 → 19\n"));

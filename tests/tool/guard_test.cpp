@@ -3,7 +3,7 @@
 #include "bookkeeping/posting_watch.h"
 #include "tests/support/shell.h"
 
-// What the component by design does not check, and what the host makes of it.
+// What the component does not check by design, and the guard of the host does.
 
 namespace vantlo::test {
 namespace {
@@ -89,7 +89,7 @@ TEST_CASE_FIXTURE(Shop, "Stock that goes negative is warned of, and refused on r
     CHECK(warned.exit_code == 0);
     CHECK(warned.has("warning: stock-out B3: W1 G1, status 0 goes to -2 on hand"));
 
-    // A receipt that leaves the row below zero mends it; it is no reason to warn.
+    // A receipt that leaves the row below zero makes it better: no warning.
     shell.file("in.json", bill("stock-in", "B4", "", R"("goods": "G1", "quantity": 1, "receiver": "W1")"));
     const Finished mended = shell.vantlo("save --fail-on-negative in.json");
     CHECK(mended.exit_code == 0);

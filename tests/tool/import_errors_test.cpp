@@ -6,7 +6,7 @@
 
 #include "tests/support/shell.h"
 
-// What is wrong with a file, told from a shell: file, line, column and reason, character by character.
+// Error messages of vantlo import, compared as a whole: file, line, column and reason.
 
 namespace vantlo::test {
 namespace {

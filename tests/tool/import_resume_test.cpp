@@ -7,7 +7,7 @@
 #include "tests/support/terminal.h"
 #include "tool/output/progress_bar.h"
 
-// A long import in a terminal: killed, interrupted, taken up again, with exact sums at the end.
+// A long import in a terminal is killed, interrupted and resumed; the sums are exact in the end.
 
 namespace vantlo::test {
 namespace {
@@ -48,7 +48,7 @@ std::string query(const Shell& shell, const std::string& statement) {
     return shell.run("sqlite3 vantlo.db '" + statement + "'").output;
 }
 
-/// Waits until the progress that is shown has come to so many percent.
+/// Waits until the progress bar shows so many percent.
 bool wait_for_share(Terminal& terminal, int percent) {
     return terminal.wait_until([&] {
         const std::string& shown = terminal.shown();

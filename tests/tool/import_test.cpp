@@ -69,7 +69,7 @@ std::vector<ordered_json> bill_rows(const ordered_json& file) {
     return rows;
 }
 
-/// What both roads must agree on: the ledger, and every row that they stored.
+/// What save and import must agree on: the ledger, and every stored row.
 std::string all_rows(const Shell& shell, const std::string& database) {
     std::string text;
     for (const char* table : {"Inventory", "Warehouse", "Goods", "StockBill", "StockBillItems", "RGstockBill",

@@ -2,7 +2,7 @@
 
 #include "tests/support/transcript.h"
 
-// The README's transcript is what a reader sees who follows it.
+// The README's transcript is run and compared.
 
 namespace vantlo::test {
 namespace {

@@ -9,7 +9,7 @@
 namespace vantlo::test {
 namespace {
 
-/// A shop whose ledger was spoilt behind the tool's back.
+/// A shop whose ledger was changed by something else than the tool.
 void spoil(const Shell& shell, TextView statement) {
     open_connection("sqlite:" + shell.path("vantlo.db"))->run(statement);
 }

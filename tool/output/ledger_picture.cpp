@@ -80,7 +80,7 @@ std::string number(double value) {
     return (value < 0 ? "−" : "") + digits;
 }
 
-/// The values of an axis that a person would choose, from the lowest value to the highest, 0 among them.
+/// The marks of an axis: multiples of 1, 2 or 5 times a power of ten that cover both values and 0.
 std::vector<double> ticks(double lowest, double highest) {
     const double span = std::max(highest, 0.0) - std::min(lowest, 0.0);
     if (span == 0) return {0, 1};
@@ -108,7 +108,7 @@ public:
         body_ +=
             fmt::format("<line x1=\"{:.1f}\" y1=\"{:.1f}\" x2=\"{:.1f}\" y2=\"{:.1f}\" {}/>\n", x1, y1, x2, y2, style);
     }
-    /// A rectangle between two corners, with what a viewer shows on pointing at it.
+    /// A rectangle between two corners; `title` is its tooltip.
     void bar(double x1, double y1, double x2, double y2, const char* colour, const std::string& title) {
         body_ += fmt::format(
             "<rect x=\"{:.1f}\" y=\"{:.1f}\" width=\"{:.1f}\" height=\"{:.1f}\" rx=\"2\" "
@@ -146,7 +146,7 @@ constexpr const char* heading = "font-size=\"16\" font-weight=\"bold\"";
 
 const char* colour_of(std::size_t warehouse) { return colours[warehouse % std::size(colours)]; }
 
-/// Stock on hand, one bar a warehouse. Returns where it ends.
+/// Draws the stock on hand as one bar a warehouse. Returns the y below it.
 double draw_stock(Drawing& drawing, const LedgerPicture& picture, double top, Language language) {
     drawing.text(margin, top, words::picture_stock.in(language), heading);
     const std::size_t count = std::min(picture.warehouses.size(), most_bars);
@@ -178,7 +178,7 @@ double draw_stock(Drawing& drawing, const LedgerPicture& picture, double top, La
     return bottom + 30;
 }
 
-/// The frame of a panel over time: value axis and dates. Returns where a date stands.
+/// Draws the value axis and the dates of a panel; maps days and values to coordinates.
 class TimePanel {
 public:
     TimePanel(Drawing& drawing, const std::set<std::string>& days, double top, double lowest, double highest)

@@ -9,25 +9,25 @@
 
 namespace vantlo {
 
-/// What a picture of the ledger shows. Quantities are in base units, as a picture can tell them apart.
+/// What a picture of the ledger shows. Quantities are doubles, in base units: exact enough to draw.
 struct LedgerPicture {
     struct Warehouse {
         std::string name;
         double on_hand = 0;                    ///< as the ledger holds it
-        std::map<std::string, double> by_day;  ///< what the bills of a day (yyyy-MM-dd) made of it
+        std::map<std::string, double> by_day;  ///< stock after each day (yyyy-MM-dd) that moved it
     };
     struct Day {
         double received = 0;
         double issued = 0;
     };
-    std::vector<Warehouse> warehouses;  ///< the fullest first
+    std::vector<Warehouse> warehouses;  ///< highest stock first
     std::map<std::string, Day> days;    ///< by date
 };
 
 /// Reads the stock from the ledger, and the movement from the stored bills, posted again in memory.
 LedgerPicture read_picture(NativeConnection& database, const LedgerFilter& filter, Language language);
 
-/// The picture as an SVG drawing, readable by itself: fonts are the viewer's own.
+/// The picture as one SVG file without references to others; the viewer supplies the fonts.
 std::string picture_svg(const LedgerPicture& picture, Language language);
 
 /// The drawing in an HTML page, with the numbers as a table below it.

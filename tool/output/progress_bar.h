@@ -7,12 +7,12 @@
 
 namespace vantlo {
 
-/// How far a work of many lines has come, as one line of text no wider than `width` cells.
+/// The progress as one line of text, no wider than `width` cells.
 /// Example  `[##########..........]  50%  50 of 100 lines  10 a second  0:05 left`
 std::string progress_line(std::size_t done, std::size_t total, std::chrono::duration<double> passed, std::size_t width,
                           Language language);
 
-/// Shows progress on stderr while it lives, if that is a terminal; else nothing.
+/// Shows progress on stderr if that is a terminal, else nothing; its destructor removes it.
 class ProgressBar {
 public:
     ProgressBar(std::size_t total, Language language);

@@ -8,7 +8,7 @@ namespace vantlo {
 std::string script_of(const std::vector<Repair>& repairs, const std::string& dialect, Language language) {
     if (repairs.empty()) return {};
     std::string script;
-    // Otherwise a backslash in a text would be no character of it.
+    // Without it MariaDB reads a backslash in a literal as an escape.
     if (dialect == "mariadb") script += "set sql_mode=concat(@@sql_mode,',NO_BACKSLASH_ESCAPES');\n";
     const bool has_transactions = dialect != "access";
     if (has_transactions) script += dialect == "sqlserver" ? "begin transaction;\n" : "begin;\n";

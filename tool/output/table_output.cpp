@@ -9,7 +9,7 @@
 namespace vantlo {
 
 std::size_t cell_width(const std::string& text) {
-    // libunistring goes by the encoding's name where a character's width is ambiguous; UTF-8 means narrow.
+    // libunistring takes the width of ambiguous characters from the encoding's name: narrow for UTF-8.
     const auto* const bytes = reinterpret_cast<const std::uint8_t*>(text.data());
     return static_cast<std::size_t>(std::max(0, u8_width(bytes, text.size(), "UTF-8")));
 }

@@ -5,7 +5,7 @@
 
 namespace vantlo {
 
-/// A table of texts (UTF-8) for people: columns aligned by the cells that a terminal gives each character.
+/// A table of texts (UTF-8), its columns aligned by the terminal cells of their characters.
 class TableOutput {
 public:
     enum class Align { left, right };
@@ -21,7 +21,7 @@ public:
 
     void add_row(std::vector<std::string> cells) { rows_.push_back(std::move(cells)); }
 
-    /// A row below a rule.
+    /// Adds a rule and a row below it.
     void set_totals(std::vector<std::string> cells) { totals_ = std::move(cells); }
 
     [[nodiscard]] std::string text() const;

@@ -8,7 +8,7 @@
 
 namespace vantlo {
 
-/// What is told of a comparison, for people: the causes in order, with the rows and the bills that touch them.
+/// The report of a comparison: the causes in order, each with its rows and the bills that touch them.
 std::string report_of(const std::vector<Finding>& findings, const BillTimeline& timeline, std::size_t ledger_rows,
                       Language language);
 
