@@ -52,7 +52,7 @@ struct Outcome {
 const BillKind& kind_posted_by(const Member& method) {
     const auto is_called = [&](const MemberCall& call) { return TextView(call.member) == method.name; };
     for (const BillKind& kind : bill_kinds()) {
-        if (std::ranges::any_of(kind.post, is_called) || std::ranges::any_of(kind.take_back, is_called)) return kind;
+        if (std::ranges::any_of(kind.post, is_called) || std::ranges::any_of(kind.reversal, is_called)) return kind;
     }
     throw std::logic_error("no kind of bill calls " + to_utf8(method.name));
 }
