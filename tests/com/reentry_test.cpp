@@ -37,6 +37,7 @@ struct LibraryFixture {
                 if (index != event) return;
                 if (act == HostAct::release_object) {
                     object = nullptr;
+                    CHECK_FALSE(library.can_unload());  // the call holds the object
                 } else {
                     object->putref_ADOConn(act == HostAct::set_another ? another.get() : nullptr);
                 }
