@@ -6,8 +6,8 @@
 #include <set>
 
 #include "audit/repair_plan.h"
-#include "bookkeeping/bill_history.h"
 #include "automation/calendar.h"
+#include "bookkeeping/bill_history.h"
 #include "tests/audit/spoilings.h"
 #include "tool/output/verify_report.h"
 

@@ -40,8 +40,8 @@ std::vector<std::string> tokens_of(const std::string& statement) {
     for (std::size_t at = 0; at < statement.size();) {
         const char c = statement[at];
         std::size_t end = at + 1;
-        if (c == '\'') {
-            end = statement.find('\'', end);  // a doubled one ends one literal and begins the next
+        if (c == '\'' || c == '#') {
+            end = statement.find(c, end);  // a doubled one ends one literal and begins the next
             REQUIRE_MESSAGE(end != std::string::npos, statement);
             ++end;
         } else if (is_word(c)) {

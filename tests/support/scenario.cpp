@@ -7,6 +7,7 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "automation/calendar.h"
 #include "automation/number_text.h"
 #include "dataaccess/sql_literals.h"
 

@@ -40,9 +40,7 @@ void add_delete(CLI::App& app, CommandCall& call) {
     command->add_option("KIND", bill->kind, common.say(words::bill_kind))->required();
     command->add_option("ID", bill->id, common.say(words::bill_id))->required();
     add_posting_options(*command, common);
-    command->callback([&call, bill] {
-        call.work = [&common = call.common, bill] { return reverse(common, *bill); };
-    });
+    command->callback([&call, bill] { call.work = [&common = call.common, bill] { return reverse(common, *bill); }; });
 }
 
 }  // namespace vantlo

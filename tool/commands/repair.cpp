@@ -143,7 +143,8 @@ ExitCode repair_ledger(const CommonOptions& common, const RepairOptions& options
     if (!options.applies) return ExitCode::done;
     if (!options.yes) {
         std::cout << std::flush;
-        const std::optional<bool> answer = ask_to_confirm(common, common.say(words::confirm_repair, Count(repairs.size())));
+        const std::optional<bool> answer =
+            ask_to_confirm(common, common.say(words::confirm_repair, Count(repairs.size())));
         if (!answer) std::cerr << "vantlo: " << common.say(words::repair_needs_yes) << '\n';
         if (!answer.value_or(false)) return answer ? ExitCode::refused : ExitCode::usage;
     }
