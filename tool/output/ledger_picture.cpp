@@ -261,20 +261,15 @@ double draw_movement(Drawing& drawing, const LedgerPicture& picture, const std::
     return top + panel_height + 60;
 }
 
-}  // namespace
+/// What the stored bills add to the stock of each warehouse, by date.
+using StockByDay = std::map<std::string, std::map<Text, double>>;
 
-LedgerPicture read_picture(NativeConnection& database, const LedgerFilter& filter, Language language) {
-    LedgerPicture picture;
-    std::map<Text, LedgerPicture::Warehouse> warehouses;
-    for (const LedgerRow& row : read_ledger(database, filter)) {
-        LedgerPicture::Warehouse& warehouse = warehouses[row.warehouse];
-        warehouse.name = named(row.warehouse, row.warehouse_name);
-        warehouse.on_hand += row.on_hand.to_double();
-    }
-
+/// Posts the stored bills again in memory, and adds each day's movement to the picture.
+StockByDay read_days(NativeConnection& database, const LedgerFilter& filter, Language language,
+                     LedgerPicture& picture) {
     const BillTimeline timeline = read_timeline(database);
     const Recomputation posted = recompute(database, timeline, language);
-    std::map<std::string, std::map<Text, double>> added;  // to the stock of a warehouse, by date
+    StockByDay added;
     for (const PostingStep& step : posted.steps) {
         const LedgerEntry& row = posted.rows[step.row];
         if (!is_wanted(row, filter) || !row.key.parts[0]) continue;
@@ -283,6 +278,11 @@ LedgerPicture read_picture(NativeConnection& database, const LedgerFilter& filte
         picture.days[date].issued += units(step.added[1]);
         added[date][*row.key.parts[0]] += units(step.added[2]);
     }
+    return added;
+}
+
+/// Sums the days up to each warehouse's stock at the end of each day that moved it.
+void add_up(const StockByDay& added, std::map<Text, LedgerPicture::Warehouse>& warehouses) {
     std::map<Text, double> on_hand;
     for (const auto& [date, of_warehouses] : added) {
         for (const auto& [id, quantity] : of_warehouses) {
@@ -292,6 +292,19 @@ LedgerPicture read_picture(NativeConnection& database, const LedgerFilter& filte
             }
         }
     }
+}
+
+}  // namespace
+
+LedgerPicture read_picture(NativeConnection& database, const LedgerFilter& filter, Language language) {
+    std::map<Text, LedgerPicture::Warehouse> warehouses;
+    for (const LedgerRow& row : read_ledger(database, filter)) {
+        LedgerPicture::Warehouse& warehouse = warehouses[row.warehouse];
+        warehouse.name = named(row.warehouse, row.warehouse_name);
+        warehouse.on_hand += row.on_hand.to_double();
+    }
+    LedgerPicture picture;
+    add_up(read_days(database, filter, language, picture), warehouses);
     for (auto& [id, warehouse] : warehouses) picture.warehouses.push_back(std::move(warehouse));
     std::ranges::stable_sort(picture.warehouses, std::ranges::greater(), &LedgerPicture::Warehouse::on_hand);
     return picture;
