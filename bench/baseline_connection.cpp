@@ -3,7 +3,7 @@
 #include <stdexcept>
 
 #include "ado/native/statement_text.h"
-#include "bookkeeping/observed_connection.h"
+#include "bookkeeping/guarded_connection.h"
 
 namespace vantlo::bench {
 
@@ -58,8 +58,9 @@ void post(NativeConnection& database, Connection& connection, const BillLines& b
 
 BillStatements post_and_capture(NativeConnection& database, const BillLines& bill) {
     BillStatements statements;
-    ObservedConnection observed(database, [&](TextView statement) { statements.push_back(to_utf8(statement)); });
-    post(database, observed, bill);
+    const Owned<GuardedConnection> observed(new GuardedConnection(Owned<NativeConnection>(&database)));
+    observed->observe([&](TextView statement) { statements.push_back(to_utf8(statement)); }, nullptr);
+    post(*observed, *observed, bill);
     return statements;
 }
 

@@ -92,15 +92,19 @@ std::string take_messages() { return std::exchange(shown_messages, {}); }
 /// The work of one transaction, on the connection that it is open on.
 class Bookkeeping::Session {
 public:
-    Session(NativeConnection& database, const ObservedConnection::Show& show, Language language, PostingWatch* watch)
-        : connection_(database, show, watch), language_(language), watch_(watch) {
+    Session(GuardedConnection& connection, const GuardedConnection::Show& show, Language language, PostingWatch* watch)
+        : connection_(connection), language_(language), watch_(watch) {
+        connection.observe(show, watch);
         // Every engine but Access reads the date literals of SQL Server.
-        component_.let_DATAType(database.dialect() == "access" ? u"[Microsoft Access]" : u"[Microsoft SQL Server]");
-        component_.set_ADOConn(&connection_);
+        component_.let_DATAType(connection.dialect() == "access" ? u"[Microsoft Access]" : u"[Microsoft SQL Server]");
+        component_.set_ADOConn(&connection);
     }
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
-    ~Session() { component_.set_ADOConn(nullptr); }
+    ~Session() {
+        component_.set_ADOConn(nullptr);
+        connection_.observe({}, nullptr);
+    }
 
     void store(const Bill& bill);
     Bill stored(const BillKind& kind, const Text& id);
@@ -117,8 +121,11 @@ public:
 
 private:
     std::vector<Record> read_lines(const BillTable& table, const Text& id);
+    /// What the database said of the failure that stopped a member; empty if it was none of the database's.
+    /// Errors   whatever else stopped it: a TaskError.
+    [[nodiscard]] std::string account_of_failure() const;
 
-    ObservedConnection connection_;
+    GuardedConnection& connection_;
     Language language_;
     PostingWatch* watch_;
     Inventory_Class component_;
@@ -182,7 +189,7 @@ public:
     }
 
     /// Takes all steps, in the transaction that is open; once more for each attempt.
-    void attempt(NativeConnection& database) {
+    void attempt(GuardedConnection& database) {
         take_messages();  // those of an attempt that failed
         outcomes_.clear();
         owner_.findings_.begin();
@@ -211,7 +218,7 @@ private:
         std::vector<LedgerChange> changes;
     };
 
-    void take(NativeConnection& database, const Step& step) {
+    void take(GuardedConnection& database, const Step& step) {
         Outcome& outcome = outcomes_.emplace_back();
         outcome.what = step.what;
         if (observer_ != nullptr) observer_->begins(step.what);
@@ -234,14 +241,14 @@ private:
     Bookkeeping& owner_;
     BookkeepingObserver* observer_;
     const std::vector<Step>& steps_;
-    ObservedConnection::Show show_;
+    GuardedConnection::Show show_;
     std::vector<Outcome> outcomes_;
 };
 
 void Bookkeeping::in_transaction(const std::vector<Step>& steps) {
     Transaction transaction(*this, steps);
     try {
-        saver_.save(next_marker(), [&](NativeConnection& database) {
+        saver_.save(next_marker(), [&](GuardedConnection& database) {
             transaction.attempt(database);
             return std::int32_t{0};
         });
@@ -297,12 +304,10 @@ void Bookkeeping::Session::post(std::span<const MemberCall> calls, const Bill& b
                 if (posted) posted(call, item);
                 return;
             }
-            // The statement that was not sent is the one which failed then.
-            stop_if_interrupted();
-            if (watch_ != nullptr) watch_->raise_refusal();
+            const std::string account = account_of_failure();
             throw TaskError(Reason::posting_failed, fmt::format("{} returned {} ({})\n{}{}", to_utf8(call.member),
                                                                 result, to_utf8(standard_text(result, language_)),
-                                                                take_messages(), connection_.account()));
+                                                                take_messages(), account));
         };
         if (!is_fed_lines(call)) post_one(nullptr, 0);
         std::int32_t item = 0;
@@ -312,6 +317,15 @@ void Bookkeeping::Session::post(std::span<const MemberCall> calls, const Bill& b
             post_one(&line, ++item);
         }
     }
+}
+
+std::string Bookkeeping::Session::account_of_failure() const {
+    try {
+        connection_.raise_failure();
+    } catch (const Failure& failure) {
+        return failure.what();
+    }
+    return {};
 }
 
 void Bookkeeping::Session::enter_into_journal(const Bill& bill, const MemberCall& call, std::int32_t item,

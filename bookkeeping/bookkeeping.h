@@ -8,7 +8,6 @@
 #include "bills/bill.h"
 #include "bills/master_tables.h"
 #include "bills/task_error.h"
-#include "bookkeeping/observed_connection.h"
 #include "bookkeeping/posting_watch.h"
 #include "bookkeeping/transaction_retry.h"
 

@@ -99,12 +99,7 @@ void PostingWatch::before(TextView statement) {
         findings_.warnings.push_back(what);
         return;
     }
-    refusal_ = what;
-    raise_refusal();
-}
-
-void PostingWatch::raise_refusal() const {
-    if (!refusal_.empty()) throw TaskError(Reason::refused, refusal_);
+    throw TaskError(Reason::refused, what);
 }
 
 void PostingWatch::after(TextView statement, const ResultTable& result) {

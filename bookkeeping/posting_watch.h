@@ -61,9 +61,6 @@ public:
 
     void after(TextView statement, const ResultTable& result);
 
-    /// The refusal that was raised inside the component, which turns it into an error number.
-    void raise_refusal() const;
-
     /// Warns of stock that the bill takes below zero, or further below, once for each ledger row.
     /// Errors   TaskError with Reason::refused, if that is to be refused.
     void look_at_stock(const std::vector<LedgerChange>& changes);
@@ -88,7 +85,6 @@ private:
     std::string dialect_;
     std::vector<LookUp> look_ups_;
     std::set<Text> conditions_;
-    std::string refusal_;
 };
 
 /// Whether the statement has two minus signs outside its literals, from which on many engines read a comment.

@@ -31,38 +31,22 @@ bool insert_marker(NativeConnection& connection, TextView marker) {
     }
 }
 
-/// Passes statements on up to the first that fails, and raises its failure for each one after it: the engine may have ended
-/// the transaction, and what ran on would be committed by itself. The component does run on where its unit look-up fails,
-/// with the error number as the factor.
-class WatchedConnection final : public NativeConnection {
-public:
-    WatchedConnection(NativeConnection& inner, std::optional<Failure>& first_failure)
-        : inner_(inner), first_failure_(first_failure) {}
-
-    ResultTable run(TextView statement) override {
-        raise_first_failure();
-        try {
-            return inner_.run(statement);
-        } catch (const Failure& failure) {
-            first_failure_ = failure;
-            throw;
-        }
+/// What the database says of the key that it refused; nothing for any other failure, or none.
+std::optional<std::string> refused_key(const std::exception_ptr& failure) {
+    if (failure == nullptr) return std::nullopt;
+    try {
+        std::rethrow_exception(failure);
+    } catch (const Failure& refusal) {
+        if (refusal.number() == error::constraint_violated) return refusal.what();
+    } catch (...) {
+        // No refusal of the database.
     }
-    void begin() override { inner_.begin(); }
-    void commit() override { inner_.commit(); }
-    void roll_back() override { inner_.roll_back(); }
-    [[nodiscard]] Remedy remedy() const override { return inner_.remedy(); }
-    [[nodiscard]] std::string dialect() const override { return inner_.dialect(); }
-    [[nodiscard]] std::string engine() const override { return inner_.engine(); }
+    return std::nullopt;
+}
 
-    void raise_first_failure() const {
-        if (first_failure_) throw *first_failure_;
-    }
-
-private:
-    NativeConnection& inner_;
-    std::optional<Failure>& first_failure_;
-};
+Owned<GuardedConnection> guarded(Owned<NativeConnection> connection) {
+    return Owned<GuardedConnection>(new GuardedConnection(std::move(connection)));
+}
 
 }  // namespace
 
@@ -80,8 +64,11 @@ Connect connect_in_turn(std::vector<std::string> databases, bool may_create) {
     };
 }
 
+TransactionRetry::TransactionRetry(Connect connect, RetryPolicy policy)
+    : connect_(std::move(connect)), policy_(policy), connection_(guarded(connect_())) {}
+
 std::int32_t TransactionRetry::save(TextView marker, const Work& work) {
-    standing_key_.clear();
+    standing_key_.reset();
     for (int failed_attempts = 0;; pause(failed_attempts)) {
         const bool is_last = ++failed_attempts == policy_.attempts;
         try {
@@ -96,27 +83,23 @@ std::int32_t TransactionRetry::save(TextView marker, const Work& work) {
 
 std::int32_t TransactionRetry::attempt(TextView marker, const Work& work) {
     stop_if_interrupted();
-    first_failure_.reset();
-    if (!connection_) connection_ = connect_();
-    NativeConnection& connection = **connection_;
+    if (!connection_) connection_ = guarded(connect_());
+    GuardedConnection& connection = **connection_;
     connection.begin();
-    if (!insert_marker(connection, marker)) return 0;
-    const Owned<WatchedConnection> watched(new WatchedConnection(connection, first_failure_));
-    const std::int32_t result = work(*watched);
-    if (result != 0) return result;
-    watched->raise_first_failure();
-    connection.commit();
-    return 0;
+    if (!insert_marker(connection.database(), marker)) return 0;
+    const std::int32_t result = work(connection);
+    if (result == 0) connection.commit();
+    return result;
 }
 
 bool TransactionRetry::roll_back_for_another() {
     if (!connection_) return true;
+    const std::optional<std::string> key = refused_key((*connection_)->failure());
     const Remedy remedy = (*connection_)->remedy();
     (*connection_)->roll_back();
     if (remedy == Remedy::connect_again) connection_.reset();
-    const bool is_key = first_failure_ && first_failure_->number() == error::constraint_violated;
-    const std::string key_before = std::exchange(standing_key_, is_key ? first_failure_->what() : "");
-    if (is_key && key_before == standing_key_) return false;
+    const std::optional<std::string> key_before = std::exchange(standing_key_, key);
+    if (key && key == key_before) return false;
     return remedy != Remedy::none;
 }
 

@@ -6,8 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "ado/native/native_connection.h"
-#include "automation/error.h"
+#include "bookkeeping/guarded_connection.h"
 
 namespace vantlo {
 
@@ -41,11 +40,10 @@ class TransactionRetry {
 public:
     /// Writes a bill and calls the component, all on the given connection, in a transaction that is open already.
     /// Returns  0, or the number of the error that stopped it. It is called again for another attempt.
-    using Work = std::function<std::int32_t(NativeConnection&)>;
+    using Work = std::function<std::int32_t(GuardedConnection&)>;
 
     /// Opens the first connection, once: a wrong name is told without delay. Errors: Failure.
-    explicit TransactionRetry(Connect connect, RetryPolicy policy = {})
-        : connect_(std::move(connect)), policy_(policy), connection_(connect_()) {}
+    explicit TransactionRetry(Connect connect, RetryPolicy policy = {});
 
     /// Saves one bill, all or nothing. `marker` names this saving and no other, in at most 64 characters.
     ///
@@ -67,9 +65,9 @@ private:
 
     Connect connect_;
     RetryPolicy policy_;
-    std::optional<Owned<NativeConnection>> connection_;
-    std::optional<Failure> first_failure_;  // of a statement in this attempt
-    std::string standing_key_;              // what the database said of a repeated key, in the attempt before this one
+    std::optional<Owned<GuardedConnection>> connection_;
+    std::optional<std::string>
+        standing_key_;  // what the database said of a repeated key, in the attempt before this one
     long retries_ = 0;
 };
 

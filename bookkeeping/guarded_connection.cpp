@@ -1,0 +1,44 @@
+#include "bookkeeping/guarded_connection.h"
+
+#include "bookkeeping/interrupt.h"
+
+namespace vantlo {
+
+template <typename Call>
+auto GuardedConnection::guarded(const Call& call) {
+    raise_failure();
+    try {
+        return call();
+    } catch (...) {
+        // A query of the watch fails inside the statement that it belongs to, and has been kept then.
+        if (failure_ == nullptr) failure_ = std::current_exception();
+        throw;
+    }
+}
+
+RecordsetVariable GuardedConnection::execute(TextView statement) {
+    return guarded([&] {
+        stop_if_interrupted();
+        if (watch_ != nullptr) watch_->before(statement);
+        if (show_) show_(statement);
+        ResultTable result = database_->run(statement);
+        if (watch_ != nullptr) watch_->after(statement, result);
+        return make_client_recordset(std::move(result));
+    });
+}
+
+ResultTable GuardedConnection::run(TextView statement) {
+    return guarded([&] { return database_->run(statement); });
+}
+
+void GuardedConnection::begin() {
+    failure_ = nullptr;
+    database_->begin();
+}
+
+void GuardedConnection::commit() {
+    raise_failure();
+    database_->commit();
+}
+
+}  // namespace vantlo

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <exception>
+#include <functional>
+
+#include "ado/native/native_connection.h"
+#include "bookkeeping/posting_watch.h"
+
+namespace vantlo {
+
+/// The connection on which the work of a transaction runs.
+///
+/// Statements reach the database up to the first failure; from then on each of them raises that failure again, and so does
+/// `commit`. The component turns every exception into an error number, and runs on where its unit look-up fails: the
+/// engine may have ended the transaction by then, and what ran on would be committed alone. The caller gets the exception
+/// itself from `raise_failure`.
+class GuardedConnection final : public NativeConnection {
+public:
+    using Show = std::function<void(TextView statement)>;
+
+    explicit GuardedConnection(Owned<NativeConnection> database) : database_(std::move(database)) {}
+
+    /// Who sees the statements of `execute` from now on: `watch` before each is sent, and its result; `show` what is sent.
+    /// Either may be empty.
+    void observe(Show show, PostingWatch* watch) {
+        show_ = std::move(show);
+        watch_ = watch;
+    }
+
+    /// Runs a statement of the posting, seen by the observers.
+    /// Errors   also a TaskError: the user has asked to stop, or the watch refuses.
+    RecordsetVariable execute(TextView statement) override;
+
+    /// Runs a statement that no observer sees: what the watch itself asks the database.
+    ResultTable run(TextView statement) override;
+
+    void begin() override;
+    void commit() override;
+    void roll_back() override { database_->roll_back(); }
+    [[nodiscard]] Remedy remedy() const override { return database_->remedy(); }
+    [[nodiscard]] std::string dialect() const override { return database_->dialect(); }
+    [[nodiscard]] std::string engine() const override { return database_->engine(); }
+
+    /// The first exception since `begin`; null if there was none.
+    [[nodiscard]] const std::exception_ptr& failure() const { return failure_; }
+
+    /// Errors   the first exception since `begin`, if there was one.
+    void raise_failure() const {
+        if (failure_ != nullptr) std::rethrow_exception(failure_);
+    }
+
+    /// The connection that it guards.
+    [[nodiscard]] NativeConnection& database() const { return *database_; }
+
+private:
+    ~GuardedConnection() override = default;
+
+    /// Calls, unless something has failed already; keeps what the call raises.
+    template <typename Call>
+    auto guarded(const Call& call);
+
+    Owned<NativeConnection> database_;
+    Show show_;
+    PostingWatch* watch_ = nullptr;
+    std::exception_ptr failure_;
+};
+
+}  // namespace vantlo
