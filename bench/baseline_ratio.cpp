@@ -77,7 +77,7 @@ struct Times {
 Times take_times(NativeConnection& database, BaselineConnection& baseline, const std::vector<BillLines>& bills,
                  const std::vector<BillStatements>& statements, int rounds) {
     // A database in memory works within this process; the time of a server is elapsed time.
-    const Clock clock = database.dialect() == "sqlite" ? Clock::own_processor_time : Clock::wall;
+    const Clock clock = database.dialect().is_embedded ? Clock::own_processor_time : Clock::wall;
     Times times;
     for (int round = 0; round < rounds; ++round) {
         for (std::size_t i = 0; i < bills.size(); ++i) {
@@ -97,18 +97,18 @@ Times take_times(NativeConnection& database, BaselineConnection& baseline, const
 int measure(const std::string& name, int rounds, double at_most) {
     const Owned<NativeConnection> database = open_connection(name);
     BaselineConnection baseline(name);
-    const std::string dialect = database->dialect();
+    const Dialect& dialect = database->dialect();
     run_all(*database, shop_statements(dialect, goods));
     for (const std::string& statement : shop_statements(dialect, goods)) baseline.run(statement);
 
     const std::vector<BillLines> bills = make_bills();
-    database->run(from_utf8(clearing_statement(dialect)));
+    database->run(from_utf8(dialect.empty_ledger));
     const std::vector<BillStatements> inserting = post_and_capture_all(*database, bills);
     const Currency received_in_a_round = goods_received(*database);
     const std::vector<BillStatements> updating = post_and_capture_all(*database, bills);
 
     const std::vector<std::string> ledger = queries_of_ledger(*database);
-    baseline.run(clearing_statement(dialect));
+    baseline.run(std::string(dialect.empty_ledger));
     for (const BillStatements& bill : inserting) baseline.post(bill);
     for (const BillStatements& bill : updating) baseline.post(bill);
     check_ledger(baseline, ledger);
@@ -116,7 +116,7 @@ int measure(const std::string& name, int rounds, double at_most) {
     const Times times = take_times(*database, baseline, bills, updating, rounds);
 
     // Both sides share the ledger of a server; in memory each side has its own.
-    const std::int32_t times_posted = 2 + rounds * (dialect == "sqlite" ? 1 : 2);
+    const std::int32_t times_posted = 2 + rounds * (dialect.is_embedded ? 1 : 2);
     if (goods_received(*database) != received_in_a_round * Currency::from_whole(times_posted)) {
         throw std::runtime_error("the ledger did not receive what was posted");
     }

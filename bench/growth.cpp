@@ -35,7 +35,7 @@ double resident_bytes() {
 /// A database in memory that knows so many goods.
 Owned<SqliteConnection> open_shop(std::size_t goods) {
     Owned<SqliteConnection> shop(new SqliteConnection(":memory:"));
-    run_all(*shop, shop_statements("sqlite", goods));
+    run_all(*shop, shop_statements(dialect_named("sqlite"), goods));
     return shop;
 }
 
@@ -99,7 +99,7 @@ void measure_baseline(std::size_t rows) {
     const std::size_t goods = rows / rows_of_each_goods;
     const Owned<SqliteConnection> shop = open_shop(goods);
     BaselineConnection baseline("sqlite::memory:");
-    baseline.post(shop_statements("sqlite", goods));
+    baseline.post(shop_statements(dialect_named("sqlite"), goods));
     measure_ledger(
         rows, 2, [&](const BillLines& bill) { baseline.post(post_and_capture(*shop, bill)); },
         [&](const BillLines& bill) {

@@ -92,11 +92,11 @@ Measured run(const std::vector<std::string>& databases, const Load& load, double
 
 /// Makes the tables where they are missing. Errors: Failure if the ledger has rows.
 void prepare(NativeConnection& database) {
-    database.run_script(schema_for(database.dialect()));
+    database.run_script(schema_for(database.dialect().name));
     if (!database.run(u"select * from Inventory").rows.empty()) {
         throw Failure(error::bad_argument, "the ledger has rows: a bench would spoil it");
     }
-    database.run_script(unique_key_for(database.dialect()));
+    database.run_script(unique_key_for(database.dialect().name));
 }
 
 void measure(const std::vector<std::string>& databases, double seconds) {

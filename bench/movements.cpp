@@ -34,18 +34,14 @@ std::vector<Record> movements(std::size_t count, std::size_t goods, std::size_t 
     return lines;
 }
 
-std::vector<std::string> shop_statements(const std::string& dialect, std::size_t goods) {
+std::vector<std::string> shop_statements(const Dialect& dialect, std::size_t goods) {
     std::vector<std::string> statements;
-    for (const Text& statement : statements_of(schema_for(dialect))) statements.push_back(to_utf8(statement));
+    for (const Text& statement : statements_of(schema_for(dialect.name))) statements.push_back(to_utf8(statement));
     statements.push_back("delete from GoodsUnit");
     for (std::size_t i = 0; i < goods; ++i) {
         statements.push_back(fmt::format("insert into GoodsUnit values('{}','箱',12)", goods_id(i)));
     }
     return statements;
-}
-
-std::string clearing_statement(const std::string& dialect) {
-    return dialect == "sqlite" ? "delete from Inventory" : "truncate table Inventory";
 }
 
 void run_all(NativeConnection& database, const std::vector<std::string>& statements) {

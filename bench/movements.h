@@ -16,10 +16,7 @@ namespace vantlo::bench {
 std::vector<Record> movements(std::size_t count, std::size_t goods, std::size_t first = 0);
 
 /// The statements, in UTF-8, that make the tables where they are missing and fill in the units of so many kinds of goods.
-std::vector<std::string> shop_statements(const std::string& dialect, std::size_t goods);
-
-/// The statement that empties the ledger.
-std::string clearing_statement(const std::string& dialect);
+std::vector<std::string> shop_statements(const Dialect& dialect, std::size_t goods);
 
 /// Runs statements given in UTF-8, in one transaction.
 void run_all(NativeConnection& database, const std::vector<std::string>& statements);

@@ -149,7 +149,7 @@ void measure(const Server& server, std::string database, const std::string& fold
     {
         const auto connection = open_connection(database);
         fmt::print("{}\n", connection->engine());
-        connection->run_script(schema_for(connection->dialect()));
+        connection->run_script(schema_for(connection->dialect().name));
         if (!connection->run(u"select * from Inventory").rows.empty()) throw std::runtime_error("the ledger has rows");
         post_line(*connection);
         tell("one line posted, its rows there", [&] { post_line(*connection); });

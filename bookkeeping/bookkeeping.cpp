@@ -95,8 +95,7 @@ public:
     Session(GuardedConnection& connection, const GuardedConnection::Show& show, Language language, PostingWatch* watch)
         : connection_(connection), language_(language), watch_(watch) {
         connection.observe(show, watch);
-        // Every engine but Access reads the date literals of SQL Server.
-        component_.let_DATAType(connection.dialect() == "access" ? u"[Microsoft Access]" : u"[Microsoft SQL Server]");
+        component_.let_DATAType(connection.dialect().data_type);
         component_.set_ADOConn(&connection);
     }
     Session(const Session&) = delete;

@@ -38,7 +38,7 @@ public:
     void commit() override;
     void roll_back() override { database_->roll_back(); }
     [[nodiscard]] Remedy remedy() const override { return database_->remedy(); }
-    [[nodiscard]] std::string dialect() const override { return database_->dialect(); }
+    [[nodiscard]] const Dialect& dialect() const override { return database_->dialect(); }
     [[nodiscard]] std::string engine() const override { return database_->engine(); }
 
     /// The first exception since `begin`; null if there was none.

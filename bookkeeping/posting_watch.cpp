@@ -68,11 +68,14 @@ bool goes_negative(const LedgerChange& change) {
 
 }  // namespace
 
-bool has_comment(TextView statement) {
+bool has_comment(TextView statement, CommentRule rule) {
+    if (rule == CommentRule::nowhere) return false;
     bool in_literal = false;
     for (std::size_t i = 0; i < statement.size(); ++i) {
         if (statement[i] == u'\'') in_literal = !in_literal;
-        if (!in_literal && statement.substr(i, 2) == u"--") return true;
+        if (in_literal || statement.substr(i, 2) != u"--") continue;
+        const TextView behind = statement.substr(i + 2, 1);
+        if (rule == CommentRule::anywhere || behind.empty() || behind.front() <= u' ') return true;
     }
     return false;
 }
@@ -92,8 +95,7 @@ void PostingWatch::look_at(const Bill& bill) {
 }
 
 void PostingWatch::before(TextView statement) {
-    // MariaDB reads a comment only where a blank follows, and Access has none.
-    if (dialect_ == "mariadb" || dialect_ == "access" || !has_comment(statement)) return;
+    if (!has_comment(statement, database_.dialect().minus_minus)) return;
     const std::string what = say(language_, words::comment_in_statement, to_utf8(statement));
     if (guard_.lets_comments_pass) {
         findings_.warnings.push_back(what);

@@ -51,7 +51,7 @@ private:
 class PostingWatch {
 public:
     PostingWatch(NativeConnection& database, const Guard& guard, Language language, Findings& findings)
-        : database_(database), guard_(guard), language_(language), findings_(findings), dialect_(database.dialect()) {}
+        : database_(database), guard_(guard), language_(language), findings_(findings) {}
 
     /// Warns of lines without a quantity.
     void look_at(const Bill& bill);
@@ -82,12 +82,12 @@ private:
     Guard guard_;
     Language language_;
     Findings& findings_;
-    std::string dialect_;
     std::vector<LookUp> look_ups_;
     std::set<Text> conditions_;
 };
 
-/// Whether the statement has two minus signs outside its literals, from which on many engines read a comment.
-bool has_comment(TextView statement);
+/// Whether the engine would take the end of the statement for a comment: two minus signs outside literals, where its rule
+/// has them begin one.
+bool has_comment(TextView statement, CommentRule rule);
 
 }  // namespace vantlo

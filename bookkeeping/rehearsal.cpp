@@ -19,7 +19,7 @@ public:
         inner_->roll_back();
     }
     [[nodiscard]] Remedy remedy() const override { return Remedy::none; }
-    [[nodiscard]] std::string dialect() const override { return inner_->dialect(); }
+    [[nodiscard]] const Dialect& dialect() const override { return inner_->dialect(); }
     [[nodiscard]] std::string engine() const override { return inner_->engine(); }
 
 private:

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "ado/client_recordset.h"
+#include "ado/native/dialect.h"
 
 namespace vantlo {
 
@@ -33,9 +34,8 @@ public:
     /// Errors   the first failing statement ends it; those before it stay applied.
     virtual void run_script(const std::string& script);
 
-    /// The engine's kind of SQL, after which its file in schema/ is named: `sqlite`, `postgresql`, `mariadb`,
-    /// `sqlserver`, `access`; `unknown` for any other.
-    [[nodiscard]] virtual std::string dialect() const = 0;
+    /// What is particular to the engine's SQL.
+    [[nodiscard]] virtual const Dialect& dialect() const = 0;
 
     /// Engine and driver with their versions, for people: `SQLite 3.40.1`.
     [[nodiscard]] virtual std::string engine() const = 0;

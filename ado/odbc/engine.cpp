@@ -12,8 +12,7 @@ constexpr const char16_t* backslash_probe = u"select '\\\\' as a";
 // MariaDB's driver refuses `set names`. Strict mode: a text that is too long fails instead of becoming another key.
 constexpr const char16_t* mariadb_characters =
     u"set character_set_client = utf8mb4, character_set_results = utf8mb4, collation_connection = utf8mb4_bin";
-constexpr const char16_t* mariadb_mode =
-    u"set sql_mode = concat(@@sql_mode, ',NO_BACKSLASH_ESCAPES,STRICT_ALL_TABLES')";
+constexpr const char16_t* mariadb_mode = u"set sql_mode = concat(@@sql_mode, ',STRICT_ALL_TABLES')";
 
 constexpr const char16_t* galera = u"show variables like 'wsrep_on'";
 

@@ -177,6 +177,7 @@ OdbcConnection::OdbcConnection(const std::string& connection_string, const OdbcO
 void OdbcConnection::make_safe() {
     const Engine& own = engine_of(connection_.get());
     driver_holds_results_ = own.driver_holds_results;
+    if (const char16_t* const setting = dialect().plain_backslashes; setting != nullptr) run(setting);
     for (const char16_t* setting : own.settings) {
         if (setting != nullptr) run(setting);
     }
@@ -289,7 +290,7 @@ void OdbcConnection::fail(std::int16_t handle_type, void* handle, std::string_vi
     throw raised;
 }
 
-std::string OdbcConnection::dialect() const { return engine_of(connection_.get()).dialect; }
+const Dialect& OdbcConnection::dialect() const { return dialect_named(engine_of(connection_.get()).dialect); }
 
 std::string OdbcConnection::engine() const {
     SQLHDBC connection = connection_.get();

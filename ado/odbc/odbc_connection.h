@@ -56,7 +56,7 @@ public:
     void roll_back() override;
 
     [[nodiscard]] Remedy remedy() const override { return remedy_; }
-    [[nodiscard]] std::string dialect() const override;
+    [[nodiscard]] const Dialect& dialect() const override;
     [[nodiscard]] std::string engine() const override;
 
 private:

@@ -54,7 +54,7 @@ public:
 
     void run_script(const std::string& script) override;
 
-    [[nodiscard]] std::string dialect() const override { return "sqlite"; }
+    [[nodiscard]] const Dialect& dialect() const override { return dialect_named("sqlite"); }
     [[nodiscard]] std::string engine() const override;
 
 private:

@@ -46,7 +46,7 @@ int main(int count, char** arguments) {
         std::filesystem::remove(arguments[1]);
         const std::string name = std::string("sqlite:") + arguments[1];
         const Owned<NativeConnection> database = open_connection(name);
-        database->run_script(schema_for(database->dialect()));
+        database->run_script(schema_for(database->dialect().name));
         Bookkeeping([&] { return open_connection(name); }).save(stock_in_bill());
         show(*database);
         database->run(u"update Inventory set CurrentQty=7");

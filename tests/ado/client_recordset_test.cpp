@@ -28,7 +28,7 @@ public:
     void commit() override {}
     void roll_back() override {}
     [[nodiscard]] Remedy remedy() const override { return Remedy::none; }
-    [[nodiscard]] std::string dialect() const override { return "none"; }
+    [[nodiscard]] const Dialect& dialect() const override { return dialect_named("unknown"); }
     [[nodiscard]] std::string engine() const override { return "none"; }
 
 private:

@@ -39,7 +39,7 @@ TEST_CASE("The script of the repairs does the same as applying them") {
         if (spoiling.bill == nullptr) spoil(database, spoiling);
     }
     const std::vector<Finding> findings = verify(*database, Language::english).findings;
-    database->run_script(script_of(repairs_of(findings), "sqlite", Language::chinese));
+    database->run_script(script_of(repairs_of(findings), dialect_named("sqlite"), Language::chinese));
     const std::vector<Finding> left = verify(*database, Language::english).findings;
     REQUIRE(left.size() == 1);
     CHECK(left.front().cause == Cause::refused_bill);  // which no ledger row can set right
@@ -65,12 +65,12 @@ TEST_CASE("The script of the repairs begins and ends a transaction as each engin
     const std::vector<Repair> repairs =
         repairs_of({{Cause::missing_row, {{entry.key, {}, {entry}, {}}}, std::nullopt, 0, 0, {}}});
     for (const Row& row : rows) {
-        const std::string script = script_of(repairs, row.dialect, Language::english);
+        const std::string script = script_of(repairs, dialect_named(row.dialect), Language::english);
         INFO(script);
         CHECK(script.starts_with(row.beginning));
         CHECK(script.ends_with(row.ending));
         CHECK(script.find("values('W1','G''1 ','a\\',null,0,null,'pcs','',1.5,0,1.5)") != std::string::npos);
-        CHECK(script_of({}, row.dialect, Language::english).empty());
+        CHECK(script_of({}, dialect_named(row.dialect), Language::english).empty());
     }
 }
 

@@ -84,6 +84,15 @@ std::string column_list(const std::vector<Column>& columns) {
     return list;
 }
 
+TEST_CASE("Every kind of database has a dialect") {
+    std::vector<std::string_view> names(std::begin(dialects), std::end(dialects));
+    names.emplace_back("unknown");
+    CHECK(std::ranges::equal(names, vantlo::dialects(), {}, {}, &Dialect::name));
+    for (const std::string_view name : names) CHECK(dialect_named(name).name == name);
+    CHECK(dialect_named("").name == "unknown");
+    CHECK(dialect_named("SQLite").name == "unknown");
+}
+
 TEST_CASE("Every kind of database has the same tables with the same columns in the same order") {
     const std::string of_sqlite = column_list(columns_of("sqlite"));
     CHECK(std::ranges::count(of_sqlite, '\n') == 127);
@@ -219,8 +228,7 @@ TEST_CASE("Every statement of every scenario is made of words and signs that SQL
 /// A database of a dialect that is empty, and stays so whatever it is told.
 class EmptyDatabase final : public NativeConnection {
 public:
-    EmptyDatabase(std::string dialect, std::string& statements)
-        : dialect_(std::move(dialect)), statements_(statements) {}
+    EmptyDatabase(const Dialect& dialect, std::string& statements) : dialect_(dialect), statements_(statements) {}
 
     ResultTable run(TextView statement) override {
         statements_ += to_utf8(statement) + "\n";
@@ -230,21 +238,21 @@ public:
     void commit() override {}
     void roll_back() override {}
     [[nodiscard]] Remedy remedy() const override { return Remedy::none; }
-    [[nodiscard]] std::string dialect() const override { return dialect_; }
-    [[nodiscard]] std::string engine() const override { return dialect_; }
+    [[nodiscard]] const Dialect& dialect() const override { return dialect_; }
+    [[nodiscard]] std::string engine() const override { return std::string(dialect_.name); }
 
 private:
-    std::string dialect_;
+    const Dialect& dialect_;
     std::string& statements_;
 };
 
 TEST_CASE("A bill's date is written in the syntax of the engine that it is saved in") {
-    for (const std::string dialect : dialects) {
-        INFO(dialect);
+    for (const Dialect& dialect : vantlo::dialects()) {
+        INFO(dialect.name);
         std::string statements;
         const Connect connect = [&] { return Owned<NativeConnection>(new EmptyDatabase(dialect, statements)); };
         Bookkeeping(connect).save(stock_bill(u"B1", u"G1", 2, u"W1", u"W2"));
-        const char* const date = dialect == "access" ? "#2024-03-05 00:00:00#" : "'2024-03-05 00:00:00'";
+        const char* const date = dialect.name == "access" ? "#2024-03-05 00:00:00#" : "'2024-03-05 00:00:00'";
         CHECK_MESSAGE(statements.find(std::string("values('B1','stock',") + date + ",0,'')") != std::string::npos,
                       statements);
     }

@@ -28,7 +28,7 @@ public:
     void commit() override { reached_.emplace_back("commit"); }
     void roll_back() override { reached_.emplace_back("roll back"); }
     [[nodiscard]] Remedy remedy() const override { return Remedy::none; }
-    [[nodiscard]] std::string dialect() const override { return "sqlite"; }
+    [[nodiscard]] const Dialect& dialect() const override { return dialect_named("sqlite"); }
     [[nodiscard]] std::string engine() const override { return "none"; }
 
 private:

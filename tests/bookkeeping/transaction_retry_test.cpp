@@ -47,7 +47,7 @@ public:
     }
     void roll_back() override { inner_->roll_back(); }
     [[nodiscard]] Remedy remedy() const override { return remedy_; }
-    [[nodiscard]] std::string dialect() const override { return inner_->dialect(); }
+    [[nodiscard]] const Dialect& dialect() const override { return inner_->dialect(); }
     [[nodiscard]] std::string engine() const override { return inner_->engine(); }
 
 private:

@@ -152,12 +152,12 @@ TEST_CASE("Rows that others put out of the way are movements too") {
     };
     JournaledDatabase shop;
     NativeConnection& connection = shop.connection();
-    connection.run_script(schema_of(connection.dialect() + "-unique"));
+    connection.run_script(schema_of(std::string(connection.dialect().name) + "-unique"));
     insert_row(connection, "'W1'", "10,4,6");
     insert_row(connection, "'W2'", "3,1,2");
     int tried = 0;
     for (const Row& row : rows) {
-        if (row.dialect != connection.dialect()) continue;
+        if (row.dialect != connection.dialect().name) continue;
         INFO(row.statement);
         CHECK(joined(movements_of(connection, row.statement)) == joined(row.movements));
         check_sums(connection);
@@ -165,7 +165,7 @@ TEST_CASE("Rows that others put out of the way are movements too") {
     }
     CHECK(tried > 0);
     connection.run_script("drop index InventoryUniqueKey" +
-                          std::string(connection.dialect() == "mariadb" ? " on Inventory" : ""));
+                          std::string(connection.dialect().name == "mariadb" ? " on Inventory" : ""));
 }
 
 TEST_CASE("What is rolled back, and a statement that fails, leave no movement") {
@@ -204,18 +204,18 @@ TEST_CASE("Many small changes add up exactly to four decimals") {
 TEST_CASE("A host's counts of rows and last identity values are those without the journal") {
     JournaledDatabase shop;
     NativeConnection& connection = shop.connection();
-    const bool is_postgresql = connection.dialect() == "postgresql";
+    const bool is_postgresql = connection.dialect().name == "postgresql";
     connection.run(is_postgresql ? u"create table Numbered (n serial primary key, t integer)"
-                   : connection.dialect() == "mariadb"
+                   : connection.dialect().name == "mariadb"
                        ? u"create table Numbered (n integer auto_increment primary key, t integer)"
                        : u"create table Numbered (n integer primary key, t integer)");
     connection.run(u"insert into Numbered(t) values(1),(2),(3),(4),(5),(6),(7)");
-    const TextView last_identity = is_postgresql                       ? u"select lastval() as n"
-                                   : connection.dialect() == "mariadb" ? u"select last_insert_id() as n"
-                                                                       : u"select last_insert_rowid() as n";
+    const TextView last_identity = is_postgresql                            ? u"select lastval() as n"
+                                   : connection.dialect().name == "mariadb" ? u"select last_insert_id() as n"
+                                                                            : u"select last_insert_rowid() as n";
     const std::vector<std::string> identity = rows_of(connection, last_identity);
     insert_row(connection, "'W1'", "1,0,1");
-    if (connection.dialect() == "sqlite") {  // the ledger's rows have numbers of their own there
+    if (connection.dialect().name == "sqlite") {  // the ledger's rows have numbers of their own there
         CHECK(rows_of(connection, last_identity) == rows_of(connection, u"select rowid from Inventory"));
     } else {
         CHECK(rows_of(connection, last_identity) == identity);
@@ -230,7 +230,7 @@ TEST_CASE("A host's counts of rows and last identity values are those without th
     } else {
         connection.run(u"update Inventory set InQty = 5, WID = 'W9'");
         CHECK(rows_of(connection,
-                      connection.dialect() == "mariadb" ? u"select row_count() as n" : u"select changes() as n") ==
+                      connection.dialect().name == "mariadb" ? u"select row_count() as n" : u"select changes() as n") ==
               std::vector<std::string>{"3"});
     }
     CHECK(rows_of(connection, last_identity) == before_update);
@@ -271,7 +271,7 @@ TEST_CASE("A movement knows its user, and the bill of a program that tells it") 
          "vantlo@localhost"},
     };
     const auto* const row =
-        std::ranges::find_if(rows, [&](const Row& known) { return known.dialect == connection.dialect(); });
+        std::ranges::find_if(rows, [&](const Row& known) { return known.dialect == connection.dialect().name; });
     REQUIRE(row != std::end(rows));
     const TextView told = u"select DbUser, Program, BillKind, BillId, ItemNo, Member from StockMovement";
     connection.begin();
@@ -320,13 +320,13 @@ std::vector<std::string> catalog_of(NativeConnection& connection) {
         const std::vector<std::string> found = rows_of(connection, select);
         names.insert(names.end(), found.begin(), found.end());
     };
-    if (connection.dialect() == "sqlite") add(u"select name from sqlite_schema");
-    if (connection.dialect() == "postgresql") {
+    if (connection.dialect().name == "sqlite") add(u"select name from sqlite_schema");
+    if (connection.dialect().name == "postgresql") {
         add(u"select relname from pg_class where relnamespace = 'public'::regnamespace");
         add(u"select proname from pg_proc where pronamespace = 'public'::regnamespace");
         add(u"select tgname from pg_trigger where not tgisinternal");
     }
-    if (connection.dialect() == "mariadb") {
+    if (connection.dialect().name == "mariadb") {
         add(u"select table_name from information_schema.tables where table_schema = database()");
         add(u"select trigger_name from information_schema.triggers where trigger_schema = database()");
     }
@@ -346,7 +346,7 @@ TEST_CASE("Nothing of the journal is left once it is removed") {
 
 TEST_CASE("A stock card is found by its index") {
     JournaledDatabase shop;
-    if (shop.connection().dialect() != "sqlite") return;  // servers choose their plans by how much there is
+    if (shop.connection().dialect().name != "sqlite") return;  // servers choose their plans by how much there is
     const std::string plan =
         joined(rows_of(shop.connection(),
                        u"explain query plan select * from StockMovement where GId = 'G1' and "
@@ -361,8 +361,8 @@ TEST_CASE("A stock card is found by its index") {
 TEST_CASE("A quantity that is no number counts as nothing and stays to be seen") {
     JournaledDatabase shop;
     NativeConnection& connection = shop.connection();
-    const bool is_sqlite = connection.dialect() == "sqlite";
-    if (connection.dialect() == "mariadb") return;  // it has no such quantity
+    const bool is_sqlite = connection.dialect().name == "sqlite";
+    if (connection.dialect().name == "mariadb") return;  // it has no such quantity
     const std::string odd = is_sqlite ? "'many'" : "'NaN'";
     insert_row(connection, "'W1'", odd + ",0,1");
     connection.run(u"update Inventory set OutQty = 3");

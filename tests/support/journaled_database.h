@@ -6,23 +6,23 @@ namespace vantlo::test {
 
 /// Runs a script of schema/ in one transaction. MariaDB's scripts lock what they need themselves.
 inline void run_as_a_whole(NativeConnection& connection, const std::string& script) {
-    if (connection.dialect() == "mariadb") return connection.run_script(script);
+    if (connection.dialect().name == "mariadb") return connection.run_script(script);
     connection.begin();
     connection.run_script(script);
     connection.commit();
 }
 
 inline void begin_journal(NativeConnection& connection) {
-    run_as_a_whole(connection, schema_of(connection.dialect() + "-journal"));
+    run_as_a_whole(connection, schema_of(std::string(connection.dialect().name) + "-journal"));
 }
 
 inline void end_journal(NativeConnection& connection) {
-    run_as_a_whole(connection, schema_of(connection.dialect() + "-journal-off"));
+    run_as_a_whole(connection, schema_of(std::string(connection.dialect().name) + "-journal-off"));
 }
 
 inline void remove_journal(NativeConnection& connection) {
     end_journal(connection);
-    run_as_a_whole(connection, schema_of(connection.dialect() + "-journal-remove"));
+    run_as_a_whole(connection, schema_of(std::string(connection.dialect().name) + "-journal-remove"));
 }
 
 /// The database of this run (make_test_database) with the journal of movements, which is gone with it.

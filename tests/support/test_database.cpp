@@ -43,7 +43,7 @@ TextView type_for(TextView own_type, const Variant& value) {
     return own_type;
 }
 
-Text retype(const std::string& dialect, const std::string& table, std::string_view column, TextView type) {
+Text retype(std::string_view dialect, const std::string& table, std::string_view column, TextView type) {
     Text text = u"alter table " + from_utf8(table) + u" ";
     if (dialect == "mariadb")
         return text + u"modify " + from_utf8(column) + u" " + (type == u"real" ? u"float" : Text(type));
@@ -64,9 +64,10 @@ Text with_signs_apart(Text statement) {
 
 }  // namespace
 
-std::string schema_of(const std::string& dialect) {
-    std::ifstream schema(VANTLO_SOURCE_DIR "/schema/" + dialect + ".sql");
-    if (!schema) throw std::runtime_error("there is no schema/" + dialect + ".sql");
+std::string schema_of(std::string_view dialect) {
+    const std::string file = "schema/" + std::string(dialect) + ".sql";
+    std::ifstream schema(VANTLO_SOURCE_DIR "/" + file);
+    if (!schema) throw std::runtime_error("there is no " + file);
     return {std::istreambuf_iterator<char>(schema), std::istreambuf_iterator<char>()};
 }
 
@@ -102,7 +103,7 @@ private:
 
 TestDatabase::TestDatabase(std::string_view database)
     : connection_(open_connection(database)), own_types_(std::make_unique<OwnTypes>(*connection_)) {
-    connection_->run_script(schema_of(connection_->dialect()));
+    connection_->run_script(schema_of(connection_->dialect().name));
     if (!connection_->execute(u"select * from Inventory")->eof()) {
         throw std::runtime_error("the ledger of this database has rows: tests would delete them");
     }
@@ -135,7 +136,8 @@ void TestDatabase::clear() {
 void TestDatabase::fill(const std::vector<TableRow>& rows, const std::vector<ColumnType>& columns) {
     clear();
     for (const ColumnType& column : columns) declare(column);
-    if (connection_->dialect() != "sqlite") std::ranges::for_each(rows, [this](const TableRow& row) { widen(row); });
+    if (connection_->dialect().name != "sqlite")
+        std::ranges::for_each(rows, [this](const TableRow& row) { widen(row); });
     for (const TableRow& row : rows) connection_->run(insert_text(row));
 }
 
@@ -143,13 +145,13 @@ void TestDatabase::widen(const TableRow& row) {
     for (const auto& [column, value] : row.columns) {
         const auto* const found = std::ranges::find(numeric_columns, column, &NumericColumn::name);
         if (found == std::end(numeric_columns) || type_for(found->type, value) == found->type) continue;
-        connection_->run(retype(connection_->dialect(), row.table, column, type_for(found->type, value)));
-        narrowing_.push_back(retype(connection_->dialect(), row.table, column, found->type));
+        connection_->run(retype(connection_->dialect().name, row.table, column, type_for(found->type, value)));
+        narrowing_.push_back(retype(connection_->dialect().name, row.table, column, found->type));
     }
 }
 
 void TestDatabase::declare(const ColumnType& column) {
-    if (connection_->dialect() != "sqlite") throw std::runtime_error("column types are given on SQLite alone");
+    if (connection_->dialect().name != "sqlite") throw std::runtime_error("column types are given on SQLite alone");
     const Text table = from_utf8(column.table);
     const Text name = from_utf8(column.column);
     const RecordsetVariable declared =
@@ -165,7 +167,8 @@ void TestDatabase::declare(const ColumnType& column) {
 
 std::vector<std::string> TestDatabase::expected_ledger(const Scenario& scenario) {
     const auto is_told = [](const std::string& line) { return line.find("Qty--") != std::string::npos; };
-    if (connection_->dialect() != "mariadb" || std::ranges::none_of(scenario.trace, is_told)) return scenario.ledger;
+    if (connection_->dialect().name != "mariadb" || std::ranges::none_of(scenario.trace, is_told))
+        return scenario.ledger;
     const auto oracle = make_sqlite_database();
     oracle->fill(scenario.given);
     for (const std::string& line : scenario.trace) {

@@ -50,7 +50,7 @@ private:
 };
 
 /// The statements of the schema file that makes the tables for a dialect.
-std::string schema_of(const std::string& dialect);
+std::string schema_of(std::string_view dialect);
 
 /// An SQLite database in memory.
 std::unique_ptr<TestDatabase> make_sqlite_database();

@@ -8,22 +8,30 @@
 namespace vantlo::test {
 namespace {
 
-TEST_CASE("has_comment finds two minus signs outside literals only") {
+TEST_CASE("has_comment finds two minus signs outside literals only, where the engine reads a comment") {
     struct Row {
         const char16_t* statement;
-        bool expected;
+        bool anywhere;
+        bool before_blank;
     };
     const Row rows[] = {
-        {u"update Inventory set CurrentQty = CurrentQty--3 where WID='W1'", true},
-        {u"update Inventory set CurrentQty = CurrentQty - -3 where WID='W1'", false},
-        {u"select * from Inventory where WID='a--b' and GId='x'", false},
-        {u"select * from Inventory where WID='a''--b' and GId='x'", false},
-        {u"select * from Inventory where WID='a''' -- and GId='x'", true},
-        {u"--", true},
-        {u"-", false},
-        {u"", false},
+        {u"update Inventory set CurrentQty = CurrentQty--3 where WID='W1'", true, false},
+        {u"update Inventory set CurrentQty = CurrentQty - -3 where WID='W1'", false, false},
+        {u"select * from Inventory where WID='a--b' and GId='x'", false, false},
+        {u"select * from Inventory where WID='a -- b' and GId='x'", false, false},
+        {u"select * from Inventory where WID='a''--b' and GId='x'", false, false},
+        {u"select * from Inventory where WID='a''' -- and GId='x'", true, true},
+        {u"select * from Inventory where Status=1--1 --\tand GId='x'", true, true},
+        {u"--", true, true},
+        {u"-", false, false},
+        {u"", false, false},
     };
-    for (const Row& row : rows) CHECK_MESSAGE(has_comment(row.statement) == row.expected, to_utf8(row.statement));
+    for (const Row& row : rows) {
+        INFO(to_utf8(row.statement));
+        CHECK(has_comment(row.statement, CommentRule::anywhere) == row.anywhere);
+        CHECK(has_comment(row.statement, CommentRule::before_blank) == row.before_blank);
+        CHECK_FALSE(has_comment(row.statement, CommentRule::nowhere));
+    }
 }
 
 std::string bill(const std::string& kind, const std::string& id, const std::string& fields, const std::string& line) {

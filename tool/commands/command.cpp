@@ -123,8 +123,9 @@ Connect CommonOptions::connect(bool may_create) const {
     return dry_run ? rehearsing(connect) : connect;
 }
 
-std::string CommonOptions::dialect() const {
-    return connection_texts().front().starts_with("sqlite:") ? "sqlite" : connect()()->dialect();
+const Dialect& CommonOptions::dialect() const {
+    if (connection_texts().front().starts_with("sqlite:")) return dialect_named("sqlite");  // without making the file
+    return connect()()->dialect();
 }
 
 std::string CommonOptions::engine() const {

@@ -34,7 +34,7 @@ struct CommonOptions {
     [[nodiscard]] Connect connect(bool may_create = false) const;
 
     /// The database's kind of SQL; a file of the embedded engine need not be there for it.
-    [[nodiscard]] std::string dialect() const;
+    [[nodiscard]] const Dialect& dialect() const;
 
     /// Engine and driver of the database, with their versions; without a database, those of the embedded engine.
     [[nodiscard]] std::string engine() const;

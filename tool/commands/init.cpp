@@ -21,13 +21,13 @@ namespace {
 
 ExitCode init(const CommonOptions& common, bool with_unique_key) {
     if (common.dry_run) {
-        std::cout << schema_for(common.dialect());
-        if (with_unique_key) std::cout << unique_key_for(common.dialect());
+        std::cout << schema_for(common.dialect().name);
+        if (with_unique_key) std::cout << unique_key_for(common.dialect().name);
         return ExitCode::done;
     }
     const auto database = common.connect(true)();
-    database->run_script(schema_for(database->dialect()));
-    if (with_unique_key) database->run_script(unique_key_for(database->dialect()));
+    database->run_script(schema_for(database->dialect().name));
+    if (with_unique_key) database->run_script(unique_key_for(database->dialect().name));
     std::cerr << common.say(words::tables_ready, database->engine()) << '\n';
     return ExitCode::done;
 }

@@ -9,6 +9,6 @@
 namespace vantlo {
 
 /// The repairs as a script for the engine's own client, in a transaction, each with its cause as a comment.
-std::string script_of(const std::vector<Repair>& repairs, const std::string& dialect, Language language);
+std::string script_of(const std::vector<Repair>& repairs, const Dialect& dialect, Language language);
 
 }  // namespace vantlo

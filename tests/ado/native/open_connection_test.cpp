@@ -13,7 +13,7 @@ TEST_CASE("open_connection opens an SQLite file, made if it is missing, or a dat
     const TemporaryFolder folder;
     open_connection("sqlite:" + folder.file("仓库.db"))->run(u"create table T (a int)");
     CHECK(open_connection("sqlite:" + folder.file("仓库.db"))->run(u"select * from T").yields_rows);
-    CHECK(open_connection("sqlite::memory:")->dialect() == "sqlite");
+    CHECK(open_connection("sqlite::memory:")->dialect().name == "sqlite");
 }
 
 TEST_CASE("open_connection hands every text with an equals sign to the ODBC driver manager") {

@@ -1,0 +1,62 @@
+#include "ado/native/dialect.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace vantlo {
+
+namespace {
+
+constexpr auto sql_server_dates = u"[Microsoft SQL Server]";  // in quotes, as every engine but Access reads them
+constexpr auto access_dates = u"[Microsoft Access]";
+
+constexpr auto no_backslash_escapes = u"set sql_mode=concat(@@sql_mode,',NO_BACKSLASH_ESCAPES')";
+
+constexpr auto sqlite_columns =
+    u"select t.name as T,c.name as C,c.type as Y,'' as S from sqlite_schema t join pragma_table_info(t.name) c "
+    u"where t.type='table'";
+
+constexpr auto postgresql_columns =
+    u"select table_name as T,column_name as C,"
+    u"case when data_type='numeric' then 'numeric('||coalesce(numeric_precision,0)||','||"
+    u"coalesce(numeric_scale,4)||')' else data_type end as Y,"
+    u"case when character_maximum_length is null then '' else database_encoding.S end as S "
+    u"from information_schema.columns,"
+    u"(select pg_encoding_to_char(encoding) as S from pg_database where datname=current_database()) "
+    u"as database_encoding where table_schema=current_schema()";
+
+constexpr auto mariadb_columns =
+    u"select table_name as T,column_name as C,"
+    u"case when data_type='decimal' then column_type else data_type end as Y,"
+    u"coalesce(character_set_name,'') as S from information_schema.columns where table_schema=database()";
+
+constexpr auto sqlserver_columns =
+    u"select table_name as T,column_name as C,"
+    u"case when data_type in ('decimal','numeric') then concat(data_type,'(',numeric_precision,',',"
+    u"numeric_scale,')') else data_type end as Y,coalesce(collation_name,'') as S from information_schema.columns";
+
+constexpr std::string_view delete_all = "delete from Inventory";
+constexpr std::string_view truncate = "truncate table Inventory";
+
+// clang-format off
+constexpr Dialect rows[] = {
+    // name        -- is a comment            dates             transaction of a script           backslashes           empty ledger embedded columns
+    {"sqlite",     CommentRule::anywhere,     sql_server_dates, "begin;\n",             "commit;\n", nullptr,              delete_all,  true,  sqlite_columns},
+    {"postgresql", CommentRule::anywhere,     sql_server_dates, "begin;\n",             "commit;\n", nullptr,              truncate,    false, postgresql_columns},
+    {"mariadb",    CommentRule::before_blank, sql_server_dates, "begin;\n",             "commit;\n", no_backslash_escapes, truncate,    false, mariadb_columns},
+    {"sqlserver",  CommentRule::anywhere,     sql_server_dates, "begin transaction;\n", "commit;\n", nullptr,              truncate,    false, sqlserver_columns},
+    {"access",     CommentRule::nowhere,      access_dates,     "",                     "",          nullptr,              delete_all,  false, nullptr},
+    {"unknown",    CommentRule::anywhere,     sql_server_dates, "begin;\n",             "commit;\n", nullptr,              delete_all,  false, nullptr},
+};
+// clang-format on
+
+}  // namespace
+
+std::span<const Dialect> dialects() { return rows; }
+
+const Dialect& dialect_named(std::string_view name) {
+    const Dialect* const row = std::ranges::find(rows, name, &Dialect::name);
+    return row != std::end(rows) ? *row : rows[std::size(rows) - 1];
+}
+
+}  // namespace vantlo
