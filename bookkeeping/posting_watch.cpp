@@ -4,6 +4,9 @@
 
 #include "automation/message.h"
 #include "bills/task_error.h"
+#include "dataaccess/sql_literals.h"
+#include "dataaccess/unit_conversion.h"
+#include "posting/ledger.h"
 
 namespace vantlo {
 
@@ -22,37 +25,6 @@ constexpr Message comment_in_statement = {
 }  // namespace words
 
 namespace {
-
-struct Literal {
-    TextView text;  ///< in its quotes
-    Text value;
-};
-
-/// Takes a literal in quotes off the front of a text; nothing if there is none.
-std::optional<Literal> take_literal(TextView& text) {
-    if (!text.starts_with(u'\'')) return std::nullopt;
-    Text value;
-    for (std::size_t i = 1; i < text.size(); ++i) {
-        const bool is_quote = text[i] == u'\'';
-        if (is_quote && text.substr(i + 1, 1) != u"'") {
-            const TextView taken = text.substr(0, i + 1);
-            text.remove_prefix(taken.size());
-            return Literal{taken, value};
-        }
-        value += text[i];
-        if (is_quote) ++i;
-    }
-    return std::nullopt;
-}
-
-/// The condition of a look-up in the ledger; empty for every other statement.
-TextView ledger_condition(TextView statement) {
-    constexpr TextView head = u"where WID=";
-    const std::size_t at = statement.find(head);
-    if (at == TextView::npos || !equal_ignoring_case(statement.substr(0, 6), u"select")) return {};
-    const TextView from = trim_blanks(statement.substr(0, at));
-    return from.ends_with(u"from Inventory") ? statement.substr(at) : TextView();
-}
 
 std::vector<LedgerRow> ledger_rows(ResultTable result) {
     const RecordsetVariable rows = make_client_recordset(std::move(result));
@@ -110,25 +82,21 @@ void PostingWatch::after(TextView statement, const ResultTable& result) {
 }
 
 void PostingWatch::note_unit_look_up(TextView statement, const ResultTable& result) {
-    constexpr TextView head = u"select id,Unit,UnitConverter from GoodsUnit where id=";
-    constexpr TextView middle = u" and Unit=";
-    if (!result.rows.empty() || !statement.starts_with(head) || !findings_.is_new(Text(statement))) return;
-    TextView rest = statement.substr(head.size());
-    const std::optional<Literal> goods = take_literal(rest);
-    if (!goods || !rest.starts_with(middle)) return;
-    rest.remove_prefix(middle.size());
-    const std::optional<Literal> unit = take_literal(rest);
-    if (!unit || unit->value.empty()) return;
-    const Text base_unit = u"select ID from Goods where ID=" + Text(goods->text) + u" and Unit=" + Text(unit->text);
+    if (!result.rows.empty()) return;
+    const std::optional<UnitLookup> lookup = recognize_unit_lookup(statement);
+    if (!lookup || lookup->unit.empty() || !findings_.is_new(Text(statement))) return;
+    const Text base_unit =
+        u"select ID from Goods where ID=" + GetSqlVal(lookup->gid) + u" and Unit=" + GetSqlVal(lookup->unit);
     if (!database_.run(base_unit).rows.empty()) return;
-    findings_.warnings.push_back(say(language_, words::unknown_unit, to_utf8(goods->value), to_utf8(unit->value)));
+    findings_.warnings.push_back(say(language_, words::unknown_unit, to_utf8(lookup->gid), to_utf8(lookup->unit)));
 }
 
 void PostingWatch::note_ledger_look_up(TextView statement, const ResultTable& result) {
-    const Text condition(ledger_condition(statement));
-    if (condition.empty() || !conditions_.insert(condition).second) return;
-    const bool has_rows = statement.starts_with(u"select *");  // others only count them
-    look_ups_.push_back({condition, has_rows ? ledger_rows(result) : rows_of(condition)});
+    const auto [action, key] = recognize_ledger_statement(statement);
+    if (action != LedgerAction::look_up && action != LedgerAction::count) return;
+    const Text condition(key);
+    if (!conditions_.insert(condition).second) return;
+    look_ups_.push_back({condition, action == LedgerAction::look_up ? ledger_rows(result) : rows_of(condition)});
 }
 
 std::vector<LedgerRow> PostingWatch::rows_of(const Text& condition) const {

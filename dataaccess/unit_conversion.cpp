@@ -6,6 +6,42 @@
 #include "dataaccess/trap.h"
 
 namespace vantlo {
+
+namespace {
+
+// The text of a look-up: for GoodsUnitConverter, which writes it, and recognize_unit_lookup.
+constexpr TextView lookup_head = u"select id,Unit,UnitConverter from GoodsUnit where id=";
+constexpr TextView lookup_middle = u" and Unit=";
+
+/// Takes a text's literal off the front of a statement. Returns the text; nothing if none is there.
+std::optional<Text> take_text_literal(TextView& statement) {
+    if (!statement.starts_with(u'\'')) return std::nullopt;
+    Text text;
+    for (std::size_t i = 1; i < statement.size(); ++i) {
+        const bool is_quote = statement[i] == u'\'';
+        if (is_quote && statement.substr(i + 1, 1) != u"'") {
+            statement.remove_prefix(i + 1);
+            return text;
+        }
+        text += statement[i];
+        if (is_quote) ++i;
+    }
+    return std::nullopt;
+}
+
+}  // namespace
+
+std::optional<UnitLookup> recognize_unit_lookup(TextView statement) {
+    if (!statement.starts_with(lookup_head)) return std::nullopt;
+    statement.remove_prefix(lookup_head.size());
+    std::optional<Text> gid = take_text_literal(statement);
+    if (!gid || !statement.starts_with(lookup_middle)) return std::nullopt;
+    statement.remove_prefix(lookup_middle.size());
+    std::optional<Text> unit = take_text_literal(statement);
+    if (!unit || !statement.empty()) return std::nullopt;
+    return UnitLookup{std::move(*gid), std::move(*unit)};
+}
+
 inline namespace GetValue_Function {
 
 namespace {
@@ -30,9 +66,9 @@ Currency GoodsUnitConverter(const Text& gid, const Text& unit) {
         Open_Recordset(rows);
         Text source;
         source.reserve(usual_length);
-        source += u"select id,Unit,UnitConverter from GoodsUnit where id=";
+        source += lookup_head;
         source += GetSqlVal(gid);
-        source += u" and Unit=";
+        source += lookup_middle;
         source += GetSqlVal(unit);
         require_set(rows).open(source);
         factor = factor_in(*rows);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <optional>
+
 #include "automation/currency.h"
 #include "automation/text.h"
 
@@ -15,4 +17,14 @@ inline namespace GetValue_Function {
 Currency GoodsUnitConverter(const Text& gid, const Text& unit);
 
 }  // namespace GetValue_Function
+
+/// What a unit look-up asks for.
+struct UnitLookup {
+    Text gid;
+    Text unit;
+};
+
+/// The unit look-up that a statement is; nothing for any other statement.
+std::optional<UnitLookup> recognize_unit_lookup(TextView statement);
+
 }  // namespace vantlo

@@ -30,7 +30,7 @@ Side side(const Movement& movement, const Source& warehouse, const Source& statu
 
 Statement& append_key(Statement& statement, Line& line, const Source& warehouse, const Source& status,
                       StatusForm form) {
-    statement.piece(u" where WID=").literal(warehouse.read(line));
+    statement.piece(ledger_head::key).literal(warehouse.read(line));
     statement.piece(u" and GId=").literal(line.value(u"Gid"));
     statement.piece(u" and Model1=").literal(line.value(u"Model1"));
     statement.piece(u" and Model2=").literal(line.value(u"Model2"));
@@ -40,7 +40,7 @@ Statement& append_key(Statement& statement, Line& line, const Source& warehouse,
 
 Statement update_statement(Line& line, const StatementStyle& style, const Side& side) {
     Statement update;
-    update.piece(u"update Inventory set ");
+    update.piece(ledger_head::update);
     update.piece(side.movement.counter_phrase).literal(side.quantity_in_update.read(line));
     update.piece(side.movement.on_hand_phrase).literal(side.quantity_in_update.read(line));
     if (style.update_overwrites_remarks) {
@@ -52,7 +52,8 @@ Statement update_statement(Line& line, const StatementStyle& style, const Side& 
 
 Statement insert_statement(Line& line, const StatementStyle& style, const Side& side, TextView values_head) {
     Statement insert;
-    insert.piece(u"insert into Inventory(WID,GId,Model1,Model2,Status,Class,Unit,InQty,OutQty,CurrentQty,Remarks) ");
+    insert.piece(ledger_head::insert)
+        .piece(u"WID,GId,Model1,Model2,Status,Class,Unit,InQty,OutQty,CurrentQty,Remarks) ");
     insert.piece(values_head).literal(side.warehouse.read(line));
     insert.piece(u",").literal(line.value(u"Gid"));
     insert.piece(u",").literal(line.value(u"Model1"));
@@ -78,6 +79,17 @@ void post(PostingFrame& frame, Line& line, const StatementStyle& style, const Si
     if (style.lookup_close == LookupClose::before_write) frame.lookup->close();
     frame.execute(write);
     if (style.lookup_close == LookupClose::after_write) frame.lookup->close();
+}
+
+LedgerStatement recognize_ledger_statement(TextView statement) {
+    if (statement.starts_with(ledger_head::update)) return {LedgerAction::update, {}};
+    if (statement.starts_with(ledger_head::insert)) return {LedgerAction::insert, {}};
+    const bool counts = statement.starts_with(ledger_head::count);
+    if (!counts && !statement.starts_with(ledger_head::lookup)) return {};
+    TextView rest = statement.substr(counts ? ledger_head::count.size() : ledger_head::lookup.size());
+    while (rest.starts_with(u"  ")) rest.remove_prefix(1);  // some families write more blanks than one
+    if (!rest.starts_with(ledger_head::key)) return {};
+    return {counts ? LedgerAction::count : LedgerAction::look_up, rest.substr(1)};
 }
 
 }  // namespace vantlo

@@ -51,9 +51,18 @@ enum class LookupBy { execute, open };
 /// When the look-up is closed: after the row is written, before it, or by the caller.
 enum class LookupClose { after_write, before_write, by_caller };
 
+/// How each statement on the ledger begins: for those that write it and for recognize_ledger_statement.
+namespace ledger_head {
+inline constexpr TextView lookup = u"select * from Inventory";
+inline constexpr TextView count = u"Select Count(*) as TempQty from Inventory ";
+inline constexpr TextView update = u"update Inventory set ";
+inline constexpr TextView insert = u"insert into Inventory(";
+inline constexpr TextView key = u" where WID=";  // of look-ups, counts and updates
+}  // namespace ledger_head
+
 /// How a family's statements are written, and when its look-up is closed.
 struct StatementStyle {
-    TextView lookup_head = u"select * from Inventory";
+    TextView lookup_head = ledger_head::lookup;
     StatusForm status_in_lookup = StatusForm::unquoted;
     StatusForm status_in_update = StatusForm::unquoted;
     TextView remarks_column = u"Remarks";
@@ -93,5 +102,16 @@ Statement build_write(PostingFrame& frame, Line& line, const StatementStyle& sty
 /// Writes   one row of Inventory, or every row with that key.
 /// Errors   raised to the caller; the look-up is then left open.
 void post(PostingFrame& frame, Line& line, const StatementStyle& style, const Side& side);
+
+/// What a statement does to the ledger.
+enum class LedgerAction { none, look_up, count, update, insert };
+
+struct LedgerStatement {
+    LedgerAction action = LedgerAction::none;
+    TextView condition;  ///< of a look-up or a count: its WHERE clause, from `where WID=` to the end
+};
+
+/// What a statement is, of those that postings send. Any other is none of the ledger's.
+LedgerStatement recognize_ledger_statement(TextView statement);
 
 }  // namespace vantlo

@@ -40,7 +40,7 @@ void XFP_In_AddInventory(PostingFrame& frame, Line& rgsStockItemObj) {
     const Currency quantity = base_quantity(rgsStockItemObj, u"Qty", quantity_rule::converted_last);
     const Side receipt{movement::receipt, warehouse, line_status, Source::given(quantity), quantity_as_it_stands};
     // The key is read before the recordset is prepared, in this member alone.
-    Statement count = Statement().piece(u"Select Count(*) as TempQty from Inventory ");
+    Statement count = Statement().piece(ledger_head::count);
     append_key(count, rgsStockItemObj, warehouse, line_status, StatusForm::literal);
     post_one_line(frame, [&] {
         if (counted_rows(frame, count) == 0) {
