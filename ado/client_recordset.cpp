@@ -16,7 +16,6 @@ class ClientRecordset final : public Recordset {
 public:
     ClientRecordset() = default;
     explicit ClientRecordset(ResultTable result) : table_(std::move(result)), is_open_(table_.yields_rows) {}
-    explicit ClientRecordset(std::unique_ptr<UnreadResult> result) : unread_(std::move(result)), is_open_(true) {}
 
     void set_active_connection(Connection* connection) override { connection_ = ConnectionReference(connection); }
     void set_cursor_location(std::int32_t location) override { cursor_location_ = location; }
@@ -38,14 +37,12 @@ public:
         if (executed_) return executed_->move_next();
         require_open();
         if (is_at_end()) throw Failure(error::no_current_row);
-        read();
         ++row_;
     }
 
     Variant field(TextView name) override {
         if (executed_) return executed_->field(name);
         require_open();
-        read();
         const auto column = std::ranges::find_if(
             table_.columns, [name](const Text& column_name) { return equal_ignoring_case(column_name, name); });
         if (column == table_.columns.end()) throw Failure(error::no_such_item, "no field " + to_utf8(name));
@@ -62,7 +59,6 @@ public:
         if (executed_) return executed_->close();
         require_open();
         is_open_ = false;
-        unread_.reset();
         table_ = {};
     }
 
@@ -70,12 +66,7 @@ private:
     void require_open() const {
         if (!is_open_) throw Failure(error::object_closed);
     }
-    [[nodiscard]] bool is_at_end() const {
-        return unread_ != nullptr ? !unread_->has_rows() : row_ == table_.rows.size();
-    }
-    void read() {
-        if (unread_ != nullptr) table_ = std::exchange(unread_, nullptr)->read();
-    }
+    [[nodiscard]] bool is_at_end() const { return row_ == table_.rows.size(); }
 
     ConnectionReference connection_;
     std::int32_t cursor_location_ = 0;
@@ -84,7 +75,6 @@ private:
     // The rows are those that its connection's `execute` answered to `open`, as long as there are any: whatever stands
     // between this recordset and the database then sees each call. Otherwise they are its own.
     RecordsetVariable executed_;
-    std::unique_ptr<UnreadResult> unread_;
     ResultTable table_;
     std::size_t row_ = 0;
     bool is_open_ = false;
@@ -95,10 +85,6 @@ private:
 RecordsetVariable make_client_recordset() { return std::make_unique<ClientRecordset>(); }
 
 RecordsetVariable make_client_recordset(ResultTable result) {
-    return std::make_unique<ClientRecordset>(std::move(result));
-}
-
-RecordsetVariable make_client_recordset(std::unique_ptr<UnreadResult> result) {
     return std::make_unique<ClientRecordset>(std::move(result));
 }
 

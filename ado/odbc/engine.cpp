@@ -18,15 +18,15 @@ constexpr const char16_t* galera = u"show variables like 'wsrep_on'";
 
 // PostgreSQL's last setting: binary numbers come back with every digit that tells them apart.
 // clang-format off
-// name,           dialect,      settings,                               probe,           cluster probe, driver holds results
+// name,           dialect,      settings,                               probe,           cluster probe
 constexpr Engine engines[] = {
     {"PostgreSQL", "postgresql", {u"set client_encoding to 'UTF8'",
                                   u"set standard_conforming_strings to on",
-                                  u"set extra_float_digits to 3"},       full_probe,      nullptr,       true},
-    {"MariaDB",    "mariadb",    {mariadb_characters, mariadb_mode},     full_probe,      galera,        true},
-    {"SQL Server", "sqlserver",  {u"set dateformat ymd"},                backslash_probe, nullptr,       false},
-    {"ACCESS",     "access",     {},                                     backslash_probe, nullptr,       false},
-    {"",           "unknown",    {},                                     backslash_probe, nullptr,       false},
+                                  u"set extra_float_digits to 3"},       full_probe,      nullptr},
+    {"MariaDB",    "mariadb",    {mariadb_characters, mariadb_mode},     full_probe,      galera},
+    {"SQL Server", "sqlserver",  {u"set dateformat ymd"},                backslash_probe, nullptr},
+    {"ACCESS",     "access",     {},                                     backslash_probe, nullptr},
+    {"",           "unknown",    {},                                     backslash_probe, nullptr},
 };
 // clang-format on
 

@@ -15,8 +15,7 @@ struct Engine {
     const char16_t* settings[3];
     const char16_t* probe;  ///< a select whose one row literal_hazard judges
     const char16_t*
-        cluster_probe;          ///< tells the setting that makes a server the node of a cluster; null if it has none
-    bool driver_holds_results;  ///< whether its driver fetches all rows of a select at once, unless told otherwise
+        cluster_probe;  ///< tells the setting that makes a server the node of a cluster; null if it has none
 };
 
 /// The engine that gives itself a name; a general one for every other name.

@@ -4,7 +4,6 @@
 #include <sqlext.h>
 
 #include <algorithm>
-#include <exception>
 #include <new>
 #include <utility>
 
@@ -38,107 +37,22 @@ const Engine& engine_of(SQLHDBC connection) { return engine_named(information(co
 /// Whether a setting and its value, if there is one, is on.
 bool says_on(const ResultTable& setting) { return !setting.rows.empty() && setting.rows[0].at(1) == Variant(u"ON"); }
 
-/// Whether a statement has one result, or fails, and nothing else.
-bool is_select_alone(TextView text) {
-    constexpr TextView select = u"select";
-    return equal_ignoring_case(text.substr(0, select.size()), select) && text.find(u';') == TextView::npos;
+/// Runs a statement and reads all its results to their ends. Returns the first. Errors: StatementFailed.
+ResultTable results_of(SQLHSTMT handle, const std::string& text) {
+    checked(SQLExecDirect(handle, odbc_text(text), static_cast<SQLINTEGER>(text.size())));
+    SQLSMALLINT column_count = 0;
+    checked(SQLNumResultCols(handle, &column_count));
+    ResultTable first;
+    if (column_count > 0) first = read_rows(handle, column_count);
+    while (checked(SQLMoreResults(handle)) != SQL_NO_DATA) {
+        checked(SQLNumResultCols(handle, &column_count));
+        while (column_count > 0 && checked(SQLFetch(handle)) != SQL_NO_DATA) {
+        }
+    }
+    return first;
 }
 
 }  // namespace
-
-/// A statement that has run, with its first result.
-class OdbcConnection::Result final : public UnreadResult {
-public:
-    Result(OdbcConnection& connection, TextView text) : connection_(connection), text_(checked_utf8(text)) {
-        if (text_.empty()) throw Failure(error::syntax_error, "the statement is empty");
-        handle_ = connection.take_statement(text_);
-        guarded([this] {
-            checked(SQLExecDirect(handle_.get(), odbc_text(text_), static_cast<SQLINTEGER>(text_.size())));
-            checked(SQLNumResultCols(handle_.get(), &column_count_));
-            has_rows_ = column_count_ > 0 && checked(SQLFetch(handle_.get())) != SQL_NO_DATA;
-        });
-    }
-
-    Result(const Result&) = delete;
-    Result& operator=(const Result&) = delete;
-
-    ~Result() override {
-        std::erase(connection_.unread_, this);
-        if (handle_ == nullptr) return;
-        // Read to the end and not closed: that would be one more round trip for MariaDB's driver.
-        SQLRETURN result = SQL_SUCCESS;
-        while (has_rows_ && succeeded(result)) result = SQLFetch(handle_.get());
-        if (!has_rows_ || result == SQL_NO_DATA) result = SQLMoreResults(handle_.get());
-        if (result == SQL_NO_DATA) connection_.keep_statement(std::move(handle_));
-    }
-
-    [[nodiscard]] bool yields_rows() const { return column_count_ > 0; }
-
-    /// Whether the driver has fetched all rows, as it is set to or not: only then it can count them.
-    [[nodiscard]] bool is_held() const {
-        SQLLEN count = -1;
-        return yields_rows() && succeeded(SQLRowCount(handle_.get(), &count)) && (has_rows_ ? count > 0 : count == 0);
-    }
-
-    [[nodiscard]] bool has_rows() const override { return has_rows_; }
-
-    ResultTable read() override {
-        settle();
-        if (failure_ != nullptr) std::rethrow_exception(failure_);
-        return std::move(table_);
-    }
-
-    /// Leaves the rows with the driver until they are read, or the connection needs them read.
-    void stay_unread() {
-        connection_.unread_.push_back(this);
-        owner_ = ConnectionReference(&connection_);
-    }
-
-    /// Reads everything, unless it is read; a failure is raised by `read`.
-    void settle() {
-        if (handle_ == nullptr) return;
-        std::erase(connection_.unread_, this);
-        try {
-            guarded([this] {
-                SQLHSTMT handle = handle_.get();
-                if (yields_rows()) table_ = read_rows(handle, column_count_, has_rows_);
-                while (checked(SQLMoreResults(handle)) != SQL_NO_DATA) {
-                    SQLSMALLINT count = 0;
-                    checked(SQLNumResultCols(handle, &count));
-                    while (count > 0 && checked(SQLFetch(handle)) != SQL_NO_DATA) {
-                    }
-                }
-            });
-            connection_.keep_statement(std::move(handle_));
-        } catch (...) {
-            failure_ = std::current_exception();
-        }
-    }
-
-private:
-    /// Calls ODBC. Errors: the failure, as the connection tells it; the handle is gone then.
-    template <typename Calls>
-    void guarded(const Calls& calls) {
-        try {
-            calls();
-        } catch (const StatementFailed&) {
-            const StatementHandle failed = std::move(handle_);
-            connection_.fail(SQL_HANDLE_STMT, failed.get(), text_);
-        } catch (...) {
-            handle_.reset();
-            throw;
-        }
-    }
-
-    OdbcConnection& connection_;
-    ConnectionReference owner_;  // of a result that stays unread
-    std::string text_;
-    StatementHandle handle_;  // none once everything is read
-    SQLSMALLINT column_count_ = 0;
-    bool has_rows_ = false;
-    ResultTable table_;
-    std::exception_ptr failure_;
-};
 
 void OdbcConnection::EnvironmentCloser::operator()(void* environment) const noexcept {
     SQLFreeHandle(SQL_HANDLE_ENV, environment);
@@ -176,7 +90,6 @@ OdbcConnection::OdbcConnection(const std::string& connection_string, const OdbcO
 
 void OdbcConnection::make_safe() {
     const Engine& own = engine_of(connection_.get());
-    driver_holds_results_ = own.driver_holds_results;
     if (const char16_t* const setting = dialect().plain_backslashes; setting != nullptr) run(setting);
     for (const char16_t* setting : own.settings) {
         if (setting != nullptr) run(setting);
@@ -186,15 +99,17 @@ void OdbcConnection::make_safe() {
     is_cluster_ = own.cluster_probe != nullptr && says_on(run(own.cluster_probe));
 }
 
-ResultTable OdbcConnection::run(TextView text) { return Result(*this, text).read(); }
-
-RecordsetVariable OdbcConnection::execute(TextView text) {
-    auto result = std::make_unique<Result>(*this, text);
-    if (!driver_holds_results_ || !result->is_held() || !is_select_alone(text)) {
-        return make_client_recordset(result->read());
+ResultTable OdbcConnection::run(TextView statement) {
+    const std::string text = checked_utf8(statement);
+    if (text.empty()) throw Failure(error::syntax_error, "the statement is empty");
+    StatementHandle handle = take_statement(text);
+    try {
+        ResultTable result = results_of(handle.get(), text);
+        keep_statement(std::move(handle));
+        return result;
+    } catch (const StatementFailed&) {
+        fail(SQL_HANDLE_STMT, handle.get(), text);
     }
-    result->stay_unread();
-    return make_client_recordset(std::move(result));
 }
 
 OdbcConnection::StatementHandle OdbcConnection::take_statement(std::string_view first_use) {
@@ -216,19 +131,13 @@ void OdbcConnection::keep_statement(StatementHandle statement) {
     }
 }
 
-void OdbcConnection::settle_results() {
-    while (!unread_.empty()) unread_.back()->settle();
-}
-
 void OdbcConnection::disconnect() {
-    settle_results();
     // Statements would otherwise end with the connection, and once more.
     for (StatementHandle& idle : idle_statements_) idle.reset();
     SQLDisconnect(connection_.get());
 }
 
 void OdbcConnection::begin() {
-    settle_results();
     if (!set_autocommit(false)) fail(SQL_HANDLE_DBC, connection_.get(), "beginning a transaction");
     in_transaction_ = true;
     transaction_failure_.reset();
@@ -237,7 +146,6 @@ void OdbcConnection::begin() {
 }
 
 void OdbcConnection::commit() {
-    settle_results();
     if (transaction_failure_) {
         const Failure failure = *transaction_failure_;
         roll_back();
@@ -261,7 +169,6 @@ void OdbcConnection::require_whole_transaction() {
 
 void OdbcConnection::roll_back() {
     if (!in_transaction_) return;
-    settle_results();
     if (!succeeded(SQLEndTran(SQL_HANDLE_DBC, connection_.get(), SQL_ROLLBACK))) disconnect();
     leave_transaction();
 }

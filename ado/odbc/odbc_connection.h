@@ -5,7 +5,6 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "ado/native/native_connection.h"
 #include "automation/error.h"
@@ -19,9 +18,7 @@ struct OdbcOptions {
 /// A connection to a database server through its ODBC driver.
 ///
 /// Calls are the narrow ones with UTF-8, statements go to the driver as they stand, and each result is read to its end
-/// before the next statement: some servers refuse a second one while one is open. Where the driver itself holds all of a
-/// select's rows, describing and reading them waits until somebody asks for a field; most look-ups ask only whether
-/// there is a row.
+/// before the next statement: some servers refuse a second one while one is open.
 ///
 /// Connecting makes the engine safe for literals whose only escape is the doubled quote, or fails: backslashes must
 /// stand for themselves and characters of every plane must come back whole (MariaDB: NO_BACKSLASH_ESCAPES, strict mode
@@ -39,8 +36,6 @@ public:
     /// Returns  the first result where a statement yields several; all of them are read.
     /// Errors   also bad_argument for a text with a NUL or half a surrogate pair, before anything is sent.
     ResultTable run(TextView statement) override;
-
-    RecordsetVariable execute(TextView statement) override;
 
     void begin() override;
 
@@ -71,17 +66,12 @@ private:
     };
     using StatementHandle = std::unique_ptr<void, StatementCloser>;
 
-    class Result;
-
     ~OdbcConnection() override = default;
 
     void make_safe();
     StatementHandle take_statement(std::string_view first_use);
     void keep_statement(StatementHandle statement);
     void disconnect();
-
-    /// Reads what is still with the driver, before it may let go of it.
-    void settle_results();
 
     void require_whole_transaction();
     void leave_transaction();
@@ -93,8 +83,6 @@ private:
     std::unique_ptr<void, EnvironmentCloser> environment_;
     std::unique_ptr<void, ConnectionCloser> connection_;
     std::array<StatementHandle, 2> idle_statements_;  // for the next statements: drivers take long to make one
-    std::vector<Result*> unread_;
-    bool driver_holds_results_ = false;
     bool is_cluster_ = false;
     bool in_transaction_ = false;
     std::optional<Failure> transaction_failure_;  // the first one since begin

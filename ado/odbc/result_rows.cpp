@@ -128,7 +128,7 @@ std::int16_t checked(std::int16_t result) {
     return result;
 }
 
-ResultTable read_rows(void* statement, std::int16_t column_count, bool stands_on_row) {
+ResultTable read_rows(void* statement, std::int16_t column_count) {
     ResultTable result;
     result.yields_rows = true;
     std::vector<FieldType> types;
@@ -137,7 +137,7 @@ ResultTable read_rows(void* statement, std::int16_t column_count, bool stands_on
         result.columns.push_back(std::move(column.name));
         types.push_back(column.type);
     }
-    for (; stands_on_row; stands_on_row = checked(SQLFetch(statement)) != SQL_NO_DATA) {
+    while (checked(SQLFetch(statement)) != SQL_NO_DATA) {
         std::vector<Variant>& row = result.rows.emplace_back();
         row.reserve(types.size());
         SQLUSMALLINT number = 0;

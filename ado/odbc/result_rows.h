@@ -11,13 +11,12 @@ struct StatementFailed {};
 /// Errors   StatementFailed.
 std::int16_t checked(std::int16_t result);
 
-/// The rows of the result that an ODBC statement stands on, from the row on which it stands to the last.
+/// The rows of the result that an ODBC statement stands before, all of them.
 ///
 /// Exact numbers that fit are Currency and never pass through binary floating point; binary numbers are never read as
 /// text.
 /// column_count     at least 1
-/// stands_on_row    false if there are no rows
 /// Errors           StatementFailed.
-ResultTable read_rows(void* statement, std::int16_t column_count, bool stands_on_row);
+ResultTable read_rows(void* statement, std::int16_t column_count);
 
 }  // namespace vantlo

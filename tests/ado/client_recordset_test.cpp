@@ -53,62 +53,6 @@ TEST_CASE("A recordset made of a result is open on its first row and reads it to
     CHECK(recordset->state() == open);
 }
 
-// A result that notes when it is read.
-class NotedResult final : public UnreadResult {
-public:
-    NotedResult(std::vector<std::string>& events, ResultTable result) : events_(events), result_(std::move(result)) {}
-    ~NotedResult() override { events_.emplace_back("end"); }
-
-    [[nodiscard]] bool has_rows() const override { return !result_.rows.empty(); }
-    ResultTable read() override {
-        events_.emplace_back("read");
-        return std::move(result_);
-    }
-
-private:
-    std::vector<std::string>& events_;
-    ResultTable result_;
-};
-
-TEST_CASE("A recordset reads its result when a field is asked for, and not to tell whether there is a row") {
-    using Events = std::vector<std::string>;
-    Events events;
-    const RecordsetVariable recordset = make_client_recordset(std::make_unique<NotedResult>(events, two_rows()));
-    CHECK(recordset->state() == open);
-    CHECK_FALSE(recordset->eof());
-    CHECK(events.empty());
-    SUBCASE("by its first field") {
-        CHECK(recordset->field(u"Gid") == Variant(u"G1"));
-        CHECK(events == Events{"read", "end"});
-        recordset->move_next();
-        CHECK(recordset->field(u"Gid") == Variant(u"G2"));
-    }
-    SUBCASE("by leaving its first row") {
-        recordset->move_next();
-        CHECK(events == Events{"read", "end"});
-        CHECK(recordset->field(u"Gid") == Variant(u"G2"));
-    }
-    SUBCASE("never") {
-        recordset->close();
-        CHECK(events == Events{"end"});
-        CHECK(caught([&] { static_cast<void>(recordset->field(u"Gid")); }).number == error::object_closed);
-    }
-    SUBCASE("by an unknown field") {
-        CHECK(caught([&] { recordset->field(u"Gi"); }).number == error::no_such_item);
-    }
-}
-
-TEST_CASE("A recordset of a result without rows answers as any other at its end") {
-    std::vector<std::string> events;
-    const RecordsetVariable recordset =
-        make_client_recordset(std::make_unique<NotedResult>(events, ResultTable{{u"Gid"}, {}, true}));
-    CHECK(recordset->eof());
-    CHECK(caught([&] { recordset->move_next(); }).number == error::no_current_row);
-    CHECK(events.empty());
-    CHECK(caught([&] { recordset->field(u"Gid"); }).number == error::no_current_row);
-    CHECK(recordset->eof());
-}
-
 TEST_CASE("A recordset finds a field without regard to case, the first of two that share the name") {
     const RecordsetVariable recordset = make_client_recordset({{u"TempQty", u"tempqty"}, {{1, 2}}, true});
     CHECK(recordset->field(u"TEMPQTY") == Variant(1));
