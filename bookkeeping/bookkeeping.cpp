@@ -304,9 +304,9 @@ void Bookkeeping::Session::post(std::span<const MemberCall> calls, const Bill& b
                 return;
             }
             const std::string account = account_of_failure();
-            throw TaskError(Reason::posting_failed, fmt::format("{} returned {} ({})\n{}{}", to_utf8(call.member),
-                                                                result, to_utf8(standard_text(result, language_)),
-                                                                take_messages(), account));
+            throw TaskError(Reason::posting_failed,
+                            fmt::format("{} returned {} ({})\n{}{}", to_utf8(call.member), result,
+                                        to_utf8(standard_text(result, language_)), take_messages(), account));
         };
         if (!is_fed_lines(call)) post_one(nullptr, 0);
         std::int32_t item = 0;

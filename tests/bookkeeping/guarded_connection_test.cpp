@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "automation/error.h"
+#include "bills/task_error.h"
 #include "support/failures.h"
 
 namespace vantlo::test {
