@@ -3,7 +3,10 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <filesystem>
+#include <fstream>
 #include <set>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -74,6 +77,25 @@ TEST_CASE("The resource _IID_INVENTORY_CLASS is the interface identifier behind 
     std::array<std::byte, 20> expected = {std::byte{16}};
     std::memcpy(expected.data() + 4, &IID__Inventory_Class, sizeof IID__Inventory_Class);
     CHECK(std::memcmp(LockResource(LoadResource(library.module(), found)), expected.data(), expected.size()) == 0);
+}
+
+std::string whole_file(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    std::ostringstream content;
+    content << file.rdbuf();
+    return content.str();
+}
+
+TEST_CASE("The file names neither its functions nor a folder of the machine that built it; another has the names") {
+    const std::string library = whole_file(VANTLO_COMPONENT);
+    const std::string names = whole_file(std::filesystem::path(VANTLO_COMPONENT).replace_extension("debug").string());
+    REQUIRE(library.size() > 100'000);
+    REQUIRE(names.size() > 100'000);
+    CHECK(library.find("watch_apartment") == std::string::npos);
+    CHECK(names.find("watch_apartment") != std::string::npos);
+    CHECK(library.find("Vantlo.debug") != std::string::npos);
+    CHECK(library.find(VANTLO_SOURCE_DIR) == std::string::npos);
+    CHECK(names.find(VANTLO_SOURCE_DIR) == std::string::npos);
 }
 
 std::wstring version_text(const std::vector<std::byte>& version, const wchar_t* language, const wchar_t* name) {
