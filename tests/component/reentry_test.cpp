@@ -13,10 +13,10 @@
 namespace vantlo::test {
 namespace {
 
-enum class HostAct { set_nothing, set_another, release_object, release_object_and_set_nothing };
+enum class HostAct { set_nothing, set_another, release_object, release_object_and_set_nothing, set_another_for_one };
 
 constexpr HostAct host_acts[] = {HostAct::set_nothing, HostAct::set_another, HostAct::release_object,
-                                 HostAct::release_object_and_set_nothing};
+                                 HostAct::release_object_and_set_nothing, HostAct::set_another_for_one};
 
 /// What the host does, and during which event of the call.
 struct Reentry {
@@ -40,13 +40,20 @@ public:
             const RecordingPlatform platform(run.recorder);
             connect(first_, run.recorder, "");
             connect(other_, run.recorder, "other");
-            const ConnectionReference other(other_.get());
+            ConnectionReference other(other_.get());
             object_ = std::make_unique<Inventory_Class>();
             object_->let_DATAType(from_utf8(scenario.data_type));
             object_->set_ADOConn(first_.get());
             RecordedLine line(run.recorder, scenario.line);
             run.recorder.on_event = [&](std::size_t index) {
                 if (reentry && index == reentry->event) do_act(reentry->act);
+                // For one statement, whose recordset is the only one to know that connection then.
+                if (reentry && reentry->act == HostAct::set_another_for_one && index > 0 &&
+                    object_->ADOConn() != nullptr && run.recorder.events[index - 1].what == "execute" &&
+                    run.recorder.events[index - 1].connection == "other") {
+                    object_->set_ADOConn(nullptr);
+                    other = nullptr;
+                }
             };
             run.result = call(scenario, line);
             run.recorder.on_event = nullptr;
@@ -74,7 +81,8 @@ private:
     void do_act(HostAct act) {
         switch (act) {
             case HostAct::set_nothing: object_->set_ADOConn(nullptr); break;
-            case HostAct::set_another: object_->set_ADOConn(other_.get()); break;
+            case HostAct::set_another:
+            case HostAct::set_another_for_one: object_->set_ADOConn(other_.get()); break;
             case HostAct::release_object: object_.reset(); break;
             case HostAct::release_object_and_set_nothing:
                 object_.reset();
@@ -140,13 +148,14 @@ std::int32_t expected_result(const Run& whole, const Reentry& reentry) {
 }
 
 void check(const Run& whole, const Run& run, const Reentry& reentry) {
+    CHECK(std::ranges::count(run.recorder.events, "dangling", &Event::what) == 0);
+    CHECK(run.frees_connections);
+    if (reentry.act == HostAct::set_another_for_one) return;
     CHECK(run.result == expected_result(whole, reentry));
     CHECK(told(executed(run.recorder)) == told(expected_statements(whole, reentry)));
     if (reentry.act == HostAct::release_object) {
         CHECK(joined(run.recorder.trace(Detail::everything)) == joined(whole.recorder.trace(Detail::everything)));
     }
-    CHECK(std::ranges::count(run.recorder.events, "dangling", &Event::what) == 0);
-    CHECK(run.frees_connections);
 }
 
 bool writes(const Recorder& recorder, std::string_view beginning) {
