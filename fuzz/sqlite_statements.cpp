@@ -28,7 +28,7 @@ bool is_out_of_bounds(const Text& statement) {
 
 void require(bool is_same, const Text& statement, const PairedConnections& pair) {
     if (is_same) return;
-    std::cerr << "differs: " << to_utf8(statement) << "\nlifted: " << pair.lifted.failure.account
+    std::cerr << "differs: " << to_utf8(statement) << "\nparameterized: " << pair.parameterized.failure.account
               << "\nplain:  " << pair.plain.failure.account << '\n';
     std::abort();
 }

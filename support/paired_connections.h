@@ -35,24 +35,25 @@ public:
 
     /// Runs a script on both.
     void run_script(const std::string& script) {
-        lifting_->run_script(script);
+        parameterizing_->run_script(script);
         plain_->run_script(script);
     }
 
     /// Runs a statement on both. Returns true if result, failure and remedy are the same.
     bool run(TextView statement) {
-        lifted = outcome(*lifting_, statement);
+        parameterized = outcome(*parameterizing_, statement);
         plain = outcome(*plain_, statement);
-        return lifted.failure.number == plain.failure.number && lifted.failure.account == plain.failure.account &&
-               lifted.remedy == plain.remedy && lifted.result.yields_rows == plain.result.yields_rows &&
-               lifted.result.columns == plain.result.columns &&
-               std::ranges::equal(lifted.result.rows, plain.result.rows, [](const auto& left, const auto& right) {
-                   return std::ranges::equal(left, right, are_same);
-               });
+        return parameterized.failure.number == plain.failure.number &&
+               parameterized.failure.account == plain.failure.account && parameterized.remedy == plain.remedy &&
+               parameterized.result.yields_rows == plain.result.yields_rows &&
+               parameterized.result.columns == plain.result.columns &&
+               std::ranges::equal(
+                   parameterized.result.rows, plain.result.rows,
+                   [](const auto& left, const auto& right) { return std::ranges::equal(left, right, are_same); });
     }
 
     /// The latest statement's, for messages.
-    Outcome lifted;
+    Outcome parameterized;
     Outcome plain;
 
 private:
@@ -69,8 +70,8 @@ private:
         return left == right && (number == nullptr || std::signbit(*number) == std::signbit(*right.get_if<double>()));
     }
 
-    Owned<SqliteConnection> lifting_{new SqliteConnection(":memory:")};
-    Owned<SqliteConnection> plain_{new SqliteConnection(":memory:", {.lifts_literals = false})};
+    Owned<SqliteConnection> parameterizing_{new SqliteConnection(":memory:")};
+    Owned<SqliteConnection> plain_{new SqliteConnection(":memory:", {.parameterizes_literals = false})};
 };
 
 }  // namespace vantlo::test

@@ -84,7 +84,7 @@ SqliteConnection::SqliteConnection(const std::string& file, const SqliteOptions&
     sqlite3_db_config(database, SQLITE_DBCONFIG_DQS_DDL, 0, nullptr);
     if (switch_to_wal(database, options.busy_time_out) != SQLITE_OK) throw sqlite_failure(database, "opening " + file);
     run_script("pragma synchronous = full");
-    if (options.lifts_literals) statement_cache_.emplace(database);
+    if (options.parameterizes_literals) statement_cache_.emplace(database);
 }
 
 ResultTable SqliteConnection::run(TextView statement) {

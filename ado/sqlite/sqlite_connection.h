@@ -15,7 +15,7 @@ namespace vantlo {
 struct SqliteOptions {
     bool may_create = true;                         ///< whether a file that does not exist is made
     std::chrono::milliseconds busy_time_out{5000};  ///< how long a statement waits for another connection's lock
-    bool lifts_literals = true;                     ///< whether statements that differ only in literals share one plan
+    bool parameterizes_literals = true;             ///< whether statements that differ only in literals share one plan
 };
 
 /// An SQLite database: a file, or one in memory that lasts as long as the connection.

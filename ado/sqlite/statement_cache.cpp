@@ -49,7 +49,7 @@ int bind_text(sqlite3_stmt* statement, int position, std::string_view spelling) 
 }  // namespace
 
 std::optional<ResultTable> StatementCache::run(const std::string& statement) {
-    if (!lift_literals(statement, lifted_) || !find_or_prepare(statement)) return std::nullopt;
+    if (!parameterize(statement, parameterized_) || !find_or_prepare(statement)) return std::nullopt;
     PreparedStatement& prepared = kept_.front().statement;
     try {
         bind_literals(prepared.get(), statement);
@@ -64,24 +64,24 @@ std::optional<ResultTable> StatementCache::run(const std::string& statement) {
 }
 
 bool StatementCache::find_or_prepare(const std::string& statement) {
-    const auto found = std::ranges::find(kept_, lifted_.shape, &Kept::shape);
+    const auto found = std::ranges::find(kept_, parameterized_.shape, &Kept::shape);
     if (found != kept_.end()) {
         kept_.splice(kept_.begin(), kept_, found);
         return true;
     }
-    if (!is_understood(lifted_.shape)) return false;
+    if (!is_understood(parameterized_.shape)) return false;
     PreparedStatement prepared;
-    const int result = prepare_to_keep(database_, lifted_.shape, prepared);
+    const int result = prepare_to_keep(database_, parameterized_.shape, prepared);
     if (result == SQLITE_ERROR) return false;  // the plain text is left to say what is wrong with it
     if (result != SQLITE_OK) throw sqlite_failure(database_, statement);
-    kept_.push_front({lifted_.shape, std::move(prepared)});
+    kept_.push_front({parameterized_.shape, std::move(prepared)});
     if (kept_.size() > most_kept) kept_.pop_back();
     return true;
 }
 
 void StatementCache::bind_literals(sqlite3_stmt* prepared, const std::string& statement) {
     int position = 0;
-    for (const Literal& literal : lifted_.literals) {
+    for (const Literal& literal : parameterized_.literals) {
         if (bind(prepared, ++position, literal) != SQLITE_OK) throw sqlite_failure(database_, statement);
     }
 }

@@ -5,14 +5,14 @@
 #include <optional>
 #include <string>
 
-#include "ado/sqlite/lifted_text.h"
+#include "ado/sqlite/parameterized_text.h"
 #include "ado/sqlite/prepared_statement.h"
 
 struct sqlite3;
 
 namespace vantlo {
 
-/// Runs statements without having the engine compile each text: their literals are lifted out and bound to a prepared
+/// Runs statements without having the engine compile each text: their literals become parameters bound to a prepared
 /// statement, which is kept for the next text of the same shape.
 ///
 /// Between two calls no kept statement runs, holds a lock or has anything bound; one that fails is not kept. The engine
@@ -33,7 +33,7 @@ private:
         PreparedStatement statement;
     };
 
-    /// Puts the prepared statement of the lifted shape first in the list. Returns: whether there is one.
+    /// Puts the prepared statement of the parameterized shape first in the list. Returns: whether there is one.
     bool find_or_prepare(const std::string& statement);
 
     void bind_literals(sqlite3_stmt* prepared, const std::string& statement);
@@ -45,7 +45,7 @@ private:
     static constexpr std::size_t most_kept = 64;
 
     sqlite3* database_;
-    LiftedText lifted_;
+    ParameterizedText parameterized_;
     std::list<Kept> kept_;  ///< the latest used first
     PreparedStatement number_reader_;
 };

@@ -110,7 +110,7 @@ TEST_CASE("A kept statement sees the table as it is now") {
         CHECK(pair.run(u"select * from T where a=5"));
         CHECK(pair.run(u"select * from T where a='5'"));
     }
-    CHECK(pair.lifted.result.columns == std::vector<Text>{u"T.a", u"T.b"});
+    CHECK(pair.parameterized.result.columns == std::vector<Text>{u"T.a", u"T.b"});
 }
 
 TEST_CASE("A kept statement sees what another connection did to its table") {
@@ -147,7 +147,7 @@ TEST_CASE("A kept statement holds no lock, whether it succeeded or failed") {
     first->run_script("drop table T; create table T (a int); vacuum");
 }
 
-TEST_CASE("A lifted number is the one that the engine reads in the text") {
+TEST_CASE("A number that became a parameter is the one that the engine reads in the text") {
     PairedConnections pair;
     pair.run_script("create table T (r real, m money, t nvarchar(99), x blob); insert into T values (0, 0, 0, 0)");
     std::mt19937 random(20);

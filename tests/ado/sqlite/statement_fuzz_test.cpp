@@ -1,10 +1,10 @@
-// Statements at random, valid and broken: with literals lifted or not, each does the same.
+// Statements at random, valid and broken: with literals parameterized or not, each does the same.
 
 #include <doctest/doctest.h>
 
 #include <random>
 
-#include "ado/sqlite/lifted_text.h"
+#include "ado/sqlite/parameterized_text.h"
 #include "support/paired_connections.h"
 #include "tests/support/printing.h"
 
@@ -104,7 +104,7 @@ private:
     std::string where() { return one_in(6) ? "" : " where " + condition(); }
     std::string assignment() { return column() + one_of({"=", " = "}) + sum(); }
 
-    // Mostly one of the forms whose literals are lifted.
+    // Mostly one of the forms whose literals are parameterized.
     std::string kept_shape() {
         switch (random_() % 8) {
             case 0: return "update " + table() + " set " + some(&StatementMaker::assignment, ",") + where();
@@ -191,15 +191,15 @@ private:
     std::string table_;  // that most of the statement is about
 };
 
-bool is_lifted(const std::string& statement) {
-    LiftedText lifted;
-    return lift_literals(statement, lifted) && is_understood(lifted.shape);
+bool is_parameterized(const std::string& statement) {
+    ParameterizedText parameterized;
+    return parameterize(statement, parameterized) && is_understood(parameterized.shape);
 }
 
-TEST_CASE("Statements at random do the same with literals lifted or not") {
+TEST_CASE("Statements at random do the same with literals parameterized or not") {
     StatementMaker maker(7);
     int count = 0;
-    int with_literals_lifted = 0;
+    int with_parameters = 0;
     int failed = 0;
     for (int database = 0; database < 40; ++database) {
         PairedConnections pair;
@@ -208,11 +208,12 @@ TEST_CASE("Statements at random do the same with literals lifted or not") {
             const std::string statement = maker.statement();
             INFO("database " << database << ", statement " << i << ": " << statement);
             const bool is_same = pair.run(from_utf8(statement));
-            INFO("lifted: " << pair.lifted.failure.account << ", " << pair.lifted.result.rows.size() << " rows");
+            INFO("parameterized: " << pair.parameterized.failure.account << ", "
+                                   << pair.parameterized.result.rows.size() << " rows");
             INFO("plain:  " << pair.plain.failure.account << ", " << pair.plain.result.rows.size() << " rows");
             REQUIRE(is_same);
             ++count;
-            if (is_lifted(statement)) ++with_literals_lifted;
+            if (is_parameterized(statement)) ++with_parameters;
             if (pair.plain.failure.number != 0) ++failed;
             if (i % 50 != 0) continue;
             for (const TextView table : {u"main.A", u"B", u"Log"}) {
@@ -220,11 +221,11 @@ TEST_CASE("Statements at random do the same with literals lifted or not") {
             }
         }
     }
-    // Otherwise the statements say little: too few lifted, or hardly any that succeed or fail.
-    CHECK(with_literals_lifted * 3 > count);
+    // Otherwise the statements say little: too few parameterized, or hardly any that succeed or fail.
+    CHECK(with_parameters * 3 > count);
     CHECK(failed * 5 > count);
     CHECK(failed * 3 < count * 2);
-    MESSAGE(count << " statements, " << with_literals_lifted << " with literals lifted, " << failed << " failed");
+    MESSAGE(count << " statements, " << with_parameters << " with literals parameterized, " << failed << " failed");
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-#include "ado/sqlite/lifted_text.h"
+#include "ado/sqlite/parameterized_text.h"
 
 #include <sqlite3.h>
 
@@ -244,9 +244,9 @@ private:
 
 }  // namespace
 
-bool lift_literals(std::string_view statement, LiftedText& lifted) {
-    lifted.shape.clear();
-    lifted.literals.clear();
+bool parameterize(std::string_view statement, ParameterizedText& parameterized) {
+    parameterized.shape.clear();
+    parameterized.literals.clear();
     if (statement.size() > longest_statement) return false;
 
     Token previous;
@@ -266,26 +266,27 @@ bool lift_literals(std::string_view statement, LiftedText& lifted) {
         switch (token.kind) {
             case TokenKind::not_understood: return false;
             case TokenKind::text:
-                lifted.literals.push_back({Literal::Kind::text, false, token.text.substr(1, token.text.size() - 2)});
-                lifted.shape += '?';
+                parameterized.literals.push_back(
+                    {Literal::Kind::text, false, token.text.substr(1, token.text.size() - 2)});
+                parameterized.shape += '?';
                 break;
             case TokenKind::integer:
             case TokenKind::real: {
                 if (stays_in_the_shape(token)) {
-                    lifted.shape += token.text;
+                    parameterized.shape += token.text;
                     break;
                 }
                 const bool is_real = token.kind == TokenKind::real;
-                lifted.literals.push_back(
+                parameterized.literals.push_back(
                     {is_real ? Literal::Kind::real : Literal::Kind::integer, is_negative, token.text});
-                lifted.shape += '?';
+                parameterized.shape += '?';
                 break;
             }
             case TokenKind::symbol:
                 if (token.is("?")) return false;
                 [[fallthrough]];
             case TokenKind::blanks:
-            case TokenKind::word: lifted.shape += token.text; break;
+            case TokenKind::word: parameterized.shape += token.text; break;
         }
         if (token.kind != TokenKind::blanks) previous = token;
     }

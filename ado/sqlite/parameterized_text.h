@@ -15,21 +15,21 @@ struct Literal {
     std::string_view spelling;  ///< in the statement: the digits without the sign, the text between its quotes
 };
 
-/// A statement's text with its literals lifted out.
+/// A statement's text with parameters in the places of its literals.
 /// Example  `… where id='G1' and Status=0` -> shape `… where id=? and Status=0`, literal text `G1`
-struct LiftedText {
+struct ParameterizedText {
     std::string shape;
     std::vector<Literal> literals;
 };
 
-/// Lifts the literals of a statement into `lifted`, whose memory is used again.
+/// Replaces the literals of a statement by parameters, into `parameterized`, whose memory is used again.
 ///
 /// Shape    Every quoted text and every number becomes a `?`, except that whole numbers from -1 to 1 and those with
 ///          leading zeros stay: the engine's planner looks at a comparison with -1, 0 or 1.
 /// Returns  whether each character was understood; not so with comments, names in quotes, parameters, semicolons,
 ///          blobs, whole numbers beyond 18 digits, texts of more than 64 KiB, and whatever else is not plain.
 ///          The literals look into `statement`.
-bool lift_literals(std::string_view statement, LiftedText& lifted);
+bool parameterize(std::string_view statement, ParameterizedText& parameterized);
 
 /// Whether a shape means with values bound to its marks what the statement meant with the literals in their places.
 ///

@@ -1,4 +1,4 @@
-#include "ado/sqlite/lifted_text.h"
+#include "ado/sqlite/parameterized_text.h"
 
 #include <doctest/doctest.h>
 
@@ -7,12 +7,12 @@
 namespace vantlo::test {
 namespace {
 
-/// A statement's shape, and behind it its literals: `|'text'`, `|-12`, `|2.5r`; nothing if it is not to be lifted.
-std::string lifted_form(std::string_view statement) {
-    LiftedText lifted;
-    if (!lift_literals(statement, lifted)) return {};
-    std::string form = lifted.shape;
-    for (const Literal& literal : lifted.literals) {
+/// A statement's shape, and behind it its literals: `|'text'`, `|-12`, `|2.5r`; nothing if it is not to be parameterized.
+std::string parameterized_form(std::string_view statement) {
+    ParameterizedText parameterized;
+    if (!parameterize(statement, parameterized)) return {};
+    std::string form = parameterized.shape;
+    for (const Literal& literal : parameterized.literals) {
         form += literal.is_negative ? "|-" : "|";
         const char* const quote = literal.kind == Literal::Kind::text ? "'" : "";
         form.append(quote).append(literal.spelling).append(quote);
@@ -21,14 +21,14 @@ std::string lifted_form(std::string_view statement) {
     return form;
 }
 
-struct LiftedRow {
+struct FormRow {
     const char* statement;
     const char* form;
 };
 
-TEST_CASE("lift_literals lifts texts and numbers, and leaves all else as it stands") {
+TEST_CASE("parameterize replaces texts and numbers, and leaves all else as it stands") {
     // clang-format off
-    const LiftedRow rows[] = {
+    const FormRow rows[] = {
         {"select * from T",                       "select * from T"},
         {"a='x'",                                 "a=?|'x'"},
         {"a=''",                                  "a=?|''"},
@@ -54,10 +54,10 @@ TEST_CASE("lift_literals lifts texts and numbers, and leaves all else as it stan
         {"数量=5",                                "数量=?|5"},
     };
     // clang-format on
-    for (const LiftedRow& row : rows) CHECK(lifted_form(row.statement) == row.form);
+    for (const FormRow& row : rows) CHECK(parameterized_form(row.statement) == row.form);
 }
 
-TEST_CASE("lift_literals steps aside for a text that it does not understand to the last character") {
+TEST_CASE("parameterize steps aside for a text that it does not understand to the last character") {
     const char* const statements[] = {
         "a=5--3",   "a=5 -- c",  "a=5 /* c */", "a=5;",    "\"a\"=5",    "[a]=5",    "`a`=5",
         "a=?",      "a=?1",      "a=:x",        "a=@x",    "a=$x",       "a$=5",     "a=#1",
@@ -69,10 +69,10 @@ TEST_CASE("lift_literals steps aside for a text that it does not understand to t
     };
     for (const char* const statement : statements) {
         INFO(std::string(statement));
-        CHECK(lifted_form(statement).empty());
+        CHECK(parameterized_form(statement).empty());
     }
-    CHECK(!lifted_form("a='" + std::string(60'000, 'x') + "'").empty());
-    CHECK(lifted_form("a='" + std::string(70'000, 'x') + "'").empty());
+    CHECK(!parameterized_form("a='" + std::string(60'000, 'x') + "'").empty());
+    CHECK(parameterized_form("a='" + std::string(70'000, 'x') + "'").empty());
 }
 
 TEST_CASE("is_understood accepts the four forms with marks for operands") {
