@@ -13,7 +13,7 @@ TEST_CASE("A build without ODBC says that a server needs it, and opens SQLite's 
     CHECK(failure.number == error::bad_argument);
     CHECK(failure.account.starts_with(
         "a database server is reached through ODBC, and this program was built without it"));
-    CHECK(open_connection("sqlite::memory:")->dialect() == "sqlite");
+    CHECK(open_connection("sqlite::memory:")->dialect().name == "sqlite");
 }
 
 }  // namespace
