@@ -2,6 +2,9 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
+
+#include "ado/connection.h"
 
 namespace vantlo {
 
@@ -11,5 +14,27 @@ std::string schema_for(std::string_view dialect);
 
 /// The script that adds the ledger's unique key, as in schema/DIALECT-unique.sql. Errors: as above.
 std::string unique_key_for(std::string_view dialect);
+
+/// The scripts of the journal of movements, as in schema/DIALECT-journal.sql and beside it; empty for Access.
+struct JournalScripts {
+    std::string_view on;
+    std::string_view off;
+    std::string_view remove;
+};
+
+/// Errors: as above.
+JournalScripts journal_scripts_for(std::string_view dialect);
+
+/// A table that a host needs only for vantlo, and the statement that makes it.
+struct OwnTable {
+    std::string name;
+    std::string statement;
+};
+
+/// The tables in which vantlo keeps what it did: SavedBill, BillHistory, RepairJournal, PostingJournal. Errors: as above.
+std::vector<OwnTable> own_tables_for(std::string_view dialect);
+
+/// Errors   Failure, for any other reason than that the table is not there.
+bool has_table(Connection& database, const std::string& name);
 
 }  // namespace vantlo

@@ -79,6 +79,14 @@ bool is_of_database(const Failure& failure) {
     return std::ranges::find(numbers, failure.number()) != std::end(numbers);
 }
 
+/// What is known of all movements of a bill.
+PostingNote::Posting posting_of(std::span<const MemberCall> calls, const Bill& bill) {
+    PostingNote::Posting posting{from_utf8(bill.kind->name), bill.id};
+    if (calls.size() == 1) posting.member = calls.front().member;
+    if (bill.lines.size() == 1) posting.item = 1;
+    return posting;
+}
+
 }  // namespace
 
 void collect_messages() {
@@ -92,8 +100,9 @@ std::string take_messages() { return std::exchange(shown_messages, {}); }
 /// The work of one transaction, on the connection that it is open on.
 class Bookkeeping::Session {
 public:
-    Session(GuardedConnection& connection, const GuardedConnection::Show& show, Language language, PostingWatch* watch)
-        : connection_(connection), language_(language), watch_(watch) {
+    Session(GuardedConnection& connection, const GuardedConnection::Show& show, Language language, PostingWatch* watch,
+            PostingNote& note)
+        : connection_(connection), language_(language), watch_(watch), note_(note) {
         connection.observe(show, watch);
         component_.let_DATAType(connection.dialect().data_type);
         component_.set_ADOConn(&connection);
@@ -127,6 +136,7 @@ private:
     GuardedConnection& connection_;
     Language language_;
     PostingWatch* watch_;
+    PostingNote& note_;
     Inventory_Class component_;
 };
 
@@ -192,6 +202,7 @@ public:
         take_messages();  // those of an attempt that failed
         outcomes_.clear();
         owner_.findings_.begin();
+        owner_.note_.begin(database);
         for (const Step& step : steps_) take(database, step);
     }
 
@@ -223,7 +234,7 @@ private:
         if (observer_ != nullptr) observer_->begins(step.what);
         std::optional<PostingWatch> watch;
         if (owner_.guard_) watch.emplace(database, *owner_.guard_, owner_.language_, owner_.findings_);
-        Session session(database, show_, owner_.language_, watch ? &*watch : nullptr);
+        Session session(database, show_, owner_.language_, watch ? &*watch : nullptr, owner_.note_);
         step.work(session);
         if (watch) outcome.changes = watch->changes();
         if (watch) watch->look_at_stock(outcome.changes);
@@ -295,9 +306,11 @@ Bill Bookkeeping::Session::stored(const BillKind& kind, const Text& id) {
 void Bookkeeping::Session::post(std::span<const MemberCall> calls, const Bill& bill,
                                 const std::function<void(const MemberCall& call, std::int32_t item)>& posted) {
     if (watch_ != nullptr) watch_->look_at(bill);
+    note_.begin_bill(posting_of(calls, bill));
     for (const MemberCall& call : calls) {
         const Member& member = *find_method(call.member);
         const auto post_one = [&](Line* line, std::int32_t item) {
+            note_.before_call(call.member, item);
             const std::int32_t result = component_.call(member, arguments_for(call, bill, line));
             if (result == 0) {
                 if (posted) posted(call, item);
@@ -316,6 +329,7 @@ void Bookkeeping::Session::post(std::span<const MemberCall> calls, const Bill& b
             post_one(&line, ++item);
         }
     }
+    note_.end_bill();
 }
 
 std::string Bookkeeping::Session::account_of_failure() const {

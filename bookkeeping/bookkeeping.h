@@ -8,6 +8,7 @@
 #include "bills/bill.h"
 #include "bills/master_tables.h"
 #include "bills/task_error.h"
+#include "bookkeeping/posting_note.h"
 #include "bookkeeping/posting_watch.h"
 #include "bookkeeping/transaction_retry.h"
 
@@ -79,6 +80,7 @@ private:
     Language language_;
     std::optional<Guard> guard_;
     Findings findings_;
+    PostingNote note_;
     Text name_;  ///< no other Bookkeeping has it, in any process
     long savings_ = 0;
 };

@@ -3,8 +3,13 @@
 #include <algorithm>
 #include <thread>
 
+#include "ado/native/open_connection.h"
+#include "audit/adoption.h"
+#include "bookkeeping/journal.h"
 #include "support/failures.h"
+#include "tests/support/empty_shop.h"
 #include "tests/support/journaled_database.h"
+#include "tests/support/sample_shop.h"
 #include "tests/support/servers.h"
 
 // What only servers have: accounts without rights on the journal, and many sessions at once.
@@ -12,20 +17,9 @@
 namespace vantlo::test {
 namespace {
 
-class JournaledServer {
-public:
-    explicit JournaledServer(const Server& server) : database_(server.connection_string) {
-        begin_journal(connection());
-    }
-    JournaledServer(const JournaledServer&) = delete;
-    JournaledServer& operator=(const JournaledServer&) = delete;
-    ~JournaledServer() { remove_journal(connection()); }
-
-    [[nodiscard]] NativeConnection& connection() { return database_.connection(); }
-
-private:
-    TestDatabase database_;
-};
+std::unique_ptr<TestDatabase> database_of(const Server& server) {
+    return std::make_unique<TestDatabase>(server.connection_string);
+}
 
 constexpr TextView insert_row =
     u"insert into Inventory(WID,GId,Model1,Model2,Status,InQty,OutQty,CurrentQty) values('W1','G1','','',0,1,0,1)";
@@ -48,7 +42,7 @@ TEST_CASE("An account that may only post needs no rights on the journal, has non
         INFO(server.dialect);
         const auto* const row = std::ranges::find_if(rows, [&](const Row& r) { return r.dialect == server.dialect; });
         REQUIRE(row != std::end(rows));
-        JournaledServer shop(server);
+        JournaledDatabase shop(database_of(server));
         shop.connection().run_script(row->make);
         {
             std::string as_clerk = server.connection_string.substr(0, server.connection_string.find("UID="));
@@ -74,7 +68,7 @@ TEST_CASE(
     "On PostgreSQL no table of a session comes before the journal, and nobody can have it write of another table") {
     for (const Server& server : servers()) {
         if (server.dialect != "postgresql") continue;
-        JournaledServer shop(server);
+        JournaledDatabase shop(database_of(server));
         NativeConnection& owner = shop.connection();
         owner.run_script(
             "create role clerk login; grant select, insert on Inventory to clerk; grant create on schema public to "
@@ -99,7 +93,7 @@ TEST_CASE("The movements of many sessions add up, and of each ledger row they ar
     constexpr int rounds = 60;
     for (const Server& server : servers()) {
         INFO(server.dialect);
-        JournaledServer shop(server);
+        JournaledDatabase shop(database_of(server));
         for (const char16_t* const warehouse : {u"W1", u"W2", u"W3"}) {
             shop.connection().run(Text(u"insert into Inventory(WID,GId,Model1,Model2,Status,InQty,OutQty,CurrentQty) "
                                        u"values('") +
@@ -127,6 +121,74 @@ TEST_CASE("The movements of many sessions add up, and of each ledger row they ar
             for (std::size_t i = 0; i < card.rows.size(); ++i) {
                 CHECK(to_double(card.rows[i].at(0)) == static_cast<double>(i));
             }
+        }
+    }
+}
+
+TEST_CASE("The sample shop's movements name their bills and add up, also after bills are taken back") {
+    for (const Server& server : servers()) {
+        INFO(server.dialect);
+        const EmptyShop shop(server, true);
+        const auto database = server.connect();
+        switch_journal_on(*database);
+        {
+            Bookkeeping bookkeeping([&] { return open_connection(server.connection_string); });
+            save_sample_shop(bookkeeping);
+            reverse_sample_bills(bookkeeping);
+        }
+        const JournalStatus status = journal_status(*database);
+        CHECK(status.state == JournalState::on);
+        CHECK(status.movements > 500);
+        CHECK(status.unexplained.empty());
+        CHECK(database
+                  ->run(u"select * from StockMovement where BillId is null or BillKind is null or Program <> 'vantlo'")
+                  .rows.empty());
+        CHECK(to_long(only_value(*database, u"select count(distinct BillId) from StockMovement")) > 50);
+        switch_journal_off(*database);
+        CHECK(journal_state(*database) == JournalState::off);
+        remove_journal(*database);
+        CHECK(journal_state(*database) == JournalState::absent);
+    }
+}
+
+TEST_CASE("On servers a ledger is looked over before it is adopted") {
+    struct Row {
+        const char* dialect;
+        const char* change;
+        AdoptionFinding finding;
+        const char* subject;
+    };
+    const Row rows[] = {
+        {"postgresql", "alter table Inventory alter column InQty type numeric(30,6)", AdoptionFinding::quantity_type,
+         "inqty numeric"},
+        {"postgresql", "alter table Inventory alter column InQty type varchar(40)", AdoptionFinding::quantity_type,
+         "inqty character varying"},
+        {"postgresql", "alter table Inventory alter column GId type varchar(300)", AdoptionFinding::key_type,
+         "gid character varying"},
+        {"postgresql", "drop index InventoryKey", AdoptionFinding::no_key_index, ""},
+        {"mariadb", "alter table Inventory drop index InventoryKey, add index K (WID, GId), engine = MyISAM",
+         AdoptionFinding::no_transactions, "MyISAM"},
+        {"mariadb", "alter table Inventory modify GId varchar(40) collate utf8mb4_general_ci",
+         AdoptionFinding::inexact_key, "GId utf8mb4_general_ci"},
+        {"mariadb", "alter table Inventory modify Status varchar(40)", AdoptionFinding::key_type, "Status varchar"},
+        {"mariadb", "alter table Inventory drop column Remarks", AdoptionFinding::column_missing, "Remarks"},
+        {"mariadb", "create trigger Own after delete on Inventory for each row set @x = 1",
+         AdoptionFinding::other_trigger, "Own"},
+    };
+    for (const Server& server : servers()) {
+        const auto database = server.connect();
+        for (const Row& row : rows) {
+            if (row.dialect != server.dialect) continue;
+            INFO(row.change);
+            const EmptyShop shop(server, false);
+            CHECK(look_before_adopting(*database).empty());
+            database->run(from_utf8(row.change));
+            const std::vector<AdoptionNote> notes = look_before_adopting(*database);
+            database->run(u"drop table Inventory");
+            database->run_script(schema_of(server.dialect));
+            REQUIRE(notes.size() == 1);
+            CHECK(notes[0].finding == row.finding);
+            CHECK(notes[0].subject == row.subject);
         }
     }
 }

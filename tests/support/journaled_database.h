@@ -1,34 +1,17 @@
 #pragma once
 
+#include "bookkeeping/journal.h"
 #include "tests/support/test_database.h"
 
 namespace vantlo::test {
 
-/// Runs a script of schema/ in one transaction. MariaDB's scripts lock what they need themselves.
-inline void run_as_a_whole(NativeConnection& connection, const std::string& script) {
-    if (connection.dialect().name == "mariadb") return connection.run_script(script);
-    connection.begin();
-    connection.run_script(script);
-    connection.commit();
-}
-
-inline void begin_journal(NativeConnection& connection) {
-    run_as_a_whole(connection, schema_of(std::string(connection.dialect().name) + "-journal"));
-}
-
-inline void end_journal(NativeConnection& connection) {
-    run_as_a_whole(connection, schema_of(std::string(connection.dialect().name) + "-journal-off"));
-}
-
-inline void remove_journal(NativeConnection& connection) {
-    end_journal(connection);
-    run_as_a_whole(connection, schema_of(std::string(connection.dialect().name) + "-journal-remove"));
-}
-
-/// The database of this run (make_test_database) with the journal of movements, which is gone with it.
+/// A test database with the journal of movements, which is gone with it.
 class JournaledDatabase {
 public:
-    JournaledDatabase() { begin_journal(connection()); }
+    explicit JournaledDatabase(std::unique_ptr<TestDatabase> database = make_test_database())
+        : database_(std::move(database)) {
+        switch_journal_on(connection());
+    }
     JournaledDatabase(const JournaledDatabase&) = delete;
     JournaledDatabase& operator=(const JournaledDatabase&) = delete;
     ~JournaledDatabase() {
@@ -40,7 +23,7 @@ public:
     [[nodiscard]] NativeConnection& connection() { return database_->connection(); }
 
 private:
-    std::unique_ptr<TestDatabase> database_ = make_test_database();
+    std::unique_ptr<TestDatabase> database_;
 };
 
 }  // namespace vantlo::test

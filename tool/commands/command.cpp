@@ -17,6 +17,8 @@ namespace words {
 
 // clang-format off
 constexpr Message confirmation   = {"{} 是否继续？[y/N] ", "{} Go on? [y/N] "};
+constexpr Message yes_option     = {"不再询问", "Do not ask"};
+constexpr Message yes_needed     = {"无法询问；请加 --yes", "nobody can be asked: say --yes"};
 constexpr Message commands       = {"命令", "Commands"};
 constexpr Message examples       = {"示例", "Examples"};
 constexpr Message command_footer   = {
@@ -149,6 +151,21 @@ void add_posting_options(CLI::App& command, CommonOptions& common) {
     command.add_flag("--dry-run", common.dry_run, common.say(words::dry_run_option));
     command.add_flag("--force", common.guard.lets_comments_pass, common.say(words::force_option));
     command.add_flag("--fail-on-negative", common.guard.refuses_negative, common.say(words::negative_option));
+}
+
+std::shared_ptr<bool> add_yes_option(CLI::App& command, const CommonOptions& common) {
+    const auto says_yes = std::make_shared<bool>(false);
+    command.add_flag("--yes", *says_yes, common.say(words::yes_option));
+    return says_yes;
+}
+
+std::optional<ExitCode> not_confirmed(const CommonOptions& common, const std::string& what, bool says_yes) {
+    const std::optional<bool> answer = says_yes ? std::nullopt : ask_to_confirm(common, what);
+    if (answer) return *answer ? std::nullopt : std::optional(ExitCode::refused);
+    std::cerr << what << '\n';
+    if (says_yes) return std::nullopt;
+    std::cerr << "vantlo: " << common.say(words::yes_needed) << '\n';
+    return ExitCode::usage;
 }
 
 const BillKind* known_kind(const CommonOptions& common, const std::string& name) {

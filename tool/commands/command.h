@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -69,6 +70,13 @@ struct Example {
 /// Adds the options of every command that posts or takes back: --dry-run, --force, --fail-on-negative.
 void add_posting_options(CLI::App& command, CommonOptions& common);
 
+/// Adds --yes. Returns whether it was given, once the command line is read.
+std::shared_ptr<bool> add_yes_option(CLI::App& command, const CommonOptions& common);
+
+/// Says what is about to happen, and asks on a terminal whether the user agrees, unless he has said --yes.
+/// Returns  nothing if he agrees; else the exit code, that of a wrong command line where nobody can be asked.
+std::optional<ExitCode> not_confirmed(const CommonOptions& common, const std::string& what, bool says_yes);
+
 /// Adds a subcommand whose help ends with examples.
 CLI::App* add_command(CLI::App& app, const CommonOptions& common, const char* name, const Message& about,
                       std::initializer_list<Example> examples);
@@ -85,9 +93,13 @@ void add_explain(CLI::App& app, CommandCall& call);
 void add_ledger(CLI::App& app, CommandCall& call);
 void add_verify(CLI::App& app, CommandCall& call);
 void add_repair(CLI::App& app, CommandCall& call);
+void add_adopt(CLI::App& app, CommandCall& call);
+void add_journal(CLI::App& app, CommandCall& call);
+void add_leave(CLI::App& app, CommandCall& call);
 
 /// The commands in the order in which the help lists them.
-inline constexpr void (*add_commands[])(CLI::App&, CommandCall&) = {
-    add_init, add_save, add_import, add_delete, add_ledger, add_bill, add_explain, add_verify, add_repair};
+inline constexpr void (*add_commands[])(CLI::App&, CommandCall&) = {add_init,   add_save,  add_import,  add_delete,
+                                                                    add_ledger, add_bill,  add_explain, add_verify,
+                                                                    add_repair, add_adopt, add_journal, add_leave};
 
 }  // namespace vantlo

@@ -1,6 +1,7 @@
 #include <iostream>
 
 #include "bills/schema.h"
+#include "bookkeeping/journal.h"
 #include "tool/commands/command.h"
 
 namespace vantlo {
@@ -12,6 +13,8 @@ constexpr Message init_about     = {"建立缺少的数据表", "Make the tables
 constexpr Message unique_key_option = {"禁止同一键有两行台账；多个主机同时记账时使用", "Forbid two ledger rows of one key; for several hosts at once"};
 constexpr Message init_example   = {"在 shop.db 中建立数据表", "Make the tables in shop.db"};
 constexpr Message init_dry_run_option = {"只显示将执行的语句", "Only show the statements"};
+constexpr Message no_journal_option = {"不建立库存流水", "Make no journal of movements"};
+constexpr Message adopt_instead  = {"台账已有数据，未建立库存流水；vantlo adopt 检查后建立。", "The ledger has rows already: no journal of movements was begun; vantlo adopt looks it over and begins one."};
 constexpr Message tables_ready   = {"数据表已齐备（{}）。", "The tables are there ({})."};
 // clang-format on
 
@@ -19,15 +22,32 @@ constexpr Message tables_ready   = {"数据表已齐备（{}）。", "The tables
 
 namespace {
 
-ExitCode init(const CommonOptions& common, bool with_unique_key) {
+/// Begins the journal of a ledger that is empty. One that is off stays so: its owner has switched it off.
+void begin_journal(NativeConnection& database, const CommonOptions& common) {
+    if (journal_state(database) != JournalState::absent) return;
+    if (database.execute(u"select * from Inventory")->eof())
+        switch_journal_on(database);
+    else
+        std::cerr << common.say(words::adopt_instead) << '\n';
+}
+
+struct Wanted {
+    bool unique_key = false;
+    bool no_journal = false;
+};
+
+ExitCode init(const CommonOptions& common, const Wanted& wanted) {
     if (common.dry_run) {
-        std::cout << schema_for(common.dialect().name);
-        if (with_unique_key) std::cout << unique_key_for(common.dialect().name);
+        const std::string_view dialect = common.dialect().name;
+        std::cout << schema_for(dialect);
+        if (wanted.unique_key) std::cout << unique_key_for(dialect);
+        if (!wanted.no_journal) std::cout << journal_scripts_for(dialect).on;
         return ExitCode::done;
     }
     const auto database = common.connect(true)();
     database->run_script(schema_for(database->dialect().name));
-    if (with_unique_key) database->run_script(unique_key_for(database->dialect().name));
+    if (wanted.unique_key) database->run_script(unique_key_for(database->dialect().name));
+    if (!wanted.no_journal) begin_journal(*database, common);
     std::cerr << common.say(words::tables_ready, database->engine()) << '\n';
     return ExitCode::done;
 }
@@ -39,11 +59,11 @@ void add_init(CLI::App& app, CommandCall& call) {
     CLI::App* const command =
         add_command(app, common, "init", words::init_about, {{"vantlo --db shop.db init", words::init_example}});
     command->add_flag("--dry-run", common.dry_run, common.say(words::init_dry_run_option));
-    const auto with_unique_key = std::make_shared<bool>(false);
-    command->add_flag("--unique-key", *with_unique_key, common.say(words::unique_key_option));
-    command->callback([&call, with_unique_key] {
-        call.work = [&common = call.common, with_unique_key] { return init(common, *with_unique_key); };
-    });
+    const auto wanted = std::make_shared<Wanted>();
+    command->add_flag("--unique-key", wanted->unique_key, common.say(words::unique_key_option));
+    command->add_flag("--no-journal", wanted->no_journal, common.say(words::no_journal_option));
+    command->callback(
+        [&call, wanted] { call.work = [&common = call.common, wanted] { return init(common, *wanted); }; });
 }
 
 }  // namespace vantlo

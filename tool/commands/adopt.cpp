@@ -1,0 +1,133 @@
+#include <iostream>
+
+#include "audit/adoption.h"
+#include "bills/schema.h"
+#include "bookkeeping/journal.h"
+#include "tool/commands/command.h"
+#include "tool/output/journal_report.h"
+
+namespace vantlo {
+
+namespace words {
+
+// clang-format off
+constexpr Message adopt_about    = {"接管主机已使用多年的数据库：检查，建立缺少的部分，记录期初数量",
+                                    "Take a database under care that a host has used for years: look it over, make what is missing, enter each ledger row's opening quantities"};
+constexpr Message adopt_example  = {"先看会建立什么", "See first what would be made"};
+constexpr Message adopt_yes_example = {"不询问，直接接管", "Adopt without asking"};
+constexpr Message adopt_dry_run  = {"只显示将执行的语句", "Only show the statements"};
+constexpr Message would_make     = {"将建立：{}。主机的表不作任何改动。", "To be made: {}. Nothing of the host's own tables is altered."};
+constexpr Message journal_parts  = {"库存流水（表 StockMovement、视图 LedgerWithoutMovement 及 Inventory 上的触发器）",
+                                    "the journal of movements (table StockMovement, view LedgerWithoutMovement, triggers on Inventory)"};
+constexpr Message own_table      = {"表 {}", "table {}"};
+constexpr Message separator      = {"、", ", "};
+constexpr Message nothing_missing = {"没有缺少的部分。", "Nothing is missing."};
+constexpr Message cannot_adopt   = {"不能接管这个数据库", "this database cannot be adopted"};
+
+constexpr Message found_no_triggers     = {"数据库没有触发器", "the database has no triggers"};
+constexpr Message found_no_ledger       = {"没有表 Inventory；vantlo init 建立数据表", "there is no table Inventory; vantlo init makes the tables"};
+constexpr Message found_column_missing  = {"Inventory 缺少 {} 列", "Inventory has no column {}"};
+constexpr Message found_view            = {"Inventory 是视图，不是表", "Inventory is a view, not a table"};
+constexpr Message found_no_transactions = {"Inventory 的存储引擎 {} 没有事务；请改为 InnoDB", "Inventory's storage engine {} has no transactions; change it to InnoDB"};
+constexpr Message found_quantity_type   = {"{}：流水只能准确记录四位以内小数的数量", "{}: movements hold quantities of at most four decimals exactly"};
+constexpr Message found_key_type        = {"{}：流水的键是 255 个字符以内的文字，状态是整数", "{}: movements have keys of at most 255 characters, and a whole number as the status"};
+constexpr Message found_no_index        = {"提示：台账没有以 WID、GId 开头的索引，每次过账都要读完整个台账", "hint: the ledger has no index that begins with WID, GId; each posting reads all of it"};
+constexpr Message found_inexact_key     = {"提示：{} 不区分大小写或类似差别，不同的键会共用一行", "hint: {} takes differing texts for equal, so that keys share rows"};
+constexpr Message found_trigger         = {"提示：Inventory 上另有触发器 {}", "hint: there is another trigger on Inventory, {}"};
+// clang-format on
+
+}  // namespace words
+
+namespace {
+
+std::string text_of(const AdoptionNote& note, const CommonOptions& common) {
+    struct Row {
+        AdoptionFinding finding;
+        const Message& text;
+    };
+    static constexpr Row rows[] = {
+        {AdoptionFinding::no_triggers, words::found_no_triggers},
+        {AdoptionFinding::no_ledger, words::found_no_ledger},
+        {AdoptionFinding::column_missing, words::found_column_missing},
+        {AdoptionFinding::ledger_is_view, words::found_view},
+        {AdoptionFinding::no_transactions, words::found_no_transactions},
+        {AdoptionFinding::quantity_type, words::found_quantity_type},
+        {AdoptionFinding::key_type, words::found_key_type},
+        {AdoptionFinding::no_key_index, words::found_no_index},
+        {AdoptionFinding::inexact_key, words::found_inexact_key},
+        {AdoptionFinding::other_trigger, words::found_trigger},
+    };
+    for (const Row& row : rows) {
+        if (row.finding == note.finding) return common.say(row.text, note.subject);
+    }
+    return note.subject;
+}
+
+/// What is missing, and the statements that make it, without the journal's.
+struct Missing {
+    std::string names;
+    std::string tables;
+    bool journal = false;
+};
+
+Missing missing_in(NativeConnection& database, const CommonOptions& common) {
+    Missing missing;
+    const auto add = [&](const std::string& name) {
+        if (!missing.names.empty()) missing.names += common.say(words::separator);
+        missing.names += name;
+    };
+    for (const OwnTable& table : own_tables_for(database.dialect().name)) {
+        if (has_table(database, table.name)) continue;
+        add(common.say(words::own_table, table.name));
+        missing.tables += table.statement + ";\n";
+    }
+    const JournalState state = journal_state(database);
+    missing.journal = state != JournalState::on;
+    if (missing.journal) add(common.say(words::journal_parts));
+    return missing;
+}
+
+ExitCode adopt(const CommonOptions& common, bool says_yes) {
+    const auto database = common.connect()();
+    bool is_refused = false;
+    for (const AdoptionNote& note : look_before_adopting(*database)) {
+        std::cerr << text_of(note, common) << '\n';
+        is_refused = is_refused || note.refuses();
+    }
+    if (is_refused) {
+        std::cerr << "vantlo: " << common.say(words::cannot_adopt) << '\n';
+        return ExitCode::refused;
+    }
+    const Missing missing = missing_in(*database, common);
+    if (common.dry_run) {
+        std::cout << missing.tables;
+        if (missing.journal) std::cout << journal_scripts_for(database->dialect().name).on;
+        return ExitCode::done;
+    }
+    if (missing.names.empty()) {
+        std::cerr << common.say(words::nothing_missing) << '\n';
+    } else {
+        if (const auto exit_code = not_confirmed(common, common.say(words::would_make, missing.names), says_yes))
+            return *exit_code;
+        database->run_script(missing.tables);
+        if (missing.journal) switch_journal_on(*database);
+    }
+    const JournalStatus status = journal_status(*database);
+    std::cout << report_of(status, common.language);
+    return status.unexplained.empty() ? ExitCode::done : ExitCode::differs;
+}
+
+}  // namespace
+
+void add_adopt(CLI::App& app, CommandCall& call) {
+    CommonOptions& common = call.common;
+    CLI::App* const command = add_command(
+        app, common, "adopt", words::adopt_about,
+        {{"vantlo adopt --dry-run", words::adopt_example}, {"vantlo adopt --yes", words::adopt_yes_example}});
+    command->add_flag("--dry-run", common.dry_run, common.say(words::adopt_dry_run));
+    const auto says_yes = add_yes_option(*command, common);
+    command->callback(
+        [&call, says_yes] { call.work = [&common = call.common, says_yes] { return adopt(common, *says_yes); }; });
+}
+
+}  // namespace vantlo
