@@ -25,7 +25,10 @@ inline constexpr ErrorNumber no_such_interface = 430;
 inline constexpr ErrorNumber no_such_member = 438;
 inline constexpr ErrorNumber automation_error = 440;
 inline constexpr ErrorNumber no_such_action = 445;
+inline constexpr ErrorNumber named_argument_not_found = 448;
+inline constexpr ErrorNumber argument_not_optional = 449;
 inline constexpr ErrorNumber wrong_argument_count = 450;
+inline constexpr ErrorNumber bad_type = 458;
 
 // What a recordset or connection object reports about its own use.
 inline constexpr ErrorNumber bad_argument = 3001;

@@ -5,6 +5,7 @@
 #include "ado/com/com_connection.h"
 #include "ado/com/hresult.h"
 #include "com/inventory_object.h"
+#include "component/passed_arguments.h"
 
 namespace vantlo {
 
@@ -24,48 +25,26 @@ const Member* member_named(TextView name) {
     return nullptr;
 }
 
-/// A call that COM's rules forbid.
-struct Misuse {
-    HRESULT result;
-    UINT argument = 0;
-};
-
-void require(HRESULT result, UINT argument) {
-    if (FAILED(result)) throw Misuse{result, argument};
+void require(HRESULT result, std::uint32_t place) {
+    if (FAILED(result)) throw Misuse{error_number(result), place};
 }
 
-/// Where a parameter's argument stands: arguments come in reverse, named ones first.
-const UINT no_argument = ~0U;
+static_assert(sizeof(DISPID) == sizeof(std::int32_t));
 
-UINT place_of(const DISPPARAMS& parameters, UINT parameter) {
-    for (UINT i = 0; i < parameters.cNamedArgs; ++i) {
-        if (parameters.rgdispidNamedArgs[i] == static_cast<DISPID>(parameter)) return i;
-    }
-    const UINT positional = parameters.cArgs - parameters.cNamedArgs;
-    return parameter < positional ? parameters.cArgs - 1 - parameter : no_argument;
+PassedArguments passed_arguments(const DISPPARAMS& parameters) {
+    return {reinterpret_cast<const DispatchValue*>(parameters.rgvarg),
+            reinterpret_cast<const std::int32_t*>(parameters.rgdispidNamedArgs), parameters.cArgs,
+            parameters.cNamedArgs};
 }
 
-/// The value itself, behind any number of references to variants.
-const VARIANT& value_behind(const VARIANT& value) {
-    const VARIANT* found = &value;
-    while (found->vt == (VT_BYREF | VT_VARIANT) && found->pvarVal != nullptr) found = found->pvarVal;
-    return *found;
-}
-
-bool is_left_out(const VARIANT& value) { return value.vt == VT_ERROR && value.scode == DISP_E_PARAMNOTFOUND; }
-
-/// The object in a value that may hold none. Errors: DISP_E_TYPEMISMATCH for a value that is no object at all.
-InterfacePointer<IDispatch> object_in(const VARIANT& value, UINT argument) {
-    IUnknown* object = nullptr;
-    switch (value.vt) {
-        case VT_DISPATCH: object = value.pdispVal; break;
-        case VT_UNKNOWN: object = value.punkVal; break;
-        case VT_BYREF | VT_DISPATCH: object = *value.ppdispVal; break;
-        case VT_BYREF | VT_UNKNOWN: object = *value.ppunkVal; break;
-        default: throw Misuse{DISP_E_TYPEMISMATCH, argument};
-    }
+/// The object in a value that may hold none. Errors: Misuse for a value that is no object at all.
+InterfacePointer<IDispatch> object_in(const DispatchValue& value, std::uint32_t place) {
+    if (!is_object(value.type)) throw Misuse{error::type_mismatch, place};
+    auto* const object = value.read<IUnknown*>();
     InterfacePointer<IDispatch> dispatch;
-    if (object != nullptr) require(object->QueryInterface(IID_IDispatch, dispatch.receive_any()), argument);
+    if (object == nullptr) return dispatch;
+    require(object->QueryInterface(IID_IDispatch, dispatch.receive_any()), place);
+    if (!dispatch) throw Misuse{error::no_such_interface, place};
     return dispatch;
 }
 
@@ -78,14 +57,27 @@ VARTYPE automation_type(ParameterType type) {
     }
 }
 
-/// A value converted to a parameter's type by automation's rules. A Boolean keeps its 16 bits: only -1 is exactly True.
-Variant converted(const VARIANT& value, ParameterType type, UINT argument) {
-    AutomationValue plain;
-    require(plain.copy(value), argument);
-    if (plain.get().vt == VT_NULL) throw Misuse{DISP_E_TYPEMISMATCH, argument};
+/// How many objects a value may stand behind, each the default property of the one before it.
+constexpr int most_objects = 4;
+
+/// A value converted to a parameter's type by automation's rules; an object stands for its default property. A Boolean
+/// keeps its 16 bits: only -1 is exactly True.
+Variant converted(const DispatchValue& value, const Parameter& parameter, std::uint32_t place,
+                  int objects_left = most_objects) {
+    if (is_object(value.type)) {
+        if (objects_left == 0) throw Misuse{error::type_mismatch, place};
+        DISPPARAMS none{};
+        AutomationValue property;
+        const HRESULT result = object_in(value, place)
+                                   ->Invoke(DISPID_VALUE, IID_NULL, LOCALE_SYSTEM_DEFAULT, DISPATCH_PROPERTYGET, &none,
+                                            property.receive(), nullptr, nullptr);
+        if (FAILED(result)) throw Misuse{error::type_mismatch, place};
+        return converted(value_for(parameter, dispatch_value_of(property.get()), place), parameter, place,
+                         objects_left - 1);
+    }
     AutomationValue typed;
-    require(typed.convert(plain.get(), automation_type(type)), argument);
-    if (type == ParameterType::boolean) return std::int16_t{typed.get().boolVal};
+    require(typed.convert(system_value_of(value), automation_type(parameter.type)), place);
+    if (parameter.type == ParameterType::boolean) return std::int16_t{typed.get().boolVal};
     return variant_of(typed.get());
 }
 
@@ -93,32 +85,20 @@ Variant converted(const VARIANT& value, ParameterType type, UINT argument) {
 class Arguments {
 public:
     Arguments(const Member& member, const DISPPARAMS& parameters) {
-        const std::span<const Parameter> expected = member.parameters();
-        if (parameters.cArgs > expected.size()) throw Misuse{DISP_E_BADPARAMCOUNT};
-        for (UINT i = 0; i < parameters.cNamedArgs; ++i) {
-            const DISPID named = parameters.rgdispidNamedArgs[i];
-            if (named < 0 || static_cast<std::size_t>(named) >= expected.size()) throw Misuse{DISP_E_PARAMNOTFOUND, i};
-        }
-        for (UINT i = 0; i < expected.size(); ++i) take(expected[i], parameters, place_of(parameters, i));
+        const std::vector<GivenArgument> given = arguments_for(member.parameters(), passed_arguments(parameters));
+        for (std::size_t i = 0; i < given.size(); ++i) take(member.parameters()[i], given[i]);
     }
 
     [[nodiscard]] std::span<const Argument> values() const { return values_; }
 
 private:
-    void take(const Parameter& parameter, const DISPPARAMS& parameters, UINT place) {
-        if (place == no_argument && !parameter.optional) throw Misuse{DISP_E_BADPARAMCOUNT};
-        if (place == no_argument) {
-            values_.emplace_back(parameter.default_value());
-            return;
-        }
-        const VARIANT& value = value_behind(parameters.rgvarg[place]);
-        if (is_left_out(value)) {
-            if (!parameter.optional) throw Misuse{DISP_E_PARAMNOTOPTIONAL, place};
+    void take(const Parameter& parameter, const GivenArgument& given) {
+        if (given.is_left_out) {
             values_.emplace_back(parameter.default_value());
         } else if (parameter.type == ParameterType::line) {
-            values_.emplace_back(lines_.emplace_back(object_in(value, place).get()));
+            values_.emplace_back(lines_.emplace_back(object_in(given.value, given.place).get()));
         } else {
-            values_.emplace_back(converted(value, parameter.type, place));
+            values_.emplace_back(converted(given.value, parameter, given.place));
         }
     }
 
@@ -126,19 +106,16 @@ private:
     std::vector<Argument> values_;
 };
 
-/// The one value of a property assignment.
-const VARIANT& assigned_value(const DISPPARAMS& parameters) {
-    if (parameters.cArgs != 1) throw Misuse{DISP_E_BADPARAMCOUNT};
-    return value_behind(parameters.rgvarg[0]);
-}
+constexpr Parameter text_property = {u"DATAType", ParameterType::text};
 
 HRESULT put_property(InventoryObject& object, const Member& member, const DISPPARAMS& parameters) {
-    const VARIANT& value = assigned_value(parameters);
-    if (TextView(member.name) == u"DATAType") {
-        const AutomationString text(to_text(converted(value, ParameterType::text, 0)));
+    const DispatchValue value = assigned_value(passed_arguments(parameters));
+    if (TextView(member.name) == text_property.name) {
+        const AutomationString text(to_text(converted(value_for(text_property, value, 0), text_property, 0)));
         return object.put_DATAType(text.get());
     }
-    const bool is_nothing = value.vt == VT_EMPTY || value.vt == VT_NULL;  // JScript knows no other nothing than null
+    // JScript knows no other nothing than null.
+    const bool is_nothing = value.type == DispatchType::empty || value.type == DispatchType::null;
     const InterfacePointer<IDispatch> connection = is_nothing ? InterfacePointer<IDispatch>() : object_in(value, 0);
     const HRESULT result = object.putref_ADOConn(reinterpret_cast<_Connection*>(connection.get()));
     require(result, 0);
@@ -149,7 +126,7 @@ HRESULT get_property(InventoryObject& object, const Member& member, const DISPPA
     if (parameters.cArgs != 0) throw Misuse{DISP_E_BADPARAMCOUNT};
     if (result == nullptr) return S_OK;
     VariantInit(result);
-    if (TextView(member.name) == u"DATAType") {
+    if (TextView(member.name) == text_property.name) {
         const HRESULT got = object.get_DATAType(&result->bstrVal);
         if (SUCCEEDED(got)) result->vt = VT_BSTR;
         return got;
@@ -178,7 +155,10 @@ HRESULT call_method(InventoryObject& object, const Member& member, const DISPPAR
 HRESULT dispatch_identifiers(std::span<LPOLESTR> names, DISPID* identifiers) {
     if (names.empty()) return E_INVALIDARG;
     HRESULT result = S_OK;
-    const auto text = [&](std::size_t i) { return TextView(reinterpret_cast<const char16_t*>(names[i])); };
+    // A null name is as unknown as an empty one.
+    const auto text = [&](std::size_t i) {
+        return names[i] != nullptr ? TextView(reinterpret_cast<const char16_t*>(names[i])) : TextView();
+    };
     const Member* const member = member_named(text(0));
     for (std::size_t i = 0; i < names.size(); ++i) identifiers[i] = DISPID_UNKNOWN;
     if (member == nullptr) return DISP_E_UNKNOWNNAME;
@@ -206,8 +186,8 @@ HRESULT Invocation::run(DISPID identifier) {
         if ((flags & DISPATCH_PROPERTYGET) != 0) return get_property(object, *member, parameters, result);
         return DISP_E_MEMBERNOTFOUND;
     } catch (const Misuse& misuse) {
-        if (wrong_argument != nullptr) *wrong_argument = misuse.argument;
-        return misuse.result;
+        if (wrong_argument != nullptr) *wrong_argument = misuse.place;
+        return dispatch_result(misuse.number);
     }
 }
 

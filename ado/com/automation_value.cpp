@@ -1,5 +1,8 @@
 #include "ado/com/automation_value.h"
 
+#include <bit>
+#include <cstddef>
+
 #include "ado/com/hresult.h"
 
 namespace vantlo {
@@ -7,6 +10,14 @@ namespace vantlo {
 namespace {
 
 static_assert(sizeof(wchar_t) == sizeof(char16_t));
+
+static_assert(sizeof(DispatchValue) == sizeof(VARIANT) && alignof(DispatchValue) == alignof(VARIANT));
+static_assert(offsetof(DispatchValue, type) == offsetof(VARIANT, vt));
+static_assert(offsetof(DispatchValue, content) == offsetof(VARIANT, byref));
+constexpr bool has_number(DispatchType type, int number) { return static_cast<int>(type) == number; }
+static_assert(has_number(DispatchType::text, VT_BSTR) && has_number(DispatchType::variant, VT_VARIANT) &&
+              has_number(DispatchType::decimal, VT_DECIMAL) && has_number(DispatchType::machine_uint, VT_UINT) &&
+              has_number(DispatchType::array_flag, VT_ARRAY) && has_number(DispatchType::reference_flag, VT_BYREF));
 
 /// The system's headers want a value that is only read to be writable.
 VARIANT* source(const VARIANT& value) { return const_cast<VARIANT*>(&value); }
@@ -44,8 +55,6 @@ Variant plain_variant_of(const VARIANT& value) {
 
 }  // namespace
 
-HRESULT AutomationValue::copy(const VARIANT& value) { return VariantCopyInd(&value_, source(value)); }
-
 HRESULT AutomationValue::convert(const VARIANT& value, VARTYPE type) {
     constexpr LCID english = 0x0409;
     return VariantChangeTypeEx(&value_, source(value), english, VARIANT_NOUSEROVERRIDE, type);
@@ -66,11 +75,14 @@ AutomationString::AutomationString(TextView text)
 
 Text text_of(BSTR text) { return {reinterpret_cast<const char16_t*>(text), SysStringLen(text)}; }
 
+DispatchValue dispatch_value_of(const VARIANT& value) { return std::bit_cast<DispatchValue>(value); }
+
+VARIANT system_value_of(const DispatchValue& value) { return std::bit_cast<VARIANT>(value); }
+
 Variant variant_of(const VARIANT& value) {
-    if ((value.vt & VT_BYREF) == 0) return plain_variant_of(value);
-    AutomationValue copy;
-    check(copy.copy(value), "a value behind a reference");
-    return plain_variant_of(copy.get());
+    const FollowedValue followed = follow_references(dispatch_value_of(value));
+    if (followed.reach != Reach::value) throw Failure(error::type_mismatch, "a reference that leads nowhere");
+    return plain_variant_of(system_value_of(followed.value));
 }
 
 }  // namespace vantlo

@@ -2,6 +2,7 @@
 
 #include <ole2.h>
 
+#include "automation/dispatch_value.h"
 #include "automation/variant.h"
 
 namespace vantlo {
@@ -20,9 +21,6 @@ public:
         return &value_;
     }
 
-    /// Takes a copy of another value, references followed.
-    [[nodiscard]] HRESULT copy(const VARIANT& value);
-
     /// Takes another value in a type by automation's rules; numbers in texts have a point, whatever the locale.
     [[nodiscard]] HRESULT convert(const VARIANT& value, VARTYPE type);
 
@@ -32,6 +30,11 @@ public:
 private:
     VARIANT value_;
 };
+
+/// A value in the form that code for every platform reads, and back. Its bytes alone are copied: what it points to stays
+/// with its owner.
+DispatchValue dispatch_value_of(const VARIANT& value);
+VARIANT system_value_of(const DispatchValue& value);
 
 /// A BSTR that is freed at its end.
 class AutomationString {

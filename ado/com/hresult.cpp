@@ -17,10 +17,10 @@ constexpr NumberRow numbers[] = {
     {DISP_E_UNKNOWNINTERFACE, error::no_such_interface},
     {DISP_E_MEMBERNOTFOUND,   error::no_such_member},
     {DISP_E_UNKNOWNNAME,      error::no_such_member},
-    {DISP_E_PARAMNOTFOUND,    448},
-    {DISP_E_PARAMNOTOPTIONAL, 449},
+    {DISP_E_PARAMNOTFOUND,    error::named_argument_not_found},
+    {DISP_E_PARAMNOTOPTIONAL, error::argument_not_optional},
     {DISP_E_TYPEMISMATCH,     error::type_mismatch},
-    {DISP_E_BADVARTYPE,       458},
+    {DISP_E_BADVARTYPE,       error::bad_type},
     {DISP_E_OVERFLOW,         error::overflow},
     {DISP_E_BADINDEX,         9},
     {DISP_E_ARRAYISLOCKED,    10},
@@ -47,6 +47,13 @@ ErrorNumber error_number(HRESULT result) {
         if (row.result == result) return row.number;
     }
     return result;
+}
+
+HRESULT dispatch_result(ErrorNumber number) {
+    for (const NumberRow& row : numbers) {
+        if (row.number == number) return row.result;
+    }
+    return number < 0 ? number : E_FAIL;
 }
 
 void check(HRESULT result, const char* what) {

@@ -11,6 +11,9 @@ namespace vantlo {
 ///          leave every other HRESULT as it is.
 ErrorNumber error_number(HRESULT result);
 
+/// The HRESULT by which an automation host knows an error of the number: the way back. E_FAIL for a number that has none.
+HRESULT dispatch_result(ErrorNumber number);
+
 /// Raises the Failure of a call that did not succeed; `what` names the call for people.
 void check(HRESULT result, const char* what);
 

@@ -1,12 +1,15 @@
 #include <doctest/doctest.h>
 
 #include <algorithm>
-#include <deque>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <map>
 #include <random>
 
 #include "ado/native/native_connection.h"
 #include "automation/error_text.h"
+#include "support/dispatch_call.h"
 #include "tests/com/line_object.h"
 #include "tests/com/member_call.h"
 #include "tests/support/ado_stand_in/ado_recordset.h"
@@ -189,6 +192,101 @@ TEST_CASE_FIXTURE(InvokeFixture, "Only a misuse of COM itself is refused") {
     CHECK(object->ReduceInventory_Db(nullptr, nullptr) == E_POINTER);
 }
 
+TEST_CASE_FIXTURE(InvokeFixture, "More named arguments than arguments are a wrong count") {
+    OwnedVariant id{Variant(u"B1")};
+    DISPID names[] = {0, 1, 2};
+    DISPPARAMS parameters = {id.get(), names, 1, 3};
+    CHECK(object->Invoke(0x60030005, IID_NULL, 0, DISPATCH_METHOD, &parameters, nullptr, nullptr, &wrong_argument) ==
+          DISP_E_BADPARAMCOUNT);
+    CHECK(object->Invoke(0x68030001, IID_NULL, 0, DISPATCH_PROPERTYPUT, &parameters, nullptr, nullptr, nullptr) ==
+          DISP_E_BADPARAMCOUNT);
+    parameters = {nullptr, nullptr, 1, 0};
+    CHECK(object->Invoke(0x60030005, IID_NULL, 0, DISPATCH_METHOD, &parameters, nullptr, nullptr, nullptr) ==
+          E_INVALIDARG);
+    parameters = {id.get(), nullptr, 1, 1};
+    CHECK(object->Invoke(0x60030005, IID_NULL, 0, DISPATCH_METHOD, &parameters, nullptr, nullptr, nullptr) ==
+          E_INVALIDARG);
+}
+
+TEST_CASE_FIXTURE(InvokeFixture, "A null pointer behind a reference of any type is a type mismatch") {
+    RecordedLine line(recorder, one_line);
+    const ComPointer<LineObject> host_line(new LineObject(line));
+    const OwnedVariant line_value(host_line.get());
+    for (const int type : std::initializer_list<int>{VT_I2,      VT_I4,
+                                                     VT_R4,      VT_R8,
+                                                     VT_CY,      VT_DATE,
+                                                     VT_BSTR,    VT_DISPATCH,
+                                                     VT_ERROR,   VT_BOOL,
+                                                     VT_VARIANT, VT_UNKNOWN,
+                                                     VT_DECIMAL, VT_I1,
+                                                     VT_UI1,     VT_UI2,
+                                                     VT_UI4,     VT_I8,
+                                                     VT_UI8,     VT_INT,
+                                                     VT_UINT,    VT_ARRAY | VT_BSTR}) {
+        INFO("type " << type);
+        VARIANT null = {};
+        null.vt = static_cast<VARTYPE>(VT_BYREF | type);
+        CHECK(invoke(L"Over_AddInventory", {*line_value, null}) == DISP_E_TYPEMISMATCH);
+        CHECK(wrong_argument == 0);
+        CHECK(invoke(L"Over_AddInventory", {null}) == DISP_E_TYPEMISMATCH);
+        CHECK(invoke(L"ADOConn", {null}, DISPATCH_PROPERTYPUTREF, {DISPID_PROPERTYPUT}) == DISP_E_TYPEMISMATCH);
+    }
+    CHECK(recorder.events.empty());
+    CHECK(host_line->references() == 2);  // the test's own, and the value's
+}
+
+TEST_CASE_FIXTURE(InvokeFixture, "A variant that refers to itself, or in a circle, is no valid type") {
+    VARIANT self = {};
+    self.vt = VT_BYREF | VT_VARIANT;
+    self.pvarVal = &self;
+    CHECK(invoke(L"ReduceInventory_Db", {self}) == DISP_E_BADVARTYPE);
+    VARIANT one = self, other = self;
+    one.pvarVal = &other;
+    other.pvarVal = &one;
+    CHECK(invoke(L"ReduceInventory_Db", {one}) == DISP_E_BADVARTYPE);
+    CHECK(recorder.events.empty());
+}
+
+TEST_CASE_FIXTURE(InvokeFixture, "A parameter given twice is a name too many") {
+    const OwnedVariant id{Variant(u"B1")}, other{Variant(u"B2")};
+    // Written order: named arguments come last, and are first in the list.
+    CHECK(invoke(L"In_ReduceInventory", {*id, *other}, DISPATCH_METHOD, {0}) == DISP_E_PARAMNOTFOUND);
+    CHECK(wrong_argument == 0);
+    CHECK(invoke(L"In_ReduceInventory", {*id, *other, *other}, DISPATCH_METHOD, {1, 1}) == DISP_E_PARAMNOTFOUND);
+    CHECK(wrong_argument == 1);
+    CHECK(recorder.events.empty());
+}
+
+/// An object whose default property is what the test says, itself by default.
+class DefaultValueObject final : public AutomationObject<DefaultValueObject, IDispatch> {
+public:
+    static std::span<const IID> identifiers() { return {}; }
+    static std::span<const ScriptMember<DefaultValueObject>> script_members() { return {}; }
+
+    HRESULT STDMETHODCALLTYPE Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS*, VARIANT* result, EXCEPINFO*,
+                                     UINT*) override {
+        ++asked;
+        if (id != DISPID_VALUE) return DISP_E_MEMBERNOTFOUND;
+        *result = value ? OwnedVariant(*value).detach() : OwnedVariant(this).detach();
+        return S_OK;
+    }
+
+    std::optional<Variant> value;
+    int asked = 0;
+};
+
+TEST_CASE_FIXTURE(InvokeFixture, "An object in the place of a text stands for its default property, if that ends") {
+    const ComPointer<DefaultValueObject> object_value(new DefaultValueObject);
+    const OwnedVariant passed(object_value.get());
+    object_value->value = Variant(u"B1");
+    CHECK(invoke(L"ReduceInventory_Db", {*passed}) == S_OK);
+    CHECK(last_statement() == "execute select * from StockBillItems where BillId='B1'");
+    object_value->value.reset();  // its default property is itself
+    CHECK(invoke(L"ReduceInventory_Db", {*passed}) == DISP_E_TYPEMISMATCH);
+    CHECK(object_value->asked < 10);
+    CHECK(object_value->references() == 2);  // the test's own, and the value's
+}
+
 TEST_CASE_FIXTURE(InvokeFixture, "Names are known in any case, parameters' names too") {
     std::wstring method = L"in_reduceinventory", parameter = L"ICPZT", unknown = L"iNothing";
     LPOLESTR names[] = {method.data(), parameter.data()};
@@ -199,6 +297,20 @@ TEST_CASE_FIXTURE(InvokeFixture, "Names are known in any case, parameters' names
     LPOLESTR wrong[] = {method.data(), unknown.data()};
     CHECK(object->GetIDsOfNames(IID_NULL, wrong, 2, LOCALE_USER_DEFAULT, found) == DISP_E_UNKNOWNNAME);
     CHECK(found[1] == DISPID_UNKNOWN);
+}
+
+TEST_CASE_FIXTURE(InvokeFixture, "A null name is an unknown one") {
+    std::wstring method = L"In_ReduceInventory";
+    LPOLESTR names[] = {nullptr, method.data()};
+    DISPID found[2] = {};
+    CHECK(object->GetIDsOfNames(IID_NULL, names, 2, LOCALE_USER_DEFAULT, found) == DISP_E_UNKNOWNNAME);
+    CHECK(found[0] == DISPID_UNKNOWN);
+    CHECK(found[1] == DISPID_UNKNOWN);
+    std::swap(names[0], names[1]);
+    CHECK(object->GetIDsOfNames(IID_NULL, names, 2, LOCALE_USER_DEFAULT, found) == DISP_E_UNKNOWNNAME);
+    CHECK(found[0] == 0x60030005);
+    CHECK(found[1] == DISPID_UNKNOWN);
+    CHECK(object->GetIDsOfNames(IID_NULL, names, 0, LOCALE_USER_DEFAULT, found) == E_INVALIDARG);
 }
 
 TEST_CASE_FIXTURE(InvokeFixture, "The properties are set and read by name, the connection by Set or without it") {
@@ -238,91 +350,102 @@ TEST_CASE_FIXTURE(InvokeFixture, "A connection is taken under either generation 
     }
 }
 
-/// Random calls. What they carry is well-formed, as COM's rules demand of a caller; everything else is at random.
-class Chaos {
-public:
-    explicit Chaos(IDispatch& line) : line_(line) {}
-
-    void call(_Inventory_Class& object) {
-        owned_.clear();
-        std::vector<VARIANT> arguments(below(7));
-        for (VARIANT& argument : arguments) argument = value(2);
-        std::vector<DISPID> named(arguments.empty() ? 0 : below(static_cast<unsigned>(arguments.size()) + 1));
-        for (DISPID& name : named)
-            name = below(4) == 0 ? static_cast<DISPID>(random_()) : static_cast<DISPID>(below(6));
-        DISPPARAMS parameters = {arguments.data(), named.data(), static_cast<UINT>(arguments.size()),
-                                 static_cast<UINT>(named.size())};
-        OwnedVariant answer;
-        EXCEPINFO exception = {};
-        UINT wrong = 0;
-        object.Invoke(identifier(), IID_NULL, 0, static_cast<WORD>(below(16)), &parameters,
-                      below(2) == 0 ? answer.get() : nullptr, below(2) == 0 ? &exception : nullptr,
-                      below(2) == 0 ? &wrong : nullptr);
+/// The HRESULT by which automation knows a misuse.
+HRESULT result_of(ErrorNumber number) {
+    switch (number) {
+        case error::invalid_call: return E_INVALIDARG;
+        case error::type_mismatch: return DISP_E_TYPEMISMATCH;
+        case error::named_argument_not_found: return DISP_E_PARAMNOTFOUND;
+        case error::argument_not_optional: return DISP_E_PARAMNOTOPTIONAL;
+        case error::wrong_argument_count: return DISP_E_BADPARAMCOUNT;
+        case error::bad_type: return DISP_E_BADVARTYPE;
+        default: return E_UNEXPECTED;
     }
+}
+
+/// Calls out of bytes, and what became of them.
+class FuzzedCalls {
+public:
+    FuzzedCalls(_Inventory_Class& object, IDispatch& line) : object_(object), line_(line) {}
+
+    /// Whether the call ends as the rules say. Where they leave open whether a value converts, either end will do.
+    bool ends_as_expected(const std::vector<std::uint8_t>& bytes) {
+        const DispatchCall call(bytes, &line_);
+        const PassedArguments& passed = call.passed();
+        DISPPARAMS parameters = {reinterpret_cast<VARIANT*>(const_cast<DispatchValue*>(passed.values)),
+                                 reinterpret_cast<DISPID*>(const_cast<std::int32_t*>(passed.names)), passed.value_count,
+                                 passed.name_count};
+        OwnedVariant answer;
+        UINT wrong = 99;
+        const HRESULT result = object_.Invoke(static_cast<DISPID>(call.member().dispatch_id), IID_NULL, 0, call.flags(),
+                                              &parameters, answer.get(), nullptr, &wrong);
+        const bool is_method = call.member().kind == MemberKind::method;
+        const bool is_put = (call.flags() & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF)) != 0;
+        if (is_method && (call.flags() & DISPATCH_METHOD) == 0) return result == DISP_E_MEMBERNOTFOUND;
+        if (is_method) {
+            const std::optional<Misuse> misuse = expected_arguments(call).misuse;
+            if (misuse && misuse->number == error::wrong_argument_count) return result == DISP_E_BADPARAMCOUNT;
+            if (misuse) return result == result_of(misuse->number) && wrong == misuse->place;
+        } else if (is_put) {
+            const ErrorNumber misuse = expected_assignment(call).number;
+            if (misuse != 0) return result == result_of(misuse);
+        } else {
+            const bool is_get = (call.flags() & DISPATCH_PROPERTYGET) != 0;
+            if (!is_get) return result == DISP_E_MEMBERNOTFOUND;
+            return result == (passed.value_count == 0 ? S_OK : DISP_E_BADPARAMCOUNT);
+        }
+        if (result == S_OK) ++carried_out;
+        // The system's own conversions refuse a date that is none as an invalid argument.
+        return result == S_OK || result == DISP_E_TYPEMISMATCH || result == DISP_E_OVERFLOW || result == E_INVALIDARG;
+    }
+
+    int carried_out = 0;
 
 private:
-    unsigned below(unsigned limit) { return static_cast<unsigned>(random_() % limit); }
-
-    DISPID identifier() {
-        if (below(8) == 0) return static_cast<DISPID>(random_());
-        return static_cast<DISPID>(member_table()[below(member_count)].dispatch_id);
-    }
-
-    VARIANT value(unsigned depth) {
-        constexpr VARTYPE types[] = {VT_EMPTY, VT_NULL,     VT_I2,    VT_I4,   VT_R4,      VT_R8,     VT_CY,  VT_DATE,
-                                     VT_BSTR,  VT_DISPATCH, VT_ERROR, VT_BOOL, VT_I1,      VT_UI1,    VT_UI2, VT_UI4,
-                                     VT_I8,    VT_UI8,      VT_INT,   VT_UINT, VT_UNKNOWN, VT_DECIMAL};
-        VARIANT made;
-        VariantInit(&made);
-        made.vt = types[below(std::size(types))];
-        if (made.vt == VT_DECIMAL) {
-            made.decVal.Lo64 = random_();
-            made.vt = VT_DECIMAL;
-        } else if (made.vt == VT_BSTR) {
-            owned_.emplace_back(Variant(below(2) == 0 ? u"B1" : u"-3.5"));
-            made = *owned_.back();
-        } else if (made.vt == VT_DISPATCH || made.vt == VT_UNKNOWN) {
-            made.pdispVal = below(3) == 0 ? nullptr : &line_;
-        } else if (made.vt == VT_ERROR) {
-            made.scode = below(2) == 0 ? DISP_E_PARAMNOTFOUND : E_FAIL;
-        } else {
-            made.llVal = static_cast<LONGLONG>(random_());
-        }
-        if (depth == 0 || below(2) == 0) return made;
-        return referred(made, depth);
-    }
-
-    /// A reference to a value, typed or to a variant, which may hold a reference itself.
-    VARIANT referred(const VARIANT& target, unsigned depth) {
-        variables_.push_back(below(2) == 0 ? value(depth - 1) : target);
-        VARIANT& variable = variables_.back();
-        if (below(2) == 0 || (variable.vt & VT_BYREF) != 0) return reference_to(variable);
-        VARIANT made;
-        made.vt = static_cast<VARTYPE>(variable.vt | VT_BYREF);
-        made.byref = variable.vt == VT_DECIMAL ? static_cast<void*>(&variable.decVal) : &variable.llVal;
-        const bool has_no_value = variable.vt == VT_EMPTY || variable.vt == VT_NULL;
-        return has_no_value ? reference_to(variable) : made;
-    }
-
+    _Inventory_Class& object_;
     IDispatch& line_;
-    std::mt19937_64 random_{20241109};
-    std::deque<OwnedVariant> owned_;
-    std::deque<VARIANT> variables_;
 };
 
-TEST_CASE_FIXTURE(InvokeFixture, "No random call crashes the library, or leaves a reference behind") {
+TEST_CASE_FIXTURE(InvokeFixture, "Every call of the fuzzer's corpus ends through the library as the rules say") {
     RecordedLine line(recorder, one_line);
     const ComPointer<LineObject> host_line(new LineObject(line));
-    Chaos chaos(*host_line.get());
-    constexpr int calls = 30'000;
-    for (int i = 0; i < calls; ++i) {
-        chaos.call(*object.get());
+    FuzzedCalls calls(*object.get(), *host_line.get());
+    int inputs = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(VANTLO_SOURCE_DIR "/fuzz/corpus/dispatch_calls")) {
+        INFO(entry.path().string());
+        std::ifstream file(entry.path(), std::ios::binary);
+        CHECK(calls.ends_as_expected({std::istreambuf_iterator<char>(file), {}}));
+        ++inputs;
+    }
+    CHECK(inputs > 60);
+    CHECK(calls.carried_out > 15);
+    CHECK(host_line->references() == 1);
+}
+
+TEST_CASE_FIXTURE(InvokeFixture,
+                  "No random call crashes the library, ends in another way, or leaves a reference behind") {
+    RecordedLine line(recorder, one_line);
+    const ComPointer<LineObject> host_line(new LineObject(line));
+    FuzzedCalls calls(*object.get(), *host_line.get());
+    std::mt19937_64 random(20241109);
+    constexpr int rounds = 30'000;
+    for (int i = 0; i < rounds; ++i) {
+        std::vector<std::uint8_t> bytes(48);
+        for (std::uint8_t& byte : bytes) byte = static_cast<std::uint8_t>(random());
+        if (i % 4 != 0) {  // so that most calls come as far as their arguments
+            bytes[1] = DISPATCH_METHOD;
+            bytes[2] = 0;
+            bytes[3] = static_cast<std::uint8_t>(member_table()[bytes[0] % member_count].parameters().size());
+            bytes[4] = 0;
+        }
+        if (!calls.ends_as_expected(bytes)) FAIL_CHECK("call " << i << " ends in another way than expected");
         recorder.events.clear();
     }
+    CHECK(calls.carried_out > rounds / 10);
     CHECK(host_line->references() == 1);
     CHECK(object->putref_ADOConn(nullptr) == S_OK);
     CHECK(connection->references() == 1);
-    MESSAGE(calls << " random calls");
+    MESSAGE(rounds << " random calls, " << calls.carried_out << " of them carried out");
 }
 
 }  // namespace
