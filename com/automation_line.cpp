@@ -4,6 +4,7 @@
 
 #include "ado/com/automation_value.h"
 #include "ado/com/hresult.h"
+#include "com/line_interfaces.h"
 
 namespace vantlo {
 
@@ -38,6 +39,23 @@ ErrorNumber taken_number(EXCEPINFO& exception) {
 
 Variant AutomationLine::value(TextView name) {
     if (!object_) throw Failure(error::object_not_set);
+    Variant value;
+    if (IDispatch* const line = declared(); line != nullptr && read_declared(type_, *line, name, value)) return value;
+    return value_by_name(name);
+}
+
+IDispatch* AutomationLine::declared() {
+    const IID* const identifier = declared_interface(type_);
+    if (!is_asked_ && identifier != nullptr) {
+        is_asked_ = true;
+        IDispatch* found = nullptr;
+        const HRESULT result = object_->QueryInterface(*identifier, reinterpret_cast<void**>(&found));
+        if (SUCCEEDED(result)) *declared_.receive() = found;
+    }
+    return declared_.get();
+}
+
+Variant AutomationLine::value_by_name(TextView name) const {
     DISPID identifier = DISPID_UNKNOWN;
     check(find_property(*object_.get(), name, identifier), "a property of the line object");
     DISPPARAMS none{};

@@ -162,13 +162,13 @@ private:
     /// One argument as it comes through the vtable: always by reference.
     struct Incoming {
         template <std::derived_from<IDispatch> LineObject>
-        Incoming(LineObject** object) : line(*object), is_line(true) {}
-        Incoming(const BSTR* text) : value(text_of(*text)), line(nullptr) {}
-        Incoming(const short* number) : value(std::int16_t{*number}), line(nullptr) {}
-        Incoming(const LONG* number) : value(static_cast<std::int32_t>(*number)), line(nullptr) {}
+        Incoming(const Parameter& parameter, LineObject** object) : line(*object, parameter.line_type), is_line(true) {}
+        Incoming(const Parameter&, const BSTR* text) : value(text_of(*text)) {}
+        Incoming(const Parameter&, const short* number) : value(std::int16_t{*number}) {}
+        Incoming(const Parameter&, const LONG* number) : value(static_cast<std::int32_t>(*number)) {}
 
         Variant value;
-        AutomationLine line;
+        AutomationLine line{nullptr, LineType::none};
         bool is_line = false;
     };
 
@@ -178,7 +178,9 @@ private:
         return framed_call([&] {
             if (result == nullptr || ((pointers == nullptr) || ...)) return E_POINTER;
             const InterfacePointer<_Inventory_Class> held(this);  // the host may release the object during the call
-            std::array<Incoming, sizeof...(Pointers)> incoming{Incoming(pointers)...};
+            const Member& member = member_table()[number];
+            const Parameter* parameter = member.parameter_slots.data();  // braces fill in order, a slot an argument
+            std::array<Incoming, sizeof...(Pointers)> incoming{Incoming(*parameter++, pointers)...};
             std::vector<Argument> arguments;
             for (Incoming& argument : incoming) {
                 if (argument.is_line) {
@@ -187,7 +189,7 @@ private:
                     arguments.emplace_back(std::move(argument.value));
                 }
             }
-            *result = call(member_table()[number], arguments);
+            *result = call(member, arguments);
             return S_OK;
         });
     }

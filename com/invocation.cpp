@@ -96,7 +96,8 @@ private:
         if (given.is_left_out) {
             values_.emplace_back(parameter.default_value());
         } else if (parameter.type == ParameterType::line) {
-            values_.emplace_back(lines_.emplace_back(object_in(given.value, given.place).get()));
+            const InterfacePointer<IDispatch> object = object_in(given.value, given.place);
+            values_.emplace_back(lines_.emplace_back(object.get(), parameter.line_type));
         } else {
             values_.emplace_back(converted(given.value, parameter, given.place));
         }

@@ -40,4 +40,10 @@ private:
     std::vector<Text> names_;
 };
 
+/// The count of an object's references, as the object itself tells.
+inline ULONG references(IUnknown& object) {
+    object.AddRef();
+    return object.Release();
+}
+
 }  // namespace vantlo::test

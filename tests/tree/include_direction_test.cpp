@@ -150,6 +150,7 @@ const Fence fences[] = {
     {"ole",          {"com/", "ado/com/"}},
     {"dispex.h",     {"com/"}},
     {"vantlo.h",     {"com/"}},
+    {"corvane.h",    {"com/"}},
     {"sqlite3",      {"ado/sqlite/"}},
     {"sql.h",        {"ado/odbc/"}},
     {"sqlext.h",     {"ado/odbc/"}},
