@@ -1,6 +1,7 @@
 #include <doctest/doctest.h>
 
 #include "tests/com/component_library.h"
+#include "tests/com/free_threaded_client.h"
 
 // A host that carries the library in its own folder, and was never registered against.
 
@@ -25,6 +26,11 @@ TEST_CASE("A host with a manifest makes the object without registration") {
                                  object.out_untyped()) == S_OK);
         CHECK(object->put_DATAType(OwnedBstr(u"[Microsoft Access]").get()) == S_OK);
     }
+}
+
+TEST_CASE("A client in the multithreaded apartment gets the class without registration, early and late bound") {
+    REQUIRE_FALSE(is_registered());
+    check_free_threaded_client();
 }
 
 }  // namespace
