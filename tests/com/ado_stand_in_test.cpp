@@ -79,6 +79,8 @@ TEST_CASE("The ADO stand-in reports errors as ADO does") {
     const OwnedBstr statement(u"select * from Nowhere");
     VARIANT not_requested = missing_argument();
     CHECK(closed->Execute(statement.get(), &not_requested, adOptionUnspecified, rows.out()) == HRESULT(0x800A0E78));
+    CHECK(FAILED(closed->Open(OwnedBstr(u"Data Source=:memory:").get(), nullptr, nullptr, adConnectUnspecified)));
+    CHECK(closed->put_CursorLocation(adUseClient) == S_OK);  // asked for before it opens
     CHECK(closed->Open(OwnedBstr(u"Data Source=:memory:").get(), nullptr, nullptr, adConnectUnspecified) == S_OK);
     CHECK(closed->Execute(statement.get(), &not_requested, adOptionUnspecified, rows.out()) == HRESULT(0x80040E37));
     CHECK(rows.get() == nullptr);

@@ -8,6 +8,7 @@ End Function
 
 Dim connection, rows
 Set connection = CreateObject("ADODB.Connection")
+connection.CursorLocation = 3
 connection.Open "Data Source=" & WScript.Arguments(0)
 Set rows = connection.Execute("select * from Inventory order by WID")
 Do Until rows.EOF

@@ -4,6 +4,7 @@
 // Arguments: the database file; then pairs of a kind and an identifier to take back.
 
 var connection = new ActiveXObject("ADODB.Connection");
+connection.CursorLocation = 3;
 connection.Open("Data Source=" + WScript.Arguments(0));
 var component = new ActiveXObject("Vantlo.Inventory_Class");
 component.DATAType = "[Microsoft SQL Server]";

@@ -25,6 +25,7 @@ End Class
 
 Dim connection, component, bills, i
 Set connection = CreateObject("ADODB.Connection")
+connection.CursorLocation = 3
 connection.Open "Data Source=" & WScript.Arguments(0)
 Set component = CreateObject("Vantlo.Inventory_Class")
 component.DATAType = "[Microsoft SQL Server]"

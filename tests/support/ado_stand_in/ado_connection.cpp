@@ -54,6 +54,8 @@ HRESULT AdoConnection::Execute(BSTR statement, VARIANT* records_affected, long o
 
 void AdoConnection::open(BSTR connection_string) {
     if (connection_.get() != nullptr) throw Failure(error::object_open);
+    // Where ADO reads results forward only, a second statement fails in a transaction; so no host may open without this.
+    if (cursor_location_ != adUseClient) throw Failure(error::bad_argument, "a client-side cursor is not asked for");
     const Text text = text_of(connection_string);
     connection_ = ConnectionReference(new SqliteConnection(to_utf8(setting(text, u"Data Source="))));
     connection_string_ = text;
@@ -77,6 +79,11 @@ HRESULT AdoConnection::get_State(LONG* state) {
     return S_OK;
 }
 
+HRESULT AdoConnection::put_CursorLocation(CursorLocationEnum location) {
+    cursor_location_ = location;
+    return S_OK;
+}
+
 HRESULT AdoConnection::get_ConnectionString(BSTR* text) {
     return trapped([&] { *text = new_bstr(connection_string_); });
 }
@@ -87,6 +94,20 @@ std::span<const ScriptMember<AdoConnection>> AdoConnection::script_members() {
          [](AdoConnection& self, const CallArguments&, VARIANT& result) {
              result = OwnedVariant(Variant(self.connection_string_)).detach();
          }},
+        {L"CursorLocation",
+         [](AdoConnection& self, const CallArguments& arguments, VARIANT& result) {
+             if (arguments.size() == 1) self.cursor_location_ = to_long(arguments.text(0));
+             result = OwnedVariant(Variant(self.cursor_location_)).detach();
+         }},
+        {L"BeginTrans",
+         [](AdoConnection& self, const CallArguments&, VARIANT& result) {
+             self.connection().execute(u"begin");
+             result = OwnedVariant(Variant(std::int32_t{1})).detach();
+         }},
+        {L"CommitTrans",
+         [](AdoConnection& self, const CallArguments&, VARIANT&) { self.connection().execute(u"commit"); }},
+        {L"RollbackTrans",
+         [](AdoConnection& self, const CallArguments&, VARIANT&) { self.connection().execute(u"rollback"); }},
         {L"Open", [](AdoConnection& self, const CallArguments& arguments,
                      VARIANT&) { self.open(OwnedBstr(arguments.text(0)).get()); }},
         {L"Close", [](AdoConnection& self, const CallArguments&, VARIANT&) { self.close(); }},

@@ -38,10 +38,11 @@ public:
 
     HRESULT STDMETHODCALLTYPE Execute(BSTR statement, VARIANT* records_affected, long options,
                                       _ADORecordset** recordset) override;
-    /// Opens the SQLite file that `Data Source=FILE` names.
+    /// Opens the SQLite file that `Data Source=FILE` names, for a host that has asked for client-side cursors.
     HRESULT STDMETHODCALLTYPE Open(BSTR connection_string, BSTR user, BSTR password, long options) override;
     HRESULT STDMETHODCALLTYPE Close() override;
     HRESULT STDMETHODCALLTYPE get_State(LONG* state) override;
+    HRESULT STDMETHODCALLTYPE put_CursorLocation(CursorLocationEnum location) override;
     HRESULT STDMETHODCALLTYPE get_ConnectionString(BSTR* text) override;
 
     VANTLO_NOT_HERE(get_Properties, ADOProperties**)
@@ -62,7 +63,6 @@ public:
     VANTLO_NOT_HERE(get_Attributes, long*)
     VANTLO_NOT_HERE(put_Attributes, long)
     VANTLO_NOT_HERE(get_CursorLocation, CursorLocationEnum*)
-    VANTLO_NOT_HERE(put_CursorLocation, CursorLocationEnum)
     VANTLO_NOT_HERE(get_Mode, ConnectModeEnum*)
     VANTLO_NOT_HERE(put_Mode, ConnectModeEnum)
     VANTLO_NOT_HERE(get_Provider, BSTR*)
@@ -78,6 +78,7 @@ private:
 
     ConnectionReference connection_;
     ConnectionGeneration generation_ = ConnectionGeneration::both;
+    std::int32_t cursor_location_ = adUseServer;
     Text connection_string_;
 };
 
