@@ -4,6 +4,8 @@
 #include <map>
 #include <set>
 
+#include "audit/unconverted_columns.h"
+
 namespace vantlo {
 
 namespace {
@@ -14,12 +16,6 @@ std::string lower(std::string text) {
     return text;
 }
 
-/// Columns whose values go into statements as they are read. A decimal or a 64-bit number has no literal: it is written as
-/// nothing.
-constexpr std::string_view read_as_they_stand[] = {
-    "stockbillitems.qty",   "stockbillitems.goodstutas", "gborrowitems.goodstutas",   "goodsbill.actualqty",
-    "goodsbill.goodstutas", "goodsbillitems.actualqty",  "goodsbillitems.goodstutas",
-};
 constexpr std::string_view ledger_quantities[] = {"inventory.inqty", "inventory.outqty", "inventory.currentqty"};
 constexpr std::string_view without_literal[] = {"decimal", "numeric", "bigint", "int8", "number"};
 constexpr std::string_view inexact[] = {"real",      "float", "float4",  "float8",   "double", "double precision",
@@ -30,6 +26,13 @@ constexpr std::string_view chinese[] = {"utf", "gb", "big5", "euc_cn", "euc_tw",
 
 bool has(std::span<const std::string_view> list, std::string_view word) {
     return std::ranges::find(list, word) != list.end();
+}
+
+/// Whether members write the column's values as they read them.
+bool is_unconverted(const std::string& table, const std::string& column) {
+    return std::ranges::any_of(unconverted_columns(), [&](const ColumnName& name) {
+        return equal_ignoring_case(name.table, from_utf8(table)) && equal_ignoring_case(name.column, from_utf8(column));
+    });
 }
 
 /// Whether texts of that character set, encoding or collation can be Chinese.
@@ -90,7 +93,7 @@ std::vector<Note> column_notes(std::span<const ColumnDescription> columns) {
         const auto note = [&](Remark remark, const std::string& what) {
             notes.push_back({remark, written + " " + what});
         };
-        if (has(read_as_they_stand, name) && has(without_literal, type)) note(Remark::empty_literal, full_type);
+        if (has(without_literal, type) && is_unconverted(table, column)) note(Remark::empty_literal, full_type);
         if (has(ledger_quantities, name) && (has(inexact, type) || (is_decimal && scale_of(full_type) < 4))) {
             note(Remark::loses_digits, full_type);
         }
