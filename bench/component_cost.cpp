@@ -9,7 +9,7 @@
 
 #include "bench/instant_database.h"
 #include "component/inventory_class.h"
-#include "dataaccess/platform.h"
+#include "dataaccess/shell_hooks.h"
 
 namespace {
 
@@ -47,7 +47,7 @@ int main(int count, char** arguments) {
         std::fputs("Usage: component_cost LINES\n", stderr);
         return 2;
     }
-    set_platform({create_instant, show_nothing, instant_state});
+    set_shell_hooks({create_instant, show_nothing, instant_state});
     InstantConnection connection;
     Inventory_Class object;
     object.set_ADOConn(&connection);

@@ -10,7 +10,7 @@
 #include "bookkeeping/import_journal.h"
 #include "bookkeeping/interrupt.h"
 #include "component/inventory_class.h"
-#include "dataaccess/platform.h"
+#include "dataaccess/shell_hooks.h"
 #include "dataaccess/sql_literals.h"
 
 namespace vantlo {
@@ -90,9 +90,9 @@ PostingNote::Posting posting_of(std::span<const MemberCall> calls, const Bill& b
 }  // namespace
 
 void collect_messages() {
-    Platform hosted = platform();
-    hosted.show_message = keep_message;
-    set_platform(hosted);
+    ShellHooks hooks = shell_hooks();
+    hooks.show_message = keep_message;
+    set_shell_hooks(hooks);
 }
 
 std::string take_messages() { return std::exchange(shown_messages, {}); }

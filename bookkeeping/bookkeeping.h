@@ -85,7 +85,7 @@ private:
     long savings_ = 0;
 };
 
-/// Makes the component show its messages to the host: the platform's presenter keeps those of each thread until they are
+/// Makes the component show its messages to the host: the hook that it sets keeps those of each thread until they are
 /// taken.
 void collect_messages();
 

@@ -22,7 +22,7 @@ std::atomic<long> holds = 0;
 
 bool attach(HMODULE loaded) {
     own_module = loaded;
-    set_platform({create_com_recordset, show_message_box, thread_state::current});
+    set_shell_hooks({create_com_recordset, show_message_box, thread_state::current});
     return thread_state::open();
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "dataaccess/platform.h"
+#include "dataaccess/shell_hooks.h"
 
 namespace vantlo::thread_state {
 

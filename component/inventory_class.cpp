@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "automation/error.h"
-#include "dataaccess/platform.h"
+#include "dataaccess/shell_hooks.h"
 #include "posting/posting_frame.h"
 
 namespace vantlo {

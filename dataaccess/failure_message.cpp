@@ -4,7 +4,7 @@
 #include <cstddef>
 
 #include "automation/error_text.h"
-#include "dataaccess/platform.h"
+#include "dataaccess/shell_hooks.h"
 
 namespace vantlo {
 
@@ -33,7 +33,7 @@ void show_failure(const char16_t* routine, ErrorNumber number) noexcept {
     text.append(routine);
     text.append(u"():");
     text.append(standard_text(number));
-    platform().show_message(text.c_str(), message_title, information_icon);
+    shell_hooks().show_message(text.c_str(), message_title, information_icon);
 }
 
 }  // namespace vantlo

@@ -1,7 +1,7 @@
 #include "dataaccess/recordsets.h"
 
 #include "automation/error.h"
-#include "dataaccess/platform.h"
+#include "dataaccess/shell_hooks.h"
 #include "dataaccess/trap.h"
 
 namespace vantlo {
@@ -24,7 +24,7 @@ inline namespace CorvaneOPT_Function {
 
 void Open_Recordset(RecordsetVariable& rs) {
     run_helper(u"Open_Recordset", [&] {
-        rs = platform().create_recordset();
+        rs = shell_hooks().create_recordset();
         // Held, since the recordset may call the host, which may set another connection.
         const ConnectionReference connection(project_state().connection);
         rs->set_active_connection(connection.get());

@@ -6,7 +6,7 @@
 #include "automation/calendar.h"
 #include "automation/error.h"
 #include "automation/number_text.h"
-#include "dataaccess/platform.h"
+#include "dataaccess/shell_hooks.h"
 #include "dataaccess/trap.h"
 
 namespace vantlo {

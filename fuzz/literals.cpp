@@ -7,7 +7,7 @@
 
 #include "ado/sqlite/sqlite_connection.h"
 #include "automation/error.h"
-#include "dataaccess/platform.h"
+#include "dataaccess/shell_hooks.h"
 #include "dataaccess/sql_literals.h"
 #include "fuzz/require.h"
 

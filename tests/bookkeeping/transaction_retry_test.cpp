@@ -4,7 +4,7 @@
 
 #include "ado/native/open_connection.h"
 #include "component/inventory_class.h"
-#include "dataaccess/platform.h"
+#include "dataaccess/shell_hooks.h"
 #include "support/failures.h"
 #include "tests/support/recording.h"
 #include "tests/support/temporary_folder.h"

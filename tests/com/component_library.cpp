@@ -2,7 +2,7 @@
 
 #include <stdexcept>
 
-#include "dataaccess/platform.h"
+#include "dataaccess/shell_hooks.h"
 #include "tests/support/com/script_host.h"
 
 namespace vantlo::test {
@@ -10,8 +10,8 @@ namespace vantlo::test {
 namespace {
 
 int WINAPI show_on_platform(HWND, const wchar_t* text, const wchar_t* title, UINT style) {
-    platform().show_message(reinterpret_cast<const char16_t*>(text), reinterpret_cast<const char16_t*>(title),
-                            static_cast<std::int32_t>(style));
+    shell_hooks().show_message(reinterpret_cast<const char16_t*>(text), reinterpret_cast<const char16_t*>(title),
+                               static_cast<std::int32_t>(style));
     return IDOK;
 }
 

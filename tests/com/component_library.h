@@ -46,7 +46,7 @@ public:
     /// Sends the messages that the library shows to stderr, as where nobody sits in front of the machine.
     void show_messages_on_stderr() const { SetEnvironmentVariableW(L"VANTLO_UNATTENDED", L"1"); }
 
-    /// Gives the messages that the library shows to the test's platform instead of a window.
+    /// Gives the messages that the library shows to the test's hook instead of a window.
     void show_messages_on_platform() const;
 
     /// The file as it was built.

@@ -77,11 +77,11 @@ struct InvokeFixture {
     ComponentLibrary library;
     std::unique_ptr<TestDatabase> database = make_sqlite_database();
     Recorder recorder;
-    RecordingPlatform recording{recorder};
+    RecordingHooks recording{recorder};
     RecordingConnection recorded{recorder, database->component_connection()};
     ComPointer<AdoConnection> connection{new AdoConnection(recorded)};
-    ClassRegistration recordsets{ado::recordset_class,
-                                 [] { return ComPointer<IUnknown>(new AdoRecordset(platform().create_recordset())); }};
+    ClassRegistration recordsets{
+        ado::recordset_class, [] { return ComPointer<IUnknown>(new AdoRecordset(shell_hooks().create_recordset())); }};
     ComPointer<_Inventory_Class> object;
     OwnedVariant answer;
     UINT wrong_argument = 99;

@@ -62,8 +62,8 @@ struct LibraryFixture {
 
     Apartment apartment;
     ComponentLibrary library;
-    ClassRegistration recordsets{ado::recordset_class,
-                                 [] { return ComPointer<IUnknown>(new AdoRecordset(platform().create_recordset())); }};
+    ClassRegistration recordsets{
+        ado::recordset_class, [] { return ComPointer<IUnknown>(new AdoRecordset(shell_hooks().create_recordset())); }};
     std::unique_ptr<TestDatabase> database = make_sqlite_database();
 };
 

@@ -17,7 +17,7 @@
 namespace vantlo::test {
 namespace {
 
-/// The library with ADO's recordsets as the test's platform makes them.
+/// The library with ADO's recordsets as the test's hook makes them.
 struct LibraryFixture {
     LibraryFixture() { library.show_messages_on_platform(); }
 
@@ -58,8 +58,8 @@ struct LibraryFixture {
 
     Apartment apartment;
     ComponentLibrary library;
-    ClassRegistration recordsets{ado::recordset_class,
-                                 [] { return ComPointer<IUnknown>(new AdoRecordset(platform().create_recordset())); }};
+    ClassRegistration recordsets{
+        ado::recordset_class, [] { return ComPointer<IUnknown>(new AdoRecordset(shell_hooks().create_recordset())); }};
     std::unique_ptr<TestDatabase> database = make_sqlite_database();
 };
 

@@ -27,7 +27,7 @@ struct ComponentFixture {
     std::unique_ptr<TestDatabase> database = make_sqlite_database();
     Recorder recorder;
     RecordingConnection connection{recorder, database->connection()};
-    RecordingPlatform platform{recorder};
+    RecordingHooks hooks{recorder};
     Inventory_Class object;
 };
 

@@ -37,7 +37,7 @@ public:
         database_->fill(scenario.given);
         Run run;
         {
-            const RecordingPlatform platform(run.recorder);
+            const RecordingHooks hooks(run.recorder);
             connect(first_, run.recorder, "");
             connect(other_, run.recorder, "other");
             ConnectionReference other(other_.get());

@@ -4,7 +4,7 @@
 
 #include "ado/sqlite/sqlite_connection.h"
 #include "automation/calendar.h"
-#include "dataaccess/platform.h"
+#include "dataaccess/shell_hooks.h"
 #include "dataaccess/sql_literals.h"
 #include "tests/support/random_texts.h"
 

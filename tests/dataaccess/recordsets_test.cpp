@@ -19,7 +19,7 @@ std::vector<std::string> message(const char* routine, ErrorNumber number) {
 
 TEST_CASE("Open_Recordset makes a recordset, connects it, and asks for a client-side dynamic cursor, in this order") {
     Recorder recorder;
-    const RecordingPlatform platform(recorder);
+    const RecordingHooks hooks(recorder);
     RecordsetVariable rs;
     Open_Recordset(rs);
     REQUIRE(rs != nullptr);
@@ -33,7 +33,7 @@ TEST_CASE("Open_Recordset makes a recordset, connects it, and asks for a client-
 
 TEST_CASE("Open_Recordset shows its failure and keeps what the variable had been given by then") {
     Recorder recorder;
-    const RecordingPlatform platform(recorder);
+    const RecordingHooks hooks(recorder);
     RecordsetVariable rs;
     recorder.fail_at = 1;  // making it
     Open_Recordset(rs);
@@ -47,7 +47,7 @@ TEST_CASE("Open_Recordset shows its failure and keeps what the variable had been
 
 TEST_CASE("Close_Recordset only lets go of a recordset that was never opened") {
     Recorder recorder;
-    const RecordingPlatform platform(recorder);
+    const RecordingHooks hooks(recorder);
     RecordsetVariable rs;
     Open_Recordset(rs);
     Close_Recordset(rs);
@@ -57,7 +57,7 @@ TEST_CASE("Close_Recordset only lets go of a recordset that was never opened") {
 
 TEST_CASE("Close_Recordset ignores an empty variable and every failure") {
     Recorder recorder;
-    const RecordingPlatform platform(recorder);
+    const RecordingHooks hooks(recorder);
     RecordsetVariable rs;
     Close_Recordset(rs);
     const auto database = make_sqlite_database();
@@ -82,7 +82,7 @@ struct UnitFixture {
     std::unique_ptr<TestDatabase> database = make_sqlite_database();
     Recorder recorder;
     RecordingConnection connection{recorder, database->connection()};
-    RecordingPlatform platform{recorder};
+    RecordingHooks hooks{recorder};
 };
 
 TEST_CASE_FIXTURE(UnitFixture,

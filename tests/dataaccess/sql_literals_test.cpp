@@ -21,7 +21,7 @@ Date at(int year, int month, int day, int hour = 0, int minute = 0, int second =
 
 TEST_CASE("GetSqlVal turns a value of each type into its literal") {
     Recorder recorder;
-    const RecordingPlatform platform(recorder);
+    const RecordingHooks hooks(recorder);
     struct Row {
         Variant value;
         const char* literal;
@@ -62,7 +62,7 @@ TEST_CASE("GetSqlVal turns a value of each type into its literal") {
 
 TEST_CASE("GetSqlVal in LIKE mode escapes, and puts the wildcard where the position says") {
     Recorder recorder;
-    const RecordingPlatform platform(recorder);
+    const RecordingHooks hooks(recorder);
     struct Row {
         const char16_t* value;
         TextView wildcard;
@@ -110,7 +110,7 @@ TEST_CASE("Get_LikeStr leaves its failure to its caller") {
 
 TEST_CASE("Get_DateStr writes a date in the syntax of the database kind") {
     Recorder recorder;
-    const RecordingPlatform platform(recorder);
+    const RecordingHooks hooks(recorder);
     const Date afternoon = at(2024, 3, 5, 14, 7, 9);
     const Date time_alone = {at(1899, 12, 30, 14, 7, 9)};
     struct Row {
@@ -147,7 +147,7 @@ TEST_CASE("Get_DateStr writes a date in the syntax of the database kind") {
 
 TEST_CASE("Get_DateStr takes a text for the date that it spells, and a number for its day") {
     Recorder recorder;
-    const RecordingPlatform platform(recorder);
+    const RecordingHooks hooks(recorder);
     set_kind(DatabaseKind::sql_server);
     CHECK(to_utf8(Get_DateStr(u"2024-03-05", date_form::whole)) == "'2024-03-05 00:00:00'");
     CHECK(to_utf8(Get_DateStr(u"2024-03-05 14:07:09", date_form::time)) == "'14:07:09'");
@@ -161,7 +161,7 @@ TEST_CASE("Get_DateStr takes a text for the date that it spells, and a number fo
 
 TEST_CASE("GetSqlVal turns a date into what Get_DateStr makes of it, and the zero date into null") {
     Recorder recorder;
-    const RecordingPlatform platform(recorder);
+    const RecordingHooks hooks(recorder);
     set_kind(DatabaseKind::sql_server);
     CHECK(to_utf8(GetSqlVal(at(2024, 3, 5, 14, 7, 9))) == "'2024-03-05 14:07:09'");
     CHECK(to_utf8(GetSqlVal(Date{})) == "null");
@@ -172,7 +172,7 @@ TEST_CASE("GetSqlVal turns a date into what Get_DateStr makes of it, and the zer
 
 TEST_CASE("A literal that cannot be made is empty, and its routine says so") {
     Recorder recorder;
-    const RecordingPlatform platform(recorder);
+    const RecordingHooks hooks(recorder);
     CHECK(GetSqlVal(std::numeric_limits<float>::infinity()).empty());
     CHECK(recorder.trace(Detail::statements) ==
           std::vector<std::string>{"message GetSqlVal():" + to_utf8(standard_text(6))});
@@ -184,7 +184,7 @@ TEST_CASE("A literal that cannot be made is empty, and its routine says so") {
 
 TEST_CASE("A message is cut where it would not fit") {
     Recorder recorder;
-    const RecordingPlatform platform(recorder);
+    const RecordingHooks hooks(recorder);
     show_failure(Text(300, u'x').c_str(), 13);
     CHECK(recorder.trace(Detail::statements) == std::vector<std::string>{"message " + std::string(255, 'x')});
 }

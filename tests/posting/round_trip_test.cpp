@@ -194,7 +194,7 @@ Ledgers round_trip(TestDatabase& database, const Family& family, std::uint32_t s
     }
     RandomShop shop(seed);
     Recorder recorder;
-    const RecordingPlatform platform(recorder);
+    const RecordingHooks hooks(recorder);
     RecordingConnection recording(recorder, connection);
     Inventory_Class object;
     object.set_ADOConn(&recording);

@@ -20,7 +20,7 @@ bool KilledPosting::post_and_kill(int kill_at, bool before, bool in_transaction)
 
 int KilledPosting::post(int kill_at, bool before, bool in_transaction) const {
     Recorder recorder;
-    const RecordingPlatform platform(recorder);
+    const RecordingHooks hooks(recorder);
     const auto connection = connect_();
     KillingConnection killing(*connection, kill_at, before);
     RecordedLine line(recorder, scenario_.line);

@@ -190,15 +190,15 @@ Variant RecordedLine::value(TextView name) {
     return found->second;
 }
 
-RecordingPlatform::RecordingPlatform(Recorder& recorder) : previous_(platform()) {
+RecordingHooks::RecordingHooks(Recorder& recorder) : previous_(shell_hooks()) {
     current_recorder = &recorder;
-    set_platform({create_recorded, show_recorded, state_of_test});
+    set_shell_hooks({create_recorded, show_recorded, state_of_test});
 }
 
-RecordingPlatform::~RecordingPlatform() {
+RecordingHooks::~RecordingHooks() {
     set_project_connection(nullptr);
     project_state().database_kind = DatabaseKind::other;
-    set_platform(previous_);
+    set_shell_hooks(previous_);
     current_recorder = nullptr;
 }
 

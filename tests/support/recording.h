@@ -8,7 +8,7 @@
 
 #include "ado/connection.h"
 #include "automation/error.h"
-#include "dataaccess/platform.h"
+#include "dataaccess/shell_hooks.h"
 #include "posting/line.h"
 
 namespace vantlo::test {
@@ -91,17 +91,17 @@ private:
     std::map<std::string, Variant> properties_;
 };
 
-/// Puts the component on a platform that records: recordsets, messages, and a project-wide state of its own.
-/// One at a time; the previous platform returns with its end.
-class RecordingPlatform {
+/// Gives the component hooks that record: recordsets, messages, and a project-wide state of its own.
+/// One at a time; the previous hooks return with its end.
+class RecordingHooks {
 public:
-    explicit RecordingPlatform(Recorder& recorder);
-    RecordingPlatform(const RecordingPlatform&) = delete;
-    RecordingPlatform& operator=(const RecordingPlatform&) = delete;
-    ~RecordingPlatform();
+    explicit RecordingHooks(Recorder& recorder);
+    RecordingHooks(const RecordingHooks&) = delete;
+    RecordingHooks& operator=(const RecordingHooks&) = delete;
+    ~RecordingHooks();
 
 private:
-    Platform previous_;
+    ShellHooks previous_;
 };
 
 }  // namespace vantlo::test

@@ -40,7 +40,7 @@ Outcome run_scenario(const Scenario& scenario, TestDatabase& database, Fault fau
     outcome.recorder.fail_at = fault.at;
     outcome.recorder.fail_with = fault.number;
     {
-        const RecordingPlatform platform(outcome.recorder);
+        const RecordingHooks hooks(outcome.recorder);
         RecordingConnection connection(outcome.recorder, database.component_connection(), {},
                                        from_utf8(scenario.without_rows));
         std::optional<RecordingConnection> project;

@@ -39,7 +39,7 @@ struct Fault {
     ErrorNumber number = 1004;  ///< one that nothing else gives
 };
 
-/// Fills the database, calls the member on a recording connection and platform, and reads the ledger.
+/// Fills the database, calls the member on a recording connection with recording hooks, and reads the ledger.
 Outcome run_scenario(const Scenario& scenario, TestDatabase& database, Fault fault = {}, const Call& call = {});
 
 }  // namespace vantlo::test

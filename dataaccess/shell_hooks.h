@@ -22,7 +22,7 @@ struct ProjectState {
 };
 
 /// The functions that a shell supplies to the component.
-struct Platform {
+struct ShellHooks {
     /// Makes a recordset that is neither connected nor open. Errors: Failure.
     RecordsetVariable (*create_recordset)();
 
@@ -34,11 +34,11 @@ struct Platform {
 };
 
 /// Sets the functions for the whole process. The shell does so once, before the first object is made.
-void set_platform(const Platform& platform);
-const Platform& platform();
+void set_shell_hooks(const ShellHooks& hooks);
+const ShellHooks& shell_hooks();
 
 /// The calling thread's project-wide copy.
-inline ProjectState& project_state() { return platform().project_state(); }
+inline ProjectState& project_state() { return shell_hooks().project_state(); }
 
 /// Stores a reference to a connection, or nothing, in the project-wide copy.
 void set_project_connection(Connection* connection);

@@ -1,4 +1,4 @@
-#include "dataaccess/platform.h"
+#include "dataaccess/shell_hooks.h"
 
 #include "ado/client_recordset.h"
 
@@ -16,7 +16,7 @@ ProjectState& native_project_state() noexcept {
 }
 
 /// The default: native recordsets, no messages, thread-local state.
-Platform current_platform{create_native_recordset, show_nothing, native_project_state};
+ShellHooks current_hooks{create_native_recordset, show_nothing, native_project_state};
 
 }  // namespace
 
@@ -26,9 +26,9 @@ DatabaseKind database_kind_of(TextView data_type) {
     return DatabaseKind::other;
 }
 
-void set_platform(const Platform& platform) { current_platform = platform; }
+void set_shell_hooks(const ShellHooks& hooks) { current_hooks = hooks; }
 
-const Platform& platform() { return current_platform; }
+const ShellHooks& shell_hooks() { return current_hooks; }
 
 void set_project_connection(Connection* connection) {
     Connection*& held = project_state().connection;
