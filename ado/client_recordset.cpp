@@ -72,8 +72,8 @@ private:
     std::int32_t cursor_location_ = 0;
     std::int32_t cursor_type_ = 0;
 
-    // The rows are those that its connection's `execute` answered to `open`, as long as there are any: whatever stands
-    // between this recordset and the database then sees each call. Otherwise they are its own.
+    // After `open`: the recordset that the connection's `execute` returned, so that a connection that wraps another one sees
+    // each call. Without `open`, the rows are in table_.
     RecordsetVariable executed_;
     ResultTable table_;
     std::size_t row_ = 0;

@@ -8,8 +8,7 @@ namespace vantlo {
 
 /// An open database connection that belongs to the host: what this system uses of an ADO Connection.
 ///
-/// Reference-counted by hand, so that a plain pointer can be kept as plain data; ConnectionReference does the counting
-/// everywhere else.
+/// It counts its references. ConnectionReference does the counting, except where a plain pointer is needed as plain data.
 class Connection {
 public:
     Connection() = default;

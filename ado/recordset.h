@@ -18,7 +18,7 @@ public:
     Recordset() = default;
     Recordset(const Recordset&) = delete;
     Recordset& operator=(const Recordset&) = delete;
-    virtual ~Recordset() = default;  // releases without closing first, as letting go of a reference does
+    virtual ~Recordset() = default;  // without closing it: releasing a reference does not close either
 
     /// Sets the connection that `open` uses. A null connection is legal here and fails in `open`.
     virtual void set_active_connection(Connection* connection) = 0;
@@ -31,7 +31,7 @@ public:
 
     [[nodiscard]] virtual bool eof() = 0;
 
-    /// Errors   no_current_row at the end already.
+    /// Errors   no_current_row, if it is at the end.
     virtual void move_next() = 0;
 
     /// The value of the current row's field, the name compared without regard to case.

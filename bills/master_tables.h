@@ -12,7 +12,7 @@ struct MasterTable {
     std::string_view field;  ///< its name in files
     const char16_t* name;
     std::span<const BillColumn> columns;
-    std::size_t keys;  ///< how many of the columns, from the first, tell its rows apart
+    std::size_t keys;  ///< how many columns, from the first, are its key
 };
 
 /// A row of a master table: a warehouse, a kind of goods, a unit.

@@ -10,7 +10,7 @@ auto GuardedConnection::guarded(const Call& call) {
     try {
         return call();
     } catch (...) {
-        // A query of the watch fails inside the statement that it belongs to, and has been kept then.
+        // A failed query of the watch passes here twice: in `run`, and in the `execute` around it.
         if (failure_ == nullptr) failure_ = std::current_exception();
         throw;
     }

@@ -10,18 +10,17 @@ namespace vantlo {
 
 /// The connection on which the work of a transaction runs.
 ///
-/// Statements reach the database up to the first failure; from then on each of them raises that failure again, and so does
-/// `commit`. The component turns every exception into an error number, and runs on where its unit look-up fails: the
-/// engine may have ended the transaction by then, and what ran on would be committed alone. The caller gets the exception
-/// itself from `raise_failure`.
+/// After the first failure every later statement, and `commit`, raises that failure again: the engine may have ended the
+/// transaction, and what ran after it would be committed alone. The component does continue when its unit look-up fails. It
+/// turns each exception into an error number; the caller gets the exception itself from `raise_failure`.
 class GuardedConnection final : public NativeConnection {
 public:
     using Show = std::function<void(TextView statement)>;
 
     explicit GuardedConnection(Owned<NativeConnection> database) : database_(std::move(database)) {}
 
-    /// Who sees the statements of `execute` from now on: `watch` before each is sent, and its result; `show` what is sent.
-    /// Either may be empty.
+    /// Sets the observers of `execute`: `watch` sees each statement before it is sent, and its result; `show` sees what is
+    /// sent. Either may be empty.
     void observe(Show show, PostingWatch* watch) {
         show_ = std::move(show);
         watch_ = watch;

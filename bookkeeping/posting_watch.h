@@ -12,27 +12,27 @@
 
 namespace vantlo {
 
-/// What the host refuses of that which the component by design does not check.
+/// What the host refuses, since the component by design does not check it.
 struct Guard {
     bool lets_comments_pass = false;  ///< `--force`
     bool refuses_negative = false;    ///< `--fail-on-negative`
 };
 
-/// A ledger row that a bill looked up: as it was before, and as it is after. A side is empty where there is no row.
+/// A ledger row that a bill looked up, before and after; empty where there was or is no row.
 struct LedgerChange {
     std::optional<LedgerRow> before;
     std::optional<LedgerRow> after;
 };
 
-/// What watches have found in one bill after another. A unit without a factor and a ledger row below zero are noted once.
+/// The warnings of all bills. A unit without a factor, and a ledger row below zero, are reported once.
 class Findings {
 public:
     std::vector<std::string> warnings;  ///< of the bill at hand
 
-    /// Whether this has not been noted yet; now it is.
+    /// Notes a finding. Returns whether it is a new one.
     bool is_new(Text what) { return !noted_.contains(what) && noted_now_.insert(std::move(what)).second; }
 
-    /// A transaction begins, perhaps once more: what was found in an attempt that failed is found again.
+    /// A transaction begins: drops the findings of an attempt that failed.
     void begin() {
         warnings.clear();
         noted_now_.clear();
@@ -44,10 +44,10 @@ private:
     std::set<Text> noted_now_;
 };
 
-/// Looks over the component's shoulder while it posts one bill, and knows what it touches and what it overlooks.
+/// Observes the statements of one bill; collects touched rows and warnings, refuses what the guard forbids.
 ///
-/// It sees the statements themselves, so that it judges what the engine is about to run, whichever member wrote it. What it
-/// asks the database itself is seen by nobody: one look-up for each touched row, and one for each unit without a factor.
+/// It judges the statements that are sent to the engine, whichever member made them. Its own queries are not observed: one
+/// for each touched row, and one for each unit without a factor.
 class PostingWatch {
 public:
     PostingWatch(NativeConnection& database, const Guard& guard, Language language, Findings& findings)
@@ -65,7 +65,7 @@ public:
     /// Errors   TaskError with Reason::refused, if that is to be refused.
     void look_at_stock(const std::vector<LedgerChange>& changes);
 
-    /// Every row that was looked up, in the order of the first look-up, as it is now.
+    /// Every row that was looked up, in the order of first look-up; `after` is its present state.
     [[nodiscard]] std::vector<LedgerChange> changes() const;
 
 private:

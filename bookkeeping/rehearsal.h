@@ -4,11 +4,10 @@
 
 namespace vantlo {
 
-/// The same connections for a dry run: everything happens in one transaction, from the first `begin` to the end of the
-/// connection, and is then rolled back. Look-ups see what was done before them, and nothing else does; the locks are those of
-/// the real thing, for as long.
+/// Connections for a dry run: all bills are saved in one transaction, which is rolled back at the end of the connection.
+/// Later bills see the earlier ones; other connections see none of them, but wait for the locks.
 ///
-/// A failure ends the rehearsal: what was done before it is gone, and nothing helps against it.
+/// A failure discards the rehearsal; there is no retry.
 Connect rehearsing(Connect connect);
 
 }  // namespace vantlo

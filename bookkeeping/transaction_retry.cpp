@@ -18,7 +18,7 @@ bool is_saved(NativeConnection& connection, TextView marker) {
     return !connection.run(look_up).rows.empty();
 }
 
-/// Inserts the marker. Returns false if it is there already, committed by another transaction.
+/// Inserts the marker. Returns false if another transaction has committed it already.
 bool insert_marker(NativeConnection& connection, TextView marker) {
     try {
         connection.run(u"insert into SavedBill(Marker) values(" + GetSqlVal(Text(marker)) + u")");
@@ -31,7 +31,7 @@ bool insert_marker(NativeConnection& connection, TextView marker) {
     }
 }
 
-/// What the database says of the key that it refused; nothing for any other failure, or none.
+/// The database's words about a duplicate key; nothing if the failure is another one, or null.
 std::optional<std::string> refused_key(const std::exception_ptr& failure) {
     if (failure == nullptr) return std::nullopt;
     try {
@@ -39,7 +39,7 @@ std::optional<std::string> refused_key(const std::exception_ptr& failure) {
     } catch (const Failure& refusal) {
         if (refusal.number() == error::constraint_violated) return refusal.what();
     } catch (...) {
-        // No refusal of the database.
+        // Not a failure of the database.
     }
     return std::nullopt;
 }
@@ -108,7 +108,7 @@ void TransactionRetry::pause(int failed_attempts) {
     thread_local std::minstd_rand random(std::random_device{}());
     const auto doubled = policy_.first_pause * (1L << std::min(failed_attempts, 20));
     const long longest = std::min<long>(doubled.count(), policy_.longest_pause.count());
-    // Writers that met once would meet again if they waited equally long.
+    // Random: writers that collided would collide again after equal pauses.
     std::this_thread::sleep_for(std::chrono::milliseconds(std::uniform_int_distribution<long>(0, longest)(random)));
 }
 

@@ -28,7 +28,7 @@ public:
     Interface* operator->() const { return pointer_; }
     explicit operator bool() const { return pointer_ != nullptr; }
 
-    /// Where a call may put a reference that it hands over; what is held is let go of first.
+    /// Where a call puts the reference that it returns; the one held is released first.
     Interface** receive() {
         InterfacePointer().swap(*this);
         return &pointer_;

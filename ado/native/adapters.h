@@ -6,7 +6,7 @@
 
 namespace vantlo {
 
-// How each adapter opens a connection. An adapter defines its own function, so that nothing here includes an adapter.
+// How a connection of each adapter is opened. The functions are defined in the adapters; this room includes none of them.
 
 /// Opens an SQLite file, or `:memory:`; the path is UTF-8. `may_create` says whether a missing file is made. Errors: Failure.
 Owned<NativeConnection> open_sqlite(std::string_view file, bool may_create);

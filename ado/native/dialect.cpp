@@ -7,7 +7,7 @@ namespace vantlo {
 
 namespace {
 
-constexpr auto sql_server_dates = u"[Microsoft SQL Server]";  // in quotes, as every engine but Access reads them
+constexpr auto sql_server_dates = u"[Microsoft SQL Server]";  // 'yyyy-mm-dd', which every engine but Access reads
 constexpr auto access_dates = u"[Microsoft Access]";
 
 constexpr auto no_backslash_escapes = u"set sql_mode=concat(@@sql_mode,',NO_BACKSLASH_ESCAPES')";

@@ -8,9 +8,9 @@ namespace vantlo {
 /// Where an engine takes two minus signs for the beginning of a comment.
 enum class CommentRule { anywhere, before_blank, nowhere };
 
-/// What is particular to the SQL of one kind of engine: whoever needs to know reads its row, nobody compares names.
+/// What is particular to the SQL of one kind of engine. Code reads these fields; it does not compare names.
 struct Dialect {
-    std::string_view name;  ///< after which the engine's files in schema/ are named
+    std::string_view name;  ///< the first part of the names of the engine's files in schema/
 
     /// Where `--` begins a comment, outside literals.
     CommentRule minus_minus;
@@ -18,28 +18,28 @@ struct Dialect {
     /// The text of the component's property DATAType, which decides how it writes dates.
     const char16_t* data_type;
 
-    /// How a script for the engine's own client begins and ends a transaction; empty where scripts have none.
+    /// The statements by which a script for the engine's own client begins and ends a transaction; empty if it cannot.
     std::string_view begin_transaction;
     std::string_view commit_transaction;
 
-    /// Makes a backslash in a literal stand for itself; null where it does without being told.
+    /// The statement that makes a backslash in a literal an ordinary character; null where it is one by default.
     const char16_t* plain_backslashes;
 
-    /// The quickest statement that empties the ledger, whatever it holds.
+    /// The fastest statement that deletes all rows of the ledger.
     std::string_view empty_ledger;
 
-    /// Whether the engine runs in the process that uses it, each connection in memory with a database of its own.
+    /// Whether the engine runs in this process. Each connection in memory then has its own database.
     bool is_embedded;
 
-    /// A select of the columns of all tables: T their table, C their name, Y their type with its digits, S the character
-    /// set, encoding or collation of their texts. Null for an engine that has no such description.
+    /// A select of the columns of all tables: T the table, C the column, Y the type with its digits, S the character set,
+    /// encoding or collation of texts. Null for an engine that does not describe its columns.
     const char16_t* columns_query;
 };
 
-/// All dialects. The last is `unknown`, for an engine of which nothing is known.
+/// All dialects. The last is `unknown`, for every other engine.
 std::span<const Dialect> dialects();
 
-/// The dialect of that name; `unknown` for a name that none has.
+/// The dialect of that name, or `unknown`.
 const Dialect& dialect_named(std::string_view name);
 
 }  // namespace vantlo

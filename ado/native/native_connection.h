@@ -8,7 +8,7 @@
 
 namespace vantlo {
 
-/// What a host can do about a failure: nothing, save its bill again, or connect again first. Each includes a roll-back.
+/// What a host can do after a failure, once it has rolled back: nothing, save its bill again, or connect and save again.
 enum class Remedy { none, save_again, connect_again };
 
 /// A connection of one of the native adapters, with what a native host needs beyond the port.
@@ -27,14 +27,14 @@ public:
     virtual void commit() = 0;
     virtual void roll_back() = 0;
 
-    /// What helps against what has failed since `begin`; outside a transaction, against the latest failure.
+    /// The remedy for all failures since `begin`; outside a transaction, for the latest failure.
     [[nodiscard]] virtual Remedy remedy() const = 0;
 
     /// Runs a script of any number of statements, given in UTF-8, without reading their results.
     /// Errors   the first failing statement ends it; those before it stay applied.
     virtual void run_script(const std::string& script);
 
-    /// What is particular to the engine's SQL.
+    /// What is particular to the engine's SQL: a row of `dialects()`.
     [[nodiscard]] virtual const Dialect& dialect() const = 0;
 
     /// Engine and driver with their versions, for people: `SQLite 3.40.1`.

@@ -9,8 +9,7 @@ namespace vantlo {
 
 namespace {
 
-/// The length of the `$tag$` at the beginning of a text, with which PostgreSQL quotes the body of a function; 0 if it
-/// does not begin with one.
+/// The length of the `$tag$` that a text begins with, PostgreSQL's quote around the body of a function; 0 if there is none.
 std::size_t length_of_dollar_tag(std::string_view script) {
     if (script.front() != '$') return 0;
     const auto is_in_tag = [](unsigned char c) { return std::isalnum(c) != 0 || c == '_'; };
@@ -19,7 +18,7 @@ std::size_t length_of_dollar_tag(std::string_view script) {
     return end < script.size() && script[end] == '$' ? end + 1 : 0;
 }
 
-/// Where the piece at the beginning ends: a comment, a quoted text, or one character.
+/// The length of the first piece of a script: a comment, a quoted text, or one character.
 std::size_t length_of_piece(std::string_view script) {
     if (script.starts_with("--")) return std::min(script.find('\n'), script.size());
     if (script.starts_with("/*")) return std::min(script.find("*/", 2), script.size() - 2) + 2;

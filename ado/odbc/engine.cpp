@@ -5,7 +5,7 @@ namespace vantlo {
 namespace {
 
 // Two backslashes and, where the engine promises all of Unicode, a character beyond the basic plane with its length.
-// SQL Server keeps of a literal without the N prefix what its database's collation has: that is its owner's choice.
+// SQL Server keeps only the characters of its database's collation in a literal without the N prefix.
 constexpr const char16_t* full_probe = u"select '\\\\' as a, '𠮷' as b, char_length('𠮷') as c";
 constexpr const char16_t* backslash_probe = u"select '\\\\' as a";
 
@@ -16,7 +16,7 @@ constexpr const char16_t* mariadb_mode = u"set sql_mode = concat(@@sql_mode, ',S
 
 constexpr const char16_t* galera = u"show variables like 'wsrep_on'";
 
-// PostgreSQL's last setting: binary numbers come back with every digit that tells them apart.
+// PostgreSQL's last setting: real numbers come back with all their digits.
 // clang-format off
 // name,           dialect,      settings,                               probe,           cluster probe
 constexpr Engine engines[] = {

@@ -8,14 +8,13 @@
 
 namespace vantlo {
 
-/// An engine behind ODBC, and what a connection to it is told before anything else.
+/// An engine behind ODBC: what a connection to it sets and checks at first.
 struct Engine {
     std::string_view name;  ///< part of the name that it gives itself
     const char* dialect;
     const char16_t* settings[3];
-    const char16_t* probe;  ///< a select whose one row literal_hazard judges
-    const char16_t*
-        cluster_probe;  ///< tells the setting that makes a server the node of a cluster; null if it has none
+    const char16_t* probe;          ///< a select whose one row literal_hazard judges
+    const char16_t* cluster_probe;  ///< asks for the setting that says whether it is a cluster's node; null for none
 };
 
 /// The engine that gives itself a name; a general one for every other name.

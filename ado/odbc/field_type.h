@@ -23,7 +23,7 @@ enum class FieldType {
     other,  ///< nothing that this system distinguishes, such as bytes
 };
 
-/// Whether a column's ODBC type code leaves open what it is, so that field_type goes by the engine's own type name.
+/// Whether a column's ODBC type code does not determine its type: field_type then needs the engine's type name.
 bool needs_type_name(int sql_type);
 
 /// The type of a column by its ODBC type code and, where drivers disagree about the code, the engine's own type name;

@@ -20,7 +20,7 @@ namespace {
 
 bool succeeded(SQLRETURN result) { return result == SQL_SUCCESS || result == SQL_SUCCESS_WITH_INFO; }
 
-// The API takes texts that it only reads without const.
+// ODBC's parameters are not const, though it only reads the text.
 SQLCHAR* odbc_text(const std::string& text) { return reinterpret_cast<SQLCHAR*>(const_cast<char*>(text.c_str())); }
 
 SQLPOINTER odbc_number(std::uintptr_t value) { return reinterpret_cast<SQLPOINTER>(value); }
@@ -34,7 +34,7 @@ std::string information(SQLHDBC connection, SQLUSMALLINT what) {
 
 const Engine& engine_of(SQLHDBC connection) { return engine_named(information(connection, SQL_DBMS_NAME)); }
 
-/// Whether a setting and its value, if there is one, is on.
+/// Whether a result of `show variables` is a setting that is on.
 bool says_on(const ResultTable& setting) { return !setting.rows.empty() && setting.rows[0].at(1) == Variant(u"ON"); }
 
 /// Runs a statement and reads all its results to their ends. Returns the first. Errors: StatementFailed.
@@ -120,7 +120,7 @@ OdbcConnection::StatementHandle OdbcConnection::take_statement(std::string_view 
     if (!succeeded(SQLAllocHandle(SQL_HANDLE_STMT, connection_.get(), &handle))) {
         fail(SQL_HANDLE_DBC, connection_.get(), first_use);
     }
-    // Some drivers look for escapes outside quotes only and do not know the attribute; the tests tell.
+    // Drivers without the attribute look for escapes outside quotes only; the tests check it.
     SQLSetStmtAttr(handle, SQL_ATTR_NOSCAN, odbc_number(SQL_NOSCAN_ON), 0);
     return StatementHandle(handle);
 }
@@ -132,7 +132,7 @@ void OdbcConnection::keep_statement(StatementHandle statement) {
 }
 
 void OdbcConnection::disconnect() {
-    // Statements would otherwise end with the connection, and once more.
+    // Disconnecting frees statements; they must not be freed again.
     for (StatementHandle& idle : idle_statements_) idle.reset();
     SQLDisconnect(connection_.get());
 }
@@ -176,7 +176,7 @@ void OdbcConnection::roll_back() {
 void OdbcConnection::leave_transaction() {
     in_transaction_ = false;
     transaction_failure_.reset();
-    // Statements to come must not wait in a transaction that nobody commits.
+    // Later statements must not run in a transaction that nobody commits.
     if (!set_autocommit(true)) disconnect();
 }
 

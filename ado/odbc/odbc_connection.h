@@ -39,12 +39,9 @@ public:
 
     void begin() override;
 
-    /// Errors   if a statement has failed since `begin`: rolls back and raises that failure again. An engine may have
-    ///          ended the transaction at that point, and would commit the rest alone or say that it committed nothing
-    ///          only in a way that drivers do not pass on. A Galera node rolls back for another node's sake and says so in
-    ///          its answer to the next command; where that one has no answer, such as the driver's closing of a prepared
-    ///          select, nobody is told and what follows is a new transaction. A savepoint, which ends with the transaction
-    ///          that it was made in, tells.
+    /// Errors   if a statement has failed since `begin`: rolls back and raises that failure again. The engine may have
+    ///          ended the transaction at that failure; a commit would then apply only what followed. Galera can roll back
+    ///          silently; releasing a savepoint set at begin detects it.
     void commit() override;
 
     /// Does nothing if no transaction is open. A connection that cannot roll back is closed, and its server does it.

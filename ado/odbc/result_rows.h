@@ -4,7 +4,7 @@
 
 namespace vantlo {
 
-/// Raised when a call on a statement's handle fails; its account is made where the handle's owner catches it.
+/// Raised when a call on a statement's handle fails. The owner of the handle reads the account from the driver.
 struct StatementFailed {};
 
 /// What an ODBC call on a statement returned, unless it failed.

@@ -78,7 +78,7 @@ Token number_at(std::string_view text) {
     return {end == whole_digits ? TokenKind::integer : TokenKind::real, text.substr(0, end)};
 }
 
-// With its quotes, the doubled ones inside as they stand.
+// A text in quotes; doubled quotes inside it belong to it.
 Token quoted_at(std::string_view text) {
     std::size_t end = text.find('\'', 1);
     while (end != std::string_view::npos && class_at(text, end + 1) == CharacterClass::quote) {
@@ -168,7 +168,7 @@ private:
         return true;
     }
 
-    // What it says is not looked at: no mark stands in it, and no word that would change what those behind it mean.
+    // The column list is skipped: it has no marks, and no word that changes the meaning of later marks.
     bool select_head() {
         bool has_from = false;
         while (true) {

@@ -22,18 +22,18 @@ struct ParameterizedText {
     std::vector<Literal> literals;
 };
 
-/// Replaces the literals of a statement by parameters, into `parameterized`, whose memory is used again.
+/// Replaces the literals of a statement by parameters. The result goes into `parameterized`, whose memory is reused.
 ///
 /// Shape    Every quoted text and every number becomes a `?`, except that whole numbers from -1 to 1 and those with
 ///          leading zeros stay: the engine's planner looks at a comparison with -1, 0 or 1.
-/// Returns  whether each character was understood; not so with comments, names in quotes, parameters, semicolons,
-///          blobs, whole numbers beyond 18 digits, texts of more than 64 KiB, and whatever else is not plain.
-///          The literals look into `statement`.
+/// Returns  whether each character was understood. Comments, names in quotes, parameters, semicolons, blobs, whole
+///          numbers of more than 18 digits and texts of more than 64 KiB are not, nor is anything else beyond plain SQL.
+///          The literals refer to `statement`.
 bool parameterize(std::string_view statement, ParameterizedText& parameterized);
 
-/// Whether a shape means with values bound to its marks what the statement meant with the literals in their places.
+/// Whether binding values to the ? marks preserves the statement's meaning.
 ///
-/// That holds for four forms, in which each mark is an operand of a comparison, an assignment or a value list:
+/// It does in four forms, where each mark is an operand of a comparison, an assignment or a value list:
 ///
 ///     select … from NAME … [where CONDITION] [order by NAME, …]     update NAME set NAME = SUM, … [where CONDITION]
 ///     insert into NAME[(NAME, …)] values(SUM, …)                    delete from NAME [where CONDITION]

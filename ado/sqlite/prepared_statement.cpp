@@ -41,7 +41,7 @@ bool PreparedStatement::step(std::string_view what_was_done) {
 
 ResultTable PreparedStatement::read_to_end(std::string_view what_was_done) {
     bool has_row = step(what_was_done);
-    // Only now: the engine prepares a statement anew in its first step where the tables have changed.
+    // After the first step, in which the engine prepares the statement again if the tables have changed.
     know_columns();
     ResultTable result;
     result.yields_rows = !column_names_.empty();

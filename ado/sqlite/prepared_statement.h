@@ -36,7 +36,7 @@ private:
     std::unique_ptr<sqlite3_stmt, Finalizer> statement_;
     std::vector<Text> column_names_;
     std::vector<DeclaredType> column_types_;
-    int preparation_ = -1;  ///< how often the engine had prepared it anew when its columns were read
+    int preparation_ = -1;  ///< how often the engine had prepared it when its columns were read
 };
 
 }  // namespace vantlo

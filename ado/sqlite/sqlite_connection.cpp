@@ -50,8 +50,8 @@ void run_to_end(PreparedStatement& prepared) {
     }
 }
 
-/// Turns the write-ahead log on. It takes the file for itself for a moment, and where several connections want that at
-/// once SQLite refuses all but one without waiting.
+/// Turns the write-ahead log on. That needs an exclusive lock for a moment: of several connections at the same time, SQLite
+/// refuses all but one without waiting.
 int switch_to_wal(sqlite3* database, std::chrono::milliseconds time_limit) {
     constexpr std::chrono::milliseconds pause(5);
     const auto end = std::chrono::steady_clock::now() + time_limit;
@@ -68,7 +68,7 @@ int switch_to_wal(sqlite3* database, std::chrono::milliseconds time_limit) {
 void SqliteConnection::Closer::operator()(sqlite3* database) const noexcept { sqlite3_close(database); }
 
 SqliteConnection::SqliteConnection(const std::string& file, const SqliteOptions& options) {
-    // The engine would take an empty name for a temporary database and forget all of it at the end.
+    // For an empty name the engine makes a temporary database, which is gone at the end.
     if (file.empty()) throw Failure(error::bad_argument, "the name of the database file is empty");
 
     sqlite3* database = nullptr;

@@ -44,10 +44,10 @@ public:
     ///          or several statements, both before anything runs (but the engine obeys some pragmas while it compiles).
     ResultTable run(TextView statement) override;
 
-    /// Begins a transaction that may write from the start, so that it cannot fail later for a lock it did not have.
+    /// Begins a transaction with the write lock, so that no later statement fails for lack of it.
     void begin() override;
     void commit() override;
-    /// Does nothing if no transaction is open: the engine itself ends one after some failures.
+    /// Does nothing if no transaction is open: the engine ends it after some failures.
     void roll_back() override;
 
     [[nodiscard]] Remedy remedy() const override;

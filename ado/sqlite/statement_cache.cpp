@@ -72,7 +72,7 @@ bool StatementCache::find_or_prepare(const std::string& statement) {
     if (!is_understood(parameterized_.shape)) return false;
     PreparedStatement prepared;
     const int result = prepare_to_keep(database_, parameterized_.shape, prepared);
-    if (result == SQLITE_ERROR) return false;  // the plain text is left to say what is wrong with it
+    if (result == SQLITE_ERROR) return false;  // running the plain text reports what is wrong with it
     if (result != SQLITE_OK) throw sqlite_failure(database_, statement);
     kept_.push_front({parameterized_.shape, std::move(prepared)});
     if (kept_.size() > most_kept) kept_.pop_back();

@@ -12,11 +12,11 @@ struct sqlite3;
 
 namespace vantlo {
 
-/// Runs statements without having the engine compile each text: their literals become parameters bound to a prepared
-/// statement, which is kept for the next text of the same shape.
+/// Runs statements as prepared ones: their literals become parameters, and the prepared statement is kept for the next text
+/// of the same shape.
 ///
-/// Between two calls no kept statement runs, holds a lock or has anything bound; one that fails is not kept. The engine
-/// itself prepares a kept statement anew when tables, indexes or settings have changed.
+/// Between two calls no kept statement runs, holds a lock or has bound values; one that fails is not kept. The engine
+/// prepares a kept statement again when tables, indexes or settings have changed.
 class StatementCache {
 public:
     /// Must end before the database is closed.
@@ -33,7 +33,7 @@ private:
         PreparedStatement statement;
     };
 
-    /// Puts the prepared statement of the parameterized shape first in the list. Returns: whether there is one.
+    /// Moves the prepared statement of the shape to the front of the list, or adds it. Returns: whether there is one.
     bool find_or_prepare(const std::string& statement);
 
     void bind_literals(sqlite3_stmt* prepared, const std::string& statement);
