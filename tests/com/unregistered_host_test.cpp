@@ -1,5 +1,7 @@
 #include <doctest/doctest.h>
 
+#include <string>
+
 #include "tests/com/component_library.h"
 #include "tests/com/free_threaded_client.h"
 
@@ -9,10 +11,15 @@ namespace vantlo::test {
 namespace {
 
 bool is_registered() {
-    HKEY key = nullptr;
-    const LSTATUS status = RegOpenKeyExW(HKEY_CLASSES_ROOT, L"Vantlo.Inventory_Class", 0, KEY_READ, &key);
-    if (status == ERROR_SUCCESS) RegCloseKey(key);
-    return status == ERROR_SUCCESS;
+    wchar_t lines[39];
+    StringFromGUID2(LIBID_Corvane, lines, 39);
+    for (const std::wstring& name : {std::wstring(L"Vantlo.Inventory_Class"), std::wstring(L"TypeLib\\") + lines}) {
+        HKEY key = nullptr;
+        if (RegOpenKeyExW(HKEY_CLASSES_ROOT, name.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS) continue;
+        RegCloseKey(key);
+        return true;
+    }
+    return false;
 }
 
 TEST_CASE("A host with a manifest makes the object without registration") {
@@ -31,6 +38,11 @@ TEST_CASE("A host with a manifest makes the object without registration") {
 TEST_CASE("A client in the multithreaded apartment gets the class without registration, early and late bound") {
     REQUIRE_FALSE(is_registered());
     check_free_threaded_client();
+    // Wine registers a type library that it loads for a manifest, as Windows does not.
+    constexpr SYSKIND system = sizeof(void*) == 8 ? SYS_WIN64 : SYS_WIN32;
+    UnRegisterTypeLib(LIBID_Vantlo, 3, 0, 0x409, system);
+    UnRegisterTypeLib(LIBID_Corvane, 1, 0, 0x409, system);
+    CHECK_FALSE(is_registered());
 }
 
 }  // namespace
