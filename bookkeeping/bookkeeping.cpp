@@ -100,10 +100,10 @@ std::string take_messages() { return std::exchange(shown_messages, {}); }
 /// The work of one transaction, on the connection that it is open on.
 class Bookkeeping::Session {
 public:
-    Session(GuardedConnection& connection, const GuardedConnection::Show& show, Language language, PostingWatch* watch,
-            PostingNote& note)
-        : connection_(connection), language_(language), watch_(watch), note_(note) {
-        connection.observe(show, watch);
+    Session(GuardedConnection& connection, const GuardedConnection::Show& show, Language language,
+            PostingGuard* posting_guard, PostingNote& note)
+        : connection_(connection), language_(language), posting_guard_(posting_guard), note_(note) {
+        connection.observe(show, posting_guard);
         component_.let_DATAType(connection.dialect().data_type);
         component_.set_ADOConn(&connection);
     }
@@ -135,13 +135,13 @@ private:
 
     GuardedConnection& connection_;
     Language language_;
-    PostingWatch* watch_;
+    PostingGuard* posting_guard_;
     PostingNote& note_;
     Inventory_Class component_;
 };
 
 Bookkeeping::Bookkeeping(Connect connect, std::shared_ptr<BookkeepingObserver> observer, Language language,
-                         std::optional<Guard> guard)
+                         std::optional<GuardRules> guard)
     : saver_(std::move(connect)), observer_(std::move(observer)), language_(language), guard_(guard) {
     std::random_device random;
     for (int word = 0; word < 4; ++word) name_ += from_utf8(fmt::format("{:08x}", random()));
@@ -232,12 +232,12 @@ private:
         Outcome& outcome = outcomes_.emplace_back();
         outcome.what = step.what;
         if (observer_ != nullptr) observer_->begins(step.what);
-        std::optional<PostingWatch> watch;
-        if (owner_.guard_) watch.emplace(database, *owner_.guard_, owner_.language_, owner_.findings_);
-        Session session(database, show_, owner_.language_, watch ? &*watch : nullptr, owner_.note_);
+        std::optional<PostingGuard> posting_guard;
+        if (owner_.guard_) posting_guard.emplace(database, *owner_.guard_, owner_.language_, owner_.findings_);
+        Session session(database, show_, owner_.language_, posting_guard ? &*posting_guard : nullptr, owner_.note_);
         step.work(session);
-        if (watch) outcome.changes = watch->changes();
-        if (watch) watch->look_at_stock(outcome.changes);
+        if (posting_guard) outcome.changes = posting_guard->changes();
+        if (posting_guard) posting_guard->look_at_stock(outcome.changes);
         outcome.warnings = std::exchange(owner_.findings_.warnings, {});
     }
 
@@ -305,7 +305,7 @@ Bill Bookkeeping::Session::stored(const BillKind& kind, const Text& id) {
 
 void Bookkeeping::Session::post(std::span<const MemberCall> calls, const Bill& bill,
                                 const std::function<void(const MemberCall& call, std::int32_t item)>& posted) {
-    if (watch_ != nullptr) watch_->look_at(bill);
+    if (posting_guard_ != nullptr) posting_guard_->look_at(bill);
     note_.begin_bill(posting_of(calls, bill));
     for (const MemberCall& call : calls) {
         const Member& member = *find_method(call.member);

@@ -8,8 +8,8 @@
 #include "bills/bill.h"
 #include "bills/master_tables.h"
 #include "bills/task_error.h"
+#include "bookkeeping/posting_guard.h"
 #include "bookkeeping/posting_note.h"
-#include "bookkeeping/posting_watch.h"
 #include "bookkeeping/transaction_retry.h"
 
 namespace vantlo {
@@ -44,7 +44,7 @@ public:
     /// The observer may be null. `language` is that of the error texts, the component's own messages are Chinese. Without a guard nothing is refused, no warning given and no change of a row told.
     /// Errors   Failure, if no connection can be opened.
     explicit Bookkeeping(Connect connect, std::shared_ptr<BookkeepingObserver> observer = {},
-                         Language language = Language::chinese, std::optional<Guard> guard = {});
+                         Language language = Language::chinese, std::optional<GuardRules> guard = {});
 
     /// Stores master rows in one transaction; a row that is there already is replaced.
     void save_master(std::span<const MasterRow> rows);
@@ -78,7 +78,7 @@ private:
     TransactionRetry saver_;
     std::shared_ptr<BookkeepingObserver> observer_;
     Language language_;
-    std::optional<Guard> guard_;
+    std::optional<GuardRules> guard_;
     Findings findings_;
     PostingNote note_;
     Text name_;  ///< no other Bookkeeping has it, in any process

@@ -10,7 +10,7 @@ auto GuardedConnection::guarded(const Call& call) {
     try {
         return call();
     } catch (...) {
-        // A failed query of the watch passes here twice: in `run`, and in the `execute` around it.
+        // A failed query of the posting guard passes here twice: in `run`, and in the `execute` around it.
         if (failure_ == nullptr) failure_ = std::current_exception();
         throw;
     }
@@ -19,10 +19,10 @@ auto GuardedConnection::guarded(const Call& call) {
 RecordsetVariable GuardedConnection::execute(TextView statement) {
     return guarded([&] {
         stop_if_interrupted();
-        if (watch_ != nullptr) watch_->before(statement);
+        if (posting_guard_ != nullptr) posting_guard_->before(statement);
         if (show_) show_(statement);
         ResultTable result = database_->run(statement);
-        if (watch_ != nullptr) watch_->after(statement, result);
+        if (posting_guard_ != nullptr) posting_guard_->after(statement, result);
         return make_client_recordset(std::move(result));
     });
 }

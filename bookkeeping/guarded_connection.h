@@ -4,7 +4,7 @@
 #include <functional>
 
 #include "ado/native/native_connection.h"
-#include "bookkeeping/posting_watch.h"
+#include "bookkeeping/posting_guard.h"
 
 namespace vantlo {
 
@@ -19,18 +19,18 @@ public:
 
     explicit GuardedConnection(Owned<NativeConnection> database) : database_(std::move(database)) {}
 
-    /// Sets the observers of `execute`: `watch` sees each statement before it is sent, and its result; `show` sees what is
-    /// sent. Either may be empty.
-    void observe(Show show, PostingWatch* watch) {
+    /// Sets the observers of `execute`: `posting_guard` sees each statement before it is sent, and its result; `show`
+    /// sees what is sent. Either may be empty.
+    void observe(Show show, PostingGuard* posting_guard) {
         show_ = std::move(show);
-        watch_ = watch;
+        posting_guard_ = posting_guard;
     }
 
     /// Runs a statement of the posting, seen by the observers.
-    /// Errors   also a TaskError: the user has asked to stop, or the watch refuses.
+    /// Errors   also a TaskError: the user has asked to stop, or the posting guard refuses.
     RecordsetVariable execute(TextView statement) override;
 
-    /// Runs a statement that no observer sees: what the watch itself asks the database.
+    /// Runs a statement that no observer sees: what the posting guard itself asks the database.
     ResultTable run(TextView statement) override;
 
     void begin() override;
@@ -60,7 +60,7 @@ private:
 
     Owned<NativeConnection> database_;
     Show show_;
-    PostingWatch* watch_ = nullptr;
+    PostingGuard* posting_guard_ = nullptr;
     std::exception_ptr failure_;
 };
 

@@ -69,11 +69,11 @@ TEST_CASE_FIXTURE(Guarded, "GuardedConnection forgets its failure at the next be
     CHECK(reached == Statements{"begin", "exhaust", "roll back", "begin", "select", "commit"});
 }
 
-TEST_CASE_FIXTURE(Guarded, "GuardedConnection shows what execute sends, and keeps what its watch refuses") {
+TEST_CASE_FIXTURE(Guarded, "GuardedConnection shows what execute sends, and keeps what its posting guard refuses") {
     Findings findings;
-    PostingWatch watch(*connection, Guard{}, Language::english, findings);
+    PostingGuard posting_guard(*connection, GuardRules{}, Language::english, findings);
     Statements shown;
-    connection->observe([&](TextView statement) { shown.push_back(to_utf8(statement)); }, &watch);
+    connection->observe([&](TextView statement) { shown.push_back(to_utf8(statement)); }, &posting_guard);
     connection->execute(u"update A set B=1");
     connection->run(u"select");
     CHECK_THROWS_AS(connection->execute(u"update A set B=B--1"), TaskError);

@@ -1,6 +1,6 @@
 #include <doctest/doctest.h>
 
-#include "bookkeeping/posting_watch.h"
+#include "bookkeeping/posting_guard.h"
 #include "tests/support/shell.h"
 
 // What the component does not check by design, and the guard of the host does.

@@ -18,7 +18,7 @@ struct CommonOptions {
     std::vector<std::string> databases;
     bool show_sql = false;
     Language language = language_of_locale();
-    Guard guard;
+    GuardRules guard;
     bool dry_run = false;
 
     /// A text of the program in the user's language, its places filled.

@@ -1,4 +1,4 @@
-#include "bookkeeping/posting_watch.h"
+#include "bookkeeping/posting_guard.h"
 
 #include <algorithm>
 
@@ -52,7 +52,7 @@ bool has_comment(TextView statement, CommentRule rule) {
     return false;
 }
 
-void PostingWatch::look_at(const Bill& bill) {
+void PostingGuard::look_at(const Bill& bill) {
     const auto has_null = [](const Record& record, std::span<const BillColumn> columns) {
         return std::ranges::any_of(columns, [&](const BillColumn& column) {
             return column.field == "quantity" && record.value(column.column).is<Null>();
@@ -66,22 +66,22 @@ void PostingWatch::look_at(const Bill& bill) {
     }
 }
 
-void PostingWatch::before(TextView statement) {
+void PostingGuard::before(TextView statement) {
     if (!has_comment(statement, database_.dialect().minus_minus)) return;
     const std::string what = say(language_, words::comment_in_statement, to_utf8(statement));
-    if (guard_.lets_comments_pass) {
+    if (rules_.lets_comments_pass) {
         findings_.warnings.push_back(what);
         return;
     }
     throw TaskError(Reason::refused, what);
 }
 
-void PostingWatch::after(TextView statement, const ResultTable& result) {
+void PostingGuard::after(TextView statement, const ResultTable& result) {
     note_unit_look_up(statement, result);
     note_ledger_look_up(statement, result);
 }
 
-void PostingWatch::note_unit_look_up(TextView statement, const ResultTable& result) {
+void PostingGuard::note_unit_look_up(TextView statement, const ResultTable& result) {
     if (!result.rows.empty()) return;
     const std::optional<UnitLookup> lookup = recognize_unit_lookup(statement);
     if (!lookup || lookup->unit.empty() || !findings_.is_new(Text(statement))) return;
@@ -91,7 +91,7 @@ void PostingWatch::note_unit_look_up(TextView statement, const ResultTable& resu
     findings_.warnings.push_back(say(language_, words::unknown_unit, to_utf8(lookup->gid), to_utf8(lookup->unit)));
 }
 
-void PostingWatch::note_ledger_look_up(TextView statement, const ResultTable& result) {
+void PostingGuard::note_ledger_look_up(TextView statement, const ResultTable& result) {
     const auto [action, key] = recognize_ledger_statement(statement);
     if (action != LedgerAction::look_up && action != LedgerAction::count) return;
     const Text condition(key);
@@ -99,11 +99,11 @@ void PostingWatch::note_ledger_look_up(TextView statement, const ResultTable& re
     look_ups_.push_back({condition, action == LedgerAction::look_up ? ledger_rows(result) : rows_of(condition)});
 }
 
-std::vector<LedgerRow> PostingWatch::rows_of(const Text& condition) const {
+std::vector<LedgerRow> PostingGuard::rows_of(const Text& condition) const {
     return ledger_rows(database_.run(u"select * from Inventory " + condition));
 }
 
-std::vector<LedgerChange> PostingWatch::changes() const {
+std::vector<LedgerChange> PostingGuard::changes() const {
     std::vector<LedgerChange> changes;
     for (const LookUp& look_up : look_ups_) {
         const std::vector<LedgerRow> rows = rows_of(look_up.condition);
@@ -117,12 +117,12 @@ std::vector<LedgerChange> PostingWatch::changes() const {
     return changes;
 }
 
-void PostingWatch::look_at_stock(const std::vector<LedgerChange>& changes) {
+void PostingGuard::look_at_stock(const std::vector<LedgerChange>& changes) {
     for (const LedgerChange& change : changes) {
         if (!goes_negative(change)) continue;
         const std::string key = key_text(*change.after, language_);
         const std::string what = say(language_, words::negative_stock, key, quantity_text(change.after->on_hand));
-        if (guard_.refuses_negative) throw TaskError(Reason::refused, what);
+        if (rules_.refuses_negative) throw TaskError(Reason::refused, what);
         if (findings_.is_new(from_utf8(key))) findings_.warnings.push_back(what);
     }
 }

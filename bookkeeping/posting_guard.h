@@ -13,7 +13,7 @@
 namespace vantlo {
 
 /// What the host refuses, since the component by design does not check it.
-struct Guard {
+struct GuardRules {
     bool lets_comments_pass = false;  ///< `--force`
     bool refuses_negative = false;    ///< `--fail-on-negative`
 };
@@ -48,10 +48,10 @@ private:
 ///
 /// It judges the statements that are sent to the engine, whichever member made them. Its own queries are not observed: one
 /// for each touched row, and one for each unit without a factor.
-class PostingWatch {
+class PostingGuard {
 public:
-    PostingWatch(NativeConnection& database, const Guard& guard, Language language, Findings& findings)
-        : database_(database), guard_(guard), language_(language), findings_(findings) {}
+    PostingGuard(NativeConnection& database, const GuardRules& rules, Language language, Findings& findings)
+        : database_(database), rules_(rules), language_(language), findings_(findings) {}
 
     /// Warns of lines without a quantity.
     void look_at(const Bill& bill);
@@ -79,7 +79,7 @@ private:
     [[nodiscard]] std::vector<LedgerRow> rows_of(const Text& condition) const;
 
     NativeConnection& database_;
-    Guard guard_;
+    GuardRules rules_;
     Language language_;
     Findings& findings_;
     std::vector<LookUp> look_ups_;
