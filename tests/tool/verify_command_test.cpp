@@ -159,7 +159,7 @@ TEST_CASE("vantlo repair asks on a terminal, and needs --yes where nobody can be
     const std::string repair = "repair --apply --only changed-quantity";
     const Finished unasked = shell.vantlo(repair + " </dev/null");
     CHECK(unasked.exit_code == 2);
-    CHECK(unasked.has("nobody can be asked: say --yes\n"));
+    CHECK(unasked.has("This changes the rows of 1 key, as shown above.\nvantlo: nobody can be asked: say --yes\n"));
     CHECK(ledger_of(shell) == before);
     const auto answered = [&](const std::string& answer, const std::function<void()>& meanwhile) {
         Terminal terminal(shell.in_folder(Shell::program() + " " + repair));

@@ -1,9 +1,8 @@
 #include <iostream>
 
 #include "audit/adoption.h"
-#include "bills/schema.h"
 #include "bookkeeping/journal.h"
-#include "tool/commands/command.h"
+#include "tool/commands/own_parts.h"
 #include "tool/output/journal_report.h"
 
 namespace vantlo {
@@ -19,8 +18,6 @@ constexpr Message adopt_dry_run  = {"只显示将执行的语句", "Only show th
 constexpr Message would_make     = {"将建立：{}。主机的表不作任何改动。", "To be made: {}. Nothing of the host's own tables is altered."};
 constexpr Message journal_parts  = {"库存流水（表 StockMovement、视图 LedgerWithoutMovement 及 Inventory 上的触发器）",
                                     "the journal of movements (table StockMovement, view LedgerWithoutMovement, triggers on Inventory)"};
-constexpr Message own_table      = {"表 {}", "table {}"};
-constexpr Message separator      = {"、", ", "};
 constexpr Message nothing_missing = {"没有缺少的部分。", "Nothing is missing."};
 constexpr Message cannot_adopt   = {"不能接管这个数据库", "this database cannot be adopted"};
 
@@ -63,28 +60,11 @@ std::string text_of(const AdoptionNote& note, const CommonOptions& common) {
     return note.subject;
 }
 
-/// What is missing, and the statements that make it, without the journal's.
-struct Missing {
-    std::string names;
-    std::string tables;
-    bool journal = false;
-};
-
-Missing missing_in(NativeConnection& database, const CommonOptions& common) {
-    Missing missing;
-    const auto add = [&](const std::string& name) {
-        if (!missing.names.empty()) missing.names += common.say(words::separator);
-        missing.names += name;
-    };
-    for (const OwnTable& table : own_tables_for(database.dialect().name)) {
-        if (has_table(database, table.name)) continue;
-        add(common.say(words::own_table, table.name));
-        missing.tables += table.statement + ";\n";
-    }
-    const JournalState state = journal_state(database);
-    missing.journal = state != JournalState::on;
-    if (missing.journal) add(common.say(words::journal_parts));
-    return missing;
+/// The script that makes the tables, without the journal.
+std::string script_of(const std::vector<OwnTable>& tables) {
+    std::string script;
+    for (const OwnTable& table : tables) script += table.statement + ";\n";
+    return script;
 }
 
 ExitCode adopt(const CommonOptions& common, bool says_yes) {
@@ -98,19 +78,23 @@ ExitCode adopt(const CommonOptions& common, bool says_yes) {
         std::cerr << "vantlo: " << common.say(words::cannot_adopt) << '\n';
         return ExitCode::refused;
     }
-    const Missing missing = missing_in(*database, common);
+    const std::vector<OwnTable> tables = own_tables_of(*database).missing;
+    const bool lacks_journal = journal_state(*database) != JournalState::on;
     if (common.dry_run) {
-        std::cout << missing.tables;
-        if (missing.journal) std::cout << journal_scripts_for(database->dialect().name).on;
+        std::cout << script_of(tables);
+        if (lacks_journal) std::cout << journal_scripts_for(database->dialect().name).on;
         return ExitCode::done;
     }
-    if (missing.names.empty()) {
+    PartList missing(common);
+    missing.add(tables);
+    if (lacks_journal) missing.add(common.say(words::journal_parts));
+    if (missing.empty()) {
         std::cerr << common.say(words::nothing_missing) << '\n';
     } else {
-        if (const auto exit_code = not_confirmed(common, common.say(words::would_make, missing.names), says_yes))
+        if (const auto exit_code = not_confirmed(common, common.say(words::would_make, missing.text()), says_yes))
             return *exit_code;
-        database->run_script(missing.tables);
-        if (missing.journal) switch_journal_on(*database);
+        database->run_script(script_of(tables));
+        if (lacks_journal) switch_journal_on(*database);
     }
     const JournalStatus status = journal_status(*database);
     std::cout << report_of(status, common.language);

@@ -102,6 +102,16 @@ private:
     const CommonOptions& common_;
 };
 
+/// Asks the user on the terminal to confirm what is about to happen.
+/// Returns  whether he agrees; nothing if nobody can be asked, since standard input is no terminal.
+std::optional<bool> ask_to_confirm(const CommonOptions& common, const std::string& question) {
+    if (::isatty(STDIN_FILENO) == 0) return std::nullopt;
+    std::cerr << common.say(words::confirmation, question) << std::flush;
+    std::string answer;
+    std::getline(std::cin, answer);
+    return answer == "y" || answer == "yes" || answer == "是";
+}
+
 }  // namespace
 
 std::vector<std::string> CommonOptions::connection_texts() const {
@@ -137,14 +147,6 @@ std::string CommonOptions::engine() const {
 
 Bookkeeping CommonOptions::bookkeeping() const {
     return Bookkeeping(connect(), std::make_shared<PostingReport>(*this), language, guard);
-}
-
-std::optional<bool> ask_to_confirm(const CommonOptions& common, const std::string& question) {
-    if (::isatty(STDIN_FILENO) == 0) return std::nullopt;
-    std::cerr << common.say(words::confirmation, question) << std::flush;
-    std::string answer;
-    std::getline(std::cin, answer);
-    return answer == "y" || answer == "yes" || answer == "是";
 }
 
 void add_posting_options(CLI::App& command, CommonOptions& common) {

@@ -54,10 +54,6 @@ struct CommandCall {
     std::function<ExitCode()> work;
 };
 
-/// Asks the user on the terminal to confirm what is about to happen.
-/// Returns  whether he agrees; nothing if nobody can be asked, since standard input is no terminal.
-std::optional<bool> ask_to_confirm(const CommonOptions& common, const std::string& question);
-
 /// The kind of that name. If there is none, tells the user which there are and returns null.
 const BillKind* known_kind(const CommonOptions& common, const std::string& name);
 

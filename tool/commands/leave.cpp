@@ -1,8 +1,7 @@
 #include <iostream>
 
-#include "bills/schema.h"
 #include "bookkeeping/journal.h"
-#include "tool/commands/command.h"
+#include "tool/commands/own_parts.h"
 
 namespace vantlo {
 
@@ -13,9 +12,7 @@ constexpr Message leave_about    = {"移除 vantlo 自己的部分：库存流�
                                     "Remove what is vantlo's own: the journal of movements and its tables; the host's stay as they are"};
 constexpr Message leave_example  = {"先询问，再移除", "Asks, then removes all of it"};
 constexpr Message would_remove   = {"将移除：{}。其中的内容不能恢复。", "To be removed: {}. What they hold cannot be brought back."};
-constexpr Message journal_parts  = {"库存流水（{} 条）", "the journal with {} movements"};
-constexpr Message own_table      = {"表 {}", "table {}"};
-constexpr Message separator      = {"、", ", "};
+constexpr Message whole_journal  = {"库存流水（{} 条）", "the journal with {} movements"};
 constexpr Message nothing_there  = {"没有可移除的部分。", "There is nothing to remove."};
 constexpr Message all_removed    = {"已移除。", "Removed."};
 // clang-format on
@@ -26,28 +23,20 @@ namespace {
 
 ExitCode leave(const CommonOptions& common, bool says_yes) {
     const auto database = common.connect()();
-    std::string names;
-    const auto add = [&](const std::string& name) {
-        if (!names.empty()) names += common.say(words::separator);
-        names += name;
-    };
+    const std::vector<OwnTable> tables = own_tables_of(*database).present;
     const JournalStatus status = journal_status(*database);
     const bool has_journal = status.state != JournalState::unsupported && status.state != JournalState::absent;
-    if (has_journal) add(common.say(words::journal_parts, status.movements));
-    std::string drops;
-    for (const OwnTable& table : own_tables_for(database->dialect().name)) {
-        if (!has_table(*database, table.name)) continue;
-        add(common.say(words::own_table, table.name));
-        drops += "drop table " + table.name + ";\n";
-    }
-    if (names.empty()) {
+    PartList parts(common);
+    if (has_journal) parts.add(common.say(words::whole_journal, status.movements));
+    parts.add(tables);
+    if (parts.empty()) {
         std::cerr << common.say(words::nothing_there) << '\n';
         return ExitCode::done;
     }
-    if (const auto exit_code = not_confirmed(common, common.say(words::would_remove, names), says_yes))
+    if (const auto exit_code = not_confirmed(common, common.say(words::would_remove, parts.text()), says_yes))
         return *exit_code;
     if (has_journal) remove_journal(*database);
-    database->run_script(drops);
+    for (const OwnTable& table : tables) database->run(u"drop table " + from_utf8(table.name));
     std::cerr << common.say(words::all_removed) << '\n';
     return ExitCode::done;
 }

@@ -22,7 +22,6 @@ constexpr Message repair_apply_example = {"修复数量被改动的行，并再�
 constexpr Message repair_only    = {"只修复此原因；可重复", "Only this cause; may be repeated"};
 constexpr Message repair_goods   = {"只修复此商品的行；可重复。单据无从判断的行必须以此指明", "Only rows of these goods; may be repeated. Rows of which the bills tell nothing have to be named so"};
 constexpr Message repair_warehouse = {"只修复此仓库的行；可重复", "Only rows of this warehouse; may be repeated"};
-constexpr Message repair_yes     = {"不再询问", "Do not ask"};
 constexpr Message repaired       = {"已修复 {} 个键的台账行，前后数量记在 RepairJournal。", "Repaired the rows of {:key|keys}; RepairJournal has them before and after."};
 constexpr Message nothing_to_repair = {"没有需要修复的行。", "There is nothing to repair."};
 constexpr Message repair_failed  = {"修复后台账仍与单据不符；已全部回滚", "the ledger would still differ from the bills; all was rolled back"};
@@ -39,7 +38,6 @@ constexpr Message left_unjudged  = {
     "is lost); name the goods with --goods where you know better:"};
 constexpr Message left_unchosen  = {"未选择的原因：{}", "Not chosen: {}"};
 constexpr Message confirm_repair = {"将改写以上 {} 个键的台账行。", "This changes the rows of {:key|keys}, as shown above."};
-constexpr Message repair_needs_yes = {"无法询问；请加 --yes", "nobody can be asked: say --yes"};
 // clang-format on
 
 }  // namespace words
@@ -48,7 +46,6 @@ namespace {
 
 struct RepairOptions {
     bool applies = false;
-    bool yes = false;
     std::vector<std::string> causes;
     std::vector<std::string> goods;
     std::vector<std::string> warehouses;
@@ -124,7 +121,7 @@ ExitCode apply_in_transaction(NativeConnection& database, const RepairChoice& ch
     }
 }
 
-ExitCode repair_ledger(const CommonOptions& common, const RepairOptions& options) {
+ExitCode repair_ledger(const CommonOptions& common, const RepairOptions& options, bool says_yes) {
     const auto database = common.connect()();
     const RepairChoice choice = options.choice();
     const Verification verification = verify(*database, common.language);
@@ -141,13 +138,8 @@ ExitCode repair_ledger(const CommonOptions& common, const RepairOptions& options
         return options.applies && !verification.findings.empty() ? ExitCode::differs : ExitCode::done;
     }
     if (!options.applies) return ExitCode::done;
-    if (!options.yes) {
-        std::cout << std::flush;
-        const std::optional<bool> answer =
-            ask_to_confirm(common, common.say(words::confirm_repair, Count(repairs.size())));
-        if (!answer) std::cerr << "vantlo: " << common.say(words::repair_needs_yes) << '\n';
-        if (!answer.value_or(false)) return answer ? ExitCode::refused : ExitCode::usage;
-    }
+    const std::string what = common.say(words::confirm_repair, Count(repairs.size()));
+    if (const auto exit_code = not_confirmed(common, what, says_yes)) return *exit_code;
     return apply_in_transaction(*database, choice, repairs, common);
 }
 
@@ -168,9 +160,10 @@ void add_repair(CLI::App& app, CommandCall& call) {
     command->add_option("--goods", options->goods, common.say(words::repair_goods))->allow_extra_args(false);
     command->add_option("--warehouse", options->warehouses, common.say(words::repair_warehouse))
         ->allow_extra_args(false);
-    command->add_flag("--yes", options->yes, common.say(words::repair_yes));
-    command->callback(
-        [&call, options] { call.work = [&common = call.common, options] { return repair_ledger(common, *options); }; });
+    const auto says_yes = add_yes_option(*command, common);
+    command->callback([&call, options, says_yes] {
+        call.work = [&common = call.common, options, says_yes] { return repair_ledger(common, *options, *says_yes); };
+    });
 }
 
 }  // namespace vantlo
