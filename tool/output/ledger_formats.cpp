@@ -2,6 +2,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include "tool/output/csv_field.h"
+
 namespace vantlo {
 
 namespace {
@@ -56,13 +58,6 @@ std::string json_object(const LedgerRow& row) {
         object += quoted(field.name) + ": " + field.json(row);
     }
     return object + "}";
-}
-
-std::string csv_field(const std::string& text) {
-    if (text.find_first_of(",\"\r\n") == std::string::npos) return text;
-    std::string field = "\"";
-    for (const char character : text) field += character == '"' ? "\"\"" : std::string(1, character);
-    return field + "\"";
 }
 
 template <typename CellOf>
