@@ -135,7 +135,6 @@ constexpr bool in_interface_order() {
     }
     return true;
 }
-static_assert(std::size(members) == member_count);
 static_assert(in_interface_order());
 
 }  // namespace
@@ -150,7 +149,7 @@ std::span<const Parameter> Member::parameters() const {
     return {parameter_slots.begin(), unused};
 }
 
-std::span<const Member, member_count> member_table() { return members; }
+std::span<const Member> member_table() { return members; }
 
 const Member* find_method(TextView name) {
     for (const Member& member : members) {

@@ -61,10 +61,8 @@ struct Member {
     [[nodiscard]] std::span<const Parameter> parameters() const;
 };
 
-inline constexpr std::size_t member_count = 44;
-
 /// All members in the order of the interface.
-std::span<const Member, member_count> member_table();
+std::span<const Member> member_table();
 
 /// The method of that name, compared without regard to case; null if there is none.
 const Member* find_method(TextView name);

@@ -25,7 +25,7 @@ class DispatchCall {
 public:
     /// `object` is what every object of the call is; it is handed on, never touched.
     DispatchCall(std::span<const std::uint8_t> bytes, void* object) : rest_(bytes), object_(object) {
-        member_ = &member_table()[next() % member_count];
+        member_ = &member_table()[next() % member_table().size()];
         flags_ = next();
         const std::uint8_t oddities = next();
         value_count_ = next() % 8;

@@ -435,7 +435,8 @@ TEST_CASE_FIXTURE(InvokeFixture,
         if (i % 4 != 0) {  // so that most calls come as far as their arguments
             bytes[1] = DISPATCH_METHOD;
             bytes[2] = 0;
-            bytes[3] = static_cast<std::uint8_t>(member_table()[bytes[0] % member_count].parameters().size());
+            const Member& member = member_table()[bytes[0] % member_table().size()];
+            bytes[3] = static_cast<std::uint8_t>(member.parameters().size());
             bytes[4] = 0;
         }
         if (!calls.ends_as_expected(bytes)) FAIL_CHECK("call " << i << " ends in another way than expected");

@@ -160,10 +160,10 @@ TEST_CASE_FIXTURE(Libraries, "The type library has every member as the member ta
     constexpr WORD flags =
         TYPEFLAG_FHIDDEN | TYPEFLAG_FDUAL | TYPEFLAG_FNONEXTENSIBLE | TYPEFLAG_FOLEAUTOMATION | TYPEFLAG_FDISPATCHABLE;
     CHECK(attributes->wTypeFlags == flags);
-    REQUIRE(attributes->cFuncs == member_count);
+    REQUIRE(attributes->cFuncs == member_table().size());
     type->ReleaseTypeAttr(attributes);
 
-    for (UINT i = 0; i < member_count; ++i) {
+    for (UINT i = 0; i < member_table().size(); ++i) {
         const Member& member = member_table()[i];
         INFO(to_utf8(member.name));
         FUNCDESC* described = nullptr;

@@ -66,9 +66,10 @@ public:
 
     /// Calls the next method. Returns its status.
     std::int32_t post_next() {
-        while (member_table()[next_ % member_count].kind != MemberKind::method) ++next_;
-        const Member& member = member_table()[next_ % member_count];
-        line_.turn_to(static_cast<int>(next_ / member_count % goods));
+        const std::span<const Member> members = member_table();
+        while (members[next_ % members.size()].kind != MemberKind::method) ++next_;
+        const Member& member = members[next_ % members.size()];
+        line_.turn_to(static_cast<int>(next_ / members.size() % goods));
         ++next_;
         std::vector<Argument> arguments;
         for (const Parameter& parameter : member.parameters()) {
