@@ -22,6 +22,23 @@ class UnpackPackages(unittest.TestCase):
                 self.assertIn("apt is configured with no source of Debian's suite", run.stderr)
                 self.assertEqual(sorted(path.name for path in folder.iterdir()), ["apt.conf", "sources.list"])
 
+    def test_a_source_is_unpacked_and_its_detached_signature_left_alone(self):
+        with tempfile.TemporaryDirectory() as scratch:
+            folder = pathlib.Path(scratch)
+            (folder / "example-1").mkdir()
+            (folder / "example-1" / "example.c").write_text("int example;\n")
+            # Stands for apt: knows one source of Debian, and puts the package's files where it is called.
+            (folder / "apt-get").write_text(
+                "#!/bin/sh\ncase \" $* \" in\n"
+                f"*' indextargets '*) . /etc/os-release; echo $VERSION_CODENAME http://127.0.0.1:9/debian main ;;\n"
+                f"*' source '*) tar -C {folder} -czf example_1.orig.tar.gz example-1; echo sign >example_1.orig.tar.gz.asc ;;\n"
+                "esac\n")
+            (folder / "apt-get").chmod(0o755)
+            run = subprocess.run([str(TOOL), "source", str(folder / "made"), "example"], capture_output=True, text=True,
+                                 env={**os.environ, "PATH": f"{folder}:{os.environ['PATH']}"})
+            self.assertEqual((run.returncode, run.stderr), (0, f"Unpacking into {folder}/made: example\n"))
+            self.assertEqual([path.name for path in (folder / "made").iterdir()], ["example.c"])
+
 
 if __name__ == "__main__":
     unittest.main()
