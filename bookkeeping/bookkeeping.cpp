@@ -17,7 +17,12 @@ namespace vantlo {
 
 namespace words {
 
-constexpr Message no_such_bill = {"没有这张单据", "there is no such bill"};
+// clang-format off
+constexpr Message no_such_bill   = {"没有这张单据", "there is no such bill"};
+constexpr Message master_data    = {"基础资料", "master data"};
+constexpr Message interrupted    = {"已中断；未完成的部分已回滚", "interrupted; what was begun is rolled back"};
+constexpr Message call_failed    = {"{} 返回 {}（{}）", "{} returned {} ({})"};
+// clang-format on
 
 }  // namespace words
 
@@ -148,7 +153,7 @@ Bookkeeping::Bookkeeping(Connect connect, std::shared_ptr<BookkeepingObserver> o
 }
 
 void Bookkeeping::save_master(std::span<const MasterRow> rows) {
-    in_transaction({{"master data", [&](Session& session) {
+    in_transaction({{words::master_data.in(language_), [&](Session& session) {
                          for (const MasterRow& row : rows) session.replace(row);
                      }}});
 }
@@ -263,7 +268,8 @@ void Bookkeeping::in_transaction(const std::vector<Step>& steps) {
             return std::int32_t{0};
         });
     } catch (const TaskError& error) {
-        if (error.reason() == Reason::interrupted) throw;
+        if (error.reason() == Reason::interrupted)
+            throw TaskError(Reason::interrupted, words::interrupted.in(language_));
         throw TaskError(error.reason(), transaction.fail(error.what()));
     } catch (const Failure& failure) {
         const std::string words = failure.what();
@@ -317,9 +323,9 @@ void Bookkeeping::Session::post(std::span<const MemberCall> calls, const Bill& b
                 return;
             }
             const std::string account = account_of_failure();
-            throw TaskError(Reason::posting_failed,
-                            fmt::format("{} returned {} ({})\n{}{}", to_utf8(call.member), result,
-                                        to_utf8(standard_text(result, language_)), take_messages(), account));
+            const std::string what = say(language_, words::call_failed, to_utf8(call.member), result,
+                                         to_utf8(standard_text(result, language_)));
+            throw TaskError(Reason::posting_failed, what + "\n" + take_messages() + account);
         };
         if (!is_fed_lines(call)) post_one(nullptr, 0);
         std::int32_t item = 0;

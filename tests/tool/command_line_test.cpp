@@ -61,6 +61,7 @@ TEST_CASE("vantlo leaves nothing of a bill that cannot be posted, and says what 
     CHECK(failed.has("stock-in B2"));
     CHECK(failed.has("In_AddInventory():数值超出"));
     CHECK(shell.vantlo("--lang en save huge.json").has("In_AddInventory returned 6 (A number is outside"));
+    CHECK(shell.vantlo("--lang zh save huge.json").has("In_AddInventory 返回 6（数值超出"));
     CHECK(shell.vantlo("ledger").output == before);
     CHECK(shell.vantlo("delete stock-in B2").exit_code == 8);
     const Finished twice = shell.vantlo("save first.json");
