@@ -8,6 +8,8 @@
 
 #include <array>
 #include <csignal>
+#include <filesystem>
+#include <fstream>
 #include <functional>
 #include <string>
 
@@ -59,22 +61,49 @@ public:
         REQUIRE(::write(master_, text.data(), text.size()) == static_cast<ssize_t>(text.size()));
     }
 
-    /// Reads to the end. Returns the command's exit code.
+    /// Whether the command has a handler of its own for a signal.
+    [[nodiscard]] bool catches(int signal) const {
+        const std::string process = "/proc/" + std::to_string(process_);
+        std::error_code none;  // of a command that has ended
+        // Until the command itself runs there, the process is a copy of this one, with doctest's handlers.
+        if (std::filesystem::equivalent(process + "/exe", "/proc/self/exe", none) || none) return false;
+        std::ifstream status(process + "/status");
+        for (std::string line; std::getline(status, line);) {
+            if (!line.starts_with("SigCgt:")) continue;
+            return (std::stoull(line.substr(7), nullptr, 16) >> (signal - 1) & 1) != 0;
+        }
+        return false;
+    }
+
+    /// Types Ctrl-C once the command catches it, and waits until it has. Returns false if the command never comes so far.
+    bool interrupt() {
+        const auto comes_to = [this](bool catching) {
+            constexpr int most_tries = longest_wait_ms;
+            for (int tries = 0; tries < most_tries && catches(SIGINT) != catching; ++tries) ::usleep(1000);
+            return catches(SIGINT) == catching;
+        };
+        if (!comes_to(true)) return false;
+        type("\x03");
+        return comes_to(false);  // its handler is taken away by the first signal
+    }
+
+    /// Reads to the end. Returns the command's exit code; if a signal ended it, minus the signal's number.
     int finish() {
         while (read_more()) {
         }
         int status = 0;
         ::waitpid(process_, &status, 0);
         process_ = -1;
-        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
     }
 
     /// All that the terminal has shown so far, with its line ends.
     [[nodiscard]] const std::string& shown() const { return shown_; }
 
 private:
+    static constexpr int longest_wait_ms = 120'000;
+
     bool read_more() {
-        constexpr int longest_wait_ms = 20'000;
         pollfd ready{master_, POLLIN, 0};
         if (::poll(&ready, 1, longest_wait_ms) != 1) return false;
         std::array<char, 4096> buffer{};
