@@ -6,12 +6,14 @@
 #include <vector>
 
 #include "ado/native/open_connection.h"
+#include "bills/ledger_row.h"
 #include "bills/schema.h"
 #include "bookkeeping/bookkeeping.h"
 #include "support/stock_bills.h"
+#include "tests/support/temporary_folder.h"
 
-// Two bookkeepings at once, each in a thread of its own with a database of its own. Built with the thread sanitizer, which
-// also sees the races that leave no trace.
+// Several bookkeepings at once, each in a thread of its own. Built with the thread sanitizer, which also sees the races
+// that leave no trace.
 
 namespace vantlo::test {
 namespace {
@@ -64,6 +66,38 @@ TEST_CASE("Two bookkeepings in two threads report their own failures, each with 
         CHECK_MESSAGE(count(first[index], "AddInventory_Db()") == 1, first[index]);
         CHECK_MESSAGE(count(second[index], "AddInventory_Db()") == 1, second[index]);
     }
+}
+
+TEST_CASE("Writers in threads of their own save bills into one SQLite file, and the ledger holds exact sums") {
+    constexpr int writers = 8;
+    constexpr int bills_per_writer = 25;
+    const TemporaryFolder folder;
+    const std::string file = "sqlite:" + folder.file("shop.db");
+    const auto reader = open_connection(file);
+    reader->run_script(schema_for("sqlite"));
+    std::vector<std::string> failures(writers);
+    {
+        std::vector<std::jthread> threads;
+        for (std::size_t writer = 0; writer < writers; ++writer) {
+            threads.emplace_back([&, writer] {
+                try {
+                    Bookkeeping bookkeeping(connect_in_turn({file}));
+                    for (int number = 0; number < bills_per_writer; ++number) {
+                        const std::string id = std::to_string(writer) + "/" + std::to_string(number);
+                        bookkeeping.save(stock_bill(from_utf8(id), u"G1", number, u"W1", u"W2"));
+                    }
+                } catch (const std::exception& failure) {
+                    failures[writer] = failure.what();
+                }
+            });
+        }
+    }
+    for (const std::string& failure : failures) CHECK(failure == "");
+    const Currency moved = to_currency(writers * bills_per_writer * (bills_per_writer - 1) / 2);
+    const std::vector<LedgerRow> ledger = read_ledger(*reader, {});
+    REQUIRE(ledger.size() == 2);
+    CHECK(ledger[0].received == moved);
+    CHECK(ledger[1].issued == moved);
 }
 
 }  // namespace
