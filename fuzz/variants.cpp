@@ -14,6 +14,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 
 #include "automation/error.h"
@@ -239,7 +240,8 @@ Number number_of(std::string_view bytes) {
     return number;
 }
 
-void check_currency(std::int64_t count) {
+void check_currency(std::string_view bytes) {
+    const auto count = number_of<std::int64_t>(bytes);
     const Currency value = Currency::from_ten_thousandths(count);
     const std::string text = currency_text(count);
     require_agreement(value, {0, split(text), true, std::strtod(text.c_str(), nullptr), {0, text}});
@@ -251,7 +253,9 @@ void check_currency(std::int64_t count) {
     }
 }
 
-void check_product(std::int64_t left, std::int64_t right) {
+void check_product(std::string_view bytes) {
+    const auto left = number_of<std::int64_t>(bytes);
+    const auto right = number_of<std::int64_t>(bytes.substr(std::min<std::size_t>(8, bytes.size())));
     const WideInteger product = WideInteger{left} * right;
     const WideInteger magnitude = product < 0 ? -product : product;  // below 2^127
     std::string digits;
@@ -266,89 +270,89 @@ void check_product(std::int64_t left, std::int64_t right) {
                   whole(exact, INT64_MAX), "product");
 }
 
+void check_empty(std::string_view) { require_agreement({}, {0, split("0"), true, 0, {0, ""}}); }
+
+void check_null(std::string_view) {
+    require_agreement(Null{}, {error::invalid_use_of_null, {}, true, 0, {error::invalid_use_of_null, {}}});
+}
+
+void check_boolean(std::string_view bytes) {
+    const bool truth = number_of<std::uint8_t>(bytes) % 2 == 1;
+    Model model = model_of_whole(truth ? -1 : 0);
+    model.text.text = truth ? "True" : "False";
+    require_agreement(truth, model);
+}
+
+void check_byte(std::string_view bytes) {
+    const auto value = number_of<std::uint8_t>(bytes);
+    require_agreement(value, model_of_whole(value));
+    require_negative(value, static_cast<std::int16_t>(-value));
+}
+
+void check_integer(std::string_view bytes) {
+    const auto value = number_of<std::int16_t>(bytes);
+    require_agreement(value, model_of_whole(value));
+    if (value == INT16_MIN) {
+        require_negative(value, std::int32_t{32768});
+    } else {
+        require_negative(value, static_cast<std::int16_t>(-value));
+    }
+}
+
+void check_long(std::string_view bytes) {
+    const auto value = number_of<std::int32_t>(bytes);
+    require_agreement(value, model_of_whole(value));
+    if (value == INT32_MIN) {
+        require_negative(value, 2147483648.0);
+    } else {
+        require_negative(value, -value);
+    }
+}
+
+template <typename Number>
+void check_floating(std::string_view bytes) {
+    const auto value = number_of<Number>(bytes);
+    require_agreement(value, model_of_floating(value, std::is_same_v<Number, float> ? "%.7G" : "%.15G"));
+    if (std::isfinite(value)) require_negative(value, -value);
+}
+
+void check_date(std::string_view bytes) {
+    const auto value = number_of<double>(bytes);
+    Model model = model_of_floating(value, "%g");
+    // No double is half a second exactly; the one nearest to it may go either way.
+    constexpr WideInteger slack = WideInteger{1} << 45;
+    const Expected actual = outcome([&] { return to_utf8(to_text(Date{value})); });
+    model.text = date_text(value, actual == date_text(value, slack) ? slack : -slack);
+    require_agreement(Date{value}, model);
+}
+
+void check_text(std::string_view bytes) {
+    const std::string text = to_utf8(from_utf8(bytes));
+    require_agreement(from_utf8(text), model_of_text(text));
+}
+
+void check_other(std::string_view bytes) {
+    const std::string text = to_utf8(from_utf8(bytes));
+    Model model = model_of_text(text);
+    if (text.empty()) model.text = {error::type_mismatch, {}};
+    require_agreement(Other{from_utf8(text)}, model);
+}
+
+/// What the first byte of an input chooses, and the rest of it is given to.
+constexpr std::pair<char, void (*)(std::string_view bytes)> checks[] = {
+    {'e', check_empty},   {'n', check_null},     {'b', check_boolean},         {'y', check_byte},
+    {'i', check_integer}, {'l', check_long},     {'f', check_floating<float>}, {'d', check_floating<double>},
+    {'D', check_date},    {'c', check_currency}, {'p', check_product},         {'t', check_text},
+    {'o', check_other},
+};
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
     if (size == 0) return 0;
     const std::string_view rest(reinterpret_cast<const char*>(bytes) + 1, size - 1);
-    switch (bytes[0]) {
-        case 'e': require_agreement({}, {0, split("0"), true, 0, {0, ""}}); break;
-        case 'n':
-            require_agreement(Null{}, {error::invalid_use_of_null, {}, true, 0, {error::invalid_use_of_null, {}}});
-            break;
-        case 'b': {
-            const bool truth = number_of<std::uint8_t>(rest) % 2 == 1;
-            Model model = model_of_whole(truth ? -1 : 0);
-            model.text.text = truth ? "True" : "False";
-            require_agreement(truth, model);
-            break;
-        }
-        case 'y': {
-            const auto value = number_of<std::uint8_t>(rest);
-            require_agreement(value, model_of_whole(value));
-            require_negative(value, static_cast<std::int16_t>(-value));
-            break;
-        }
-        case 'i': {
-            const auto value = number_of<std::int16_t>(rest);
-            require_agreement(value, model_of_whole(value));
-            if (value == INT16_MIN) {
-                require_negative(value, std::int32_t{32768});
-            } else {
-                require_negative(value, static_cast<std::int16_t>(-value));
-            }
-            break;
-        }
-        case 'l': {
-            const auto value = number_of<std::int32_t>(rest);
-            require_agreement(value, model_of_whole(value));
-            if (value == INT32_MIN) {
-                require_negative(value, 2147483648.0);
-            } else {
-                require_negative(value, -value);
-            }
-            break;
-        }
-        case 'f': {
-            const auto value = number_of<float>(rest);
-            require_agreement(value, model_of_floating(value, "%.7G"));
-            if (std::isfinite(value)) require_negative(value, -value);
-            break;
-        }
-        case 'd': {
-            const auto value = number_of<double>(rest);
-            require_agreement(value, model_of_floating(value, "%.15G"));
-            if (std::isfinite(value)) require_negative(value, -value);
-            break;
-        }
-        case 'D': {
-            const auto value = number_of<double>(rest);
-            Model model = model_of_floating(value, "%g");
-            // No double is half a second exactly; the one nearest to it may go either way.
-            constexpr WideInteger slack = WideInteger{1} << 45;
-            const Expected actual = outcome([&] { return to_utf8(to_text(Date{value})); });
-            model.text = date_text(value, actual == date_text(value, slack) ? slack : -slack);
-            require_agreement(Date{value}, model);
-            break;
-        }
-        case 'c': check_currency(number_of<std::int64_t>(rest)); break;
-        case 'p':
-            check_product(number_of<std::int64_t>(rest),
-                          number_of<std::int64_t>(rest.substr(std::min<std::size_t>(8, rest.size()))));
-            break;
-        case 't': {
-            const std::string text = to_utf8(from_utf8(rest));
-            require_agreement(from_utf8(text), model_of_text(text));
-            break;
-        }
-        case 'o': {
-            const std::string text = to_utf8(from_utf8(rest));
-            Model model = model_of_text(text);
-            if (text.empty()) model.text = {error::type_mismatch, {}};
-            require_agreement(Other{from_utf8(text)}, model);
-            break;
-        }
-        default: break;
+    for (const auto& [letter, check] : checks) {
+        if (letter == static_cast<char>(bytes[0])) check(rest);
     }
     return 0;
 }

@@ -212,34 +212,52 @@ struct ExpectedArguments {
     std::vector<std::optional<std::uint32_t>> places;
 };
 
-/// A method's call, by the rules as automation's documents give them, one parameter at a time.
-inline ExpectedArguments expected_arguments(const DispatchCall& call) {
-    const PassedArguments& passed = call.passed();
-    const std::span<const Parameter> parameters = call.member().parameters();
-    const auto misused = [](ErrorNumber number, std::uint32_t place = 0) {
-        return ExpectedArguments{Misuse{number, place}, {}};
-    };
-    if (passed.value_count > parameters.size()) return misused(error::wrong_argument_count);
-    if (passed.name_count > passed.value_count) return misused(error::wrong_argument_count);
-    if (passed.values == nullptr && passed.value_count > 0) return misused(error::invalid_call);
-    if (passed.names == nullptr && passed.name_count > 0) return misused(error::invalid_call);
+/// What is wrong with the counts and the names of a call's arguments.
+inline std::optional<Misuse> misuse_of_names(const PassedArguments& passed, std::size_t parameter_count) {
+    if (passed.value_count > parameter_count) return Misuse{error::wrong_argument_count, 0};
+    if (passed.name_count > passed.value_count) return Misuse{error::wrong_argument_count, 0};
+    if (passed.values == nullptr && passed.value_count > 0) return Misuse{error::invalid_call, 0};
+    if (passed.names == nullptr && passed.name_count > 0) return Misuse{error::invalid_call, 0};
     const std::uint32_t unnamed = passed.value_count - passed.name_count;
     for (std::uint32_t i = 0; i < passed.name_count; ++i) {
         const std::int64_t name = passed.names[i];
         bool is_taken = name < std::int64_t{unnamed};  // negative ones as well
         for (std::uint32_t before = 0; before < i; ++before) is_taken = is_taken || passed.names[before] == name;
-        if (is_taken || name >= static_cast<std::int64_t>(parameters.size())) {
-            return misused(error::named_argument_not_found, i);
+        if (is_taken || name >= static_cast<std::int64_t>(parameter_count)) {
+            return Misuse{error::named_argument_not_found, i};
         }
     }
+    return std::nullopt;
+}
+
+/// The place of a parameter's argument, named or not; nothing if the call has none for it.
+inline std::optional<std::uint32_t> place_of(std::size_t parameter, const PassedArguments& passed) {
+    std::optional<std::uint32_t> place;
+    const std::uint32_t unnamed = passed.value_count - passed.name_count;
+    if (parameter < unnamed) place = passed.value_count - 1 - static_cast<std::uint32_t>(parameter);
+    for (std::uint32_t i = 0; i < passed.name_count; ++i) {
+        if (passed.names[i] == static_cast<std::int32_t>(parameter)) place = i;
+    }
+    return place;
+}
+
+/// Whether a value is an argument of a parameter's type; a method converts it later, where it can be.
+inline bool fits(const DispatchValue& value, const Parameter& parameter) {
+    if (parameter.type == ParameterType::line) return is_object(value.type);
+    if (value.type == DispatchType::null) return false;
+    return !is_object(value.type) || value.read<const void*>() != nullptr;
+}
+
+/// A method's call, by the rules as automation's documents give them, one parameter at a time.
+inline ExpectedArguments expected_arguments(const DispatchCall& call) {
+    const std::span<const Parameter> parameters = call.member().parameters();
+    if (const std::optional<Misuse> misuse = misuse_of_names(call.passed(), parameters.size())) return {misuse, {}};
+    const auto misused = [](ErrorNumber number, std::uint32_t place = 0) {
+        return ExpectedArguments{Misuse{number, place}, {}};
+    };
     ExpectedArguments expected;
     for (std::size_t p = 0; p < parameters.size(); ++p) {
-        std::optional<std::uint32_t> place;
-        if (p < unnamed) place = passed.value_count - 1 - static_cast<std::uint32_t>(p);
-        for (std::uint32_t i = 0; i < passed.name_count; ++i) {
-            if (passed.names[i] == static_cast<std::int32_t>(p)) place = i;
-        }
-        expected.places.push_back(place);
+        const std::optional<std::uint32_t> place = expected.places.emplace_back(place_of(p, call.passed()));
         if (!place && !parameters[p].optional) return misused(error::wrong_argument_count);
         if (!place) continue;
         const DispatchCall::Meant meant = call.meant_by(*place);
@@ -247,15 +265,8 @@ inline ExpectedArguments expected_arguments(const DispatchCall& call) {
         const bool is_left_out =
             meant.value.type == DispatchType::error && meant.value.read<std::uint32_t>() == 0x80020004;
         if (is_left_out && !parameters[p].optional) return misused(error::argument_not_optional, *place);
-        if (is_left_out) {
-            expected.places.back() = std::nullopt;
-            continue;
-        }
-        const bool fits = parameters[p].type == ParameterType::line
-                              ? is_object(meant.value.type)
-                              : meant.value.type != DispatchType::null &&
-                                    !(is_object(meant.value.type) && meant.value.read<const void*>() == nullptr);
-        if (!fits) return misused(error::type_mismatch, *place);
+        if (!is_left_out && !fits(meant.value, parameters[p])) return misused(error::type_mismatch, *place);
+        if (is_left_out) expected.places.back() = std::nullopt;
     }
     return expected;
 }

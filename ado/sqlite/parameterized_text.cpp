@@ -242,6 +242,42 @@ private:
     Token token_;
 };
 
+/// Takes a minus sign off the statement if it belongs to the literal number behind it. Returns whether it did.
+bool take_sign(std::string_view& statement, const Token& previous) {
+    const bool may_be_sign = statement.starts_with('-') && asks_for_an_operand(previous);
+    if (!may_be_sign || class_at(statement, 1) != CharacterClass::digit) return false;
+    const Token number = number_at(statement.substr(1));
+    if (number.kind == TokenKind::not_understood || stays_in_the_shape(number)) return false;
+    statement.remove_prefix(1);
+    return true;
+}
+
+/// Adds a token. Returns false for one that no statement of this kind has.
+bool add(const Token& token, bool is_negative, ParameterizedText& parameterized) {
+    const auto add_literal = [&](Literal::Kind kind, std::string_view text) {
+        parameterized.literals.push_back({kind, is_negative, text});
+        parameterized.shape += '?';
+    };
+    switch (token.kind) {
+        case TokenKind::not_understood: return false;
+        case TokenKind::text:
+            add_literal(Literal::Kind::text, token.text.substr(1, token.text.size() - 2));
+            return true;
+        case TokenKind::integer:
+        case TokenKind::real:
+            if (stays_in_the_shape(token)) break;
+            add_literal(token.kind == TokenKind::real ? Literal::Kind::real : Literal::Kind::integer, token.text);
+            return true;
+        case TokenKind::symbol:
+            if (token.is("?")) return false;
+            break;
+        case TokenKind::blanks:
+        case TokenKind::word: break;
+    }
+    parameterized.shape += token.text;
+    return true;
+}
+
 }  // namespace
 
 bool parameterize(std::string_view statement, ParameterizedText& parameterized) {
@@ -251,43 +287,10 @@ bool parameterize(std::string_view statement, ParameterizedText& parameterized) 
 
     Token previous;
     while (!statement.empty()) {
-        Token token = first_token(statement);
-        bool is_negative = false;
-        if (token.is("-") && asks_for_an_operand(previous) && class_at(statement, 1) == CharacterClass::digit) {
-            const Token number = number_at(statement.substr(1));
-            if (number.kind != TokenKind::not_understood && !stays_in_the_shape(number)) {
-                is_negative = true;
-                statement.remove_prefix(1);
-                token = number;
-            }
-        }
+        const bool is_negative = take_sign(statement, previous);
+        const Token token = first_token(statement);
         statement.remove_prefix(token.text.size());
-
-        switch (token.kind) {
-            case TokenKind::not_understood: return false;
-            case TokenKind::text:
-                parameterized.literals.push_back(
-                    {Literal::Kind::text, false, token.text.substr(1, token.text.size() - 2)});
-                parameterized.shape += '?';
-                break;
-            case TokenKind::integer:
-            case TokenKind::real: {
-                if (stays_in_the_shape(token)) {
-                    parameterized.shape += token.text;
-                    break;
-                }
-                const bool is_real = token.kind == TokenKind::real;
-                parameterized.literals.push_back(
-                    {is_real ? Literal::Kind::real : Literal::Kind::integer, is_negative, token.text});
-                parameterized.shape += '?';
-                break;
-            }
-            case TokenKind::symbol:
-                if (token.is("?")) return false;
-                [[fallthrough]];
-            case TokenKind::blanks:
-            case TokenKind::word: parameterized.shape += token.text; break;
-        }
+        if (!add(token, is_negative, parameterized)) return false;
         if (token.kind != TokenKind::blanks) previous = token;
     }
     return true;
