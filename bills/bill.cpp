@@ -6,17 +6,34 @@
 
 namespace vantlo {
 
+namespace {
+
+Failure no_property(TextView column) { return {error::no_such_member, "a line has no property " + to_utf8(column)}; }
+
+}  // namespace
+
 void Record::set(TextView column, Variant value) { fields_.push_back({column, std::move(value)}); }
 
-void Record::replace(TextView column, Variant value) { fields_[index_of(column)].value = std::move(value); }
+void Record::replace(TextView column, Variant value) {
+    for (Field& field : fields_) {
+        if (equal_ignoring_case(field.column, column)) {
+            field.value = std::move(value);
+            return;
+        }
+    }
+    throw no_property(column);
+}
 
-const Variant& Record::value(TextView column) const { return fields_[index_of(column)].value; }
+const Variant& Record::value(TextView column) const {
+    const Variant* const found = find(column);
+    if (found == nullptr) throw no_property(column);
+    return *found;
+}
 
-std::size_t Record::index_of(TextView column) const {
+const Variant* Record::find(TextView column) const {
     const auto found =
         std::ranges::find_if(fields_, [&](const Field& field) { return equal_ignoring_case(field.column, column); });
-    if (found == fields_.end()) throw Failure(error::no_such_member, "a line has no property " + to_utf8(column));
-    return static_cast<std::size_t>(found - fields_.begin());
+    return found == fields_.end() ? nullptr : &found->value;
 }
 
 Variant empty_value(ColumnType type) {

@@ -22,6 +22,9 @@ public:
     /// Errors   no_such_member for a column that it lacks, as an automation object answers.
     [[nodiscard]] const Variant& value(TextView column) const;
 
+    /// Null for a column that it lacks.
+    [[nodiscard]] const Variant* find(TextView column) const;
+
     struct Field {
         TextView column;  ///< lives as long as the table of bill kinds
         Variant value;
@@ -29,8 +32,6 @@ public:
     [[nodiscard]] const std::vector<Field>& fields() const { return fields_; }
 
 private:
-    [[nodiscard]] std::size_t index_of(TextView column) const;
-
     std::vector<Field> fields_;
 };
 

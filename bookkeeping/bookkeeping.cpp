@@ -6,6 +6,7 @@
 #include <random>
 
 #include "automation/message.h"
+#include "bookkeeping/call_arguments.h"
 #include "bookkeeping/bill_history.h"
 #include "bookkeeping/import_journal.h"
 #include "bookkeeping/interrupt.h"
@@ -43,38 +44,8 @@ Text where_id(const BillTable& table, const Text& id) {
     return Text(u" where ") + table.id_column + u"=" + GetSqlVal(id);
 }
 
-/// Header fields that a call is fed, by what they are.
-const Variant& header_field(const Bill& bill, Feed feed) {
-    if (feed == Feed::header_receiver) return bill.header.value(u"Receiver");
-    if (feed == Feed::header_supplier) return bill.header.value(u"Supplier");
-    return bill.header.value(u"ReferFlag");
-}
-
-Argument argument_for(Feed feed, const Bill& bill, Line* line) {
-    switch (feed) {
-        case Feed::line: return *line;
-        case Feed::id: return bill.id;
-        case Feed::any_class: return Text();
-        case Feed::any_main_goods_flag: return std::int16_t{-1};
-        case Feed::magnitude: return VariantBool::exactly_true;
-        case Feed::signed_quantity: return VariantBool::exactly_false;
-        case Feed::header_status:
-        case Feed::header_receiver:
-        case Feed::header_supplier: break;
-    }
-    return header_field(bill, feed);
-}
-
-std::vector<Argument> arguments_for(const MemberCall& call, const Bill& bill, Line* line) {
-    std::vector<Argument> arguments;
-    for (const Feed feed : call.arguments) arguments.push_back(argument_for(feed, bill, line));
-    return arguments;
-}
-
 /// A bill as people name it.
 std::string name_of(const BillKind& kind, const Text& id) { return fmt::format("{} {}", kind.name, to_utf8(id)); }
-
-bool is_fed_lines(const MemberCall& call) { return call.arguments.front() == Feed::line; }
 
 /// Whether a failure says that the database does not work, whatever bill is posted.
 bool is_of_database(const Failure& failure) {
@@ -119,6 +90,8 @@ public:
         connection_.observe({}, nullptr);
     }
 
+    /// Errors   TaskError with Reason::refused, if there is a guard: PostingGuard::require_reversible.
+    void require_reversible(const Bill& bill);
     void store(const Bill& bill);
     Bill stored(const BillKind& kind, const Text& id);
     /// `posted` is called after each call of a member, with the line's number or 0 for the whole bill.
@@ -162,6 +135,7 @@ void Bookkeeping::save(const Bill& bill) {
     in_transaction({{name_of(*bill.kind, bill.id), [&](Session& session) {
                          session.store(bill);
                          session.post(bill.kind->post, bill);
+                         session.require_reversible(bill);
                          session.record(history_action::save, bill, Null{});
                      }}});
 }
@@ -175,6 +149,7 @@ void Bookkeeping::import(std::span<const Bill* const> bills) {
                              session.post(bill->kind->post, *bill, [&](const MemberCall& call, std::int32_t item) {
                                  session.enter_into_journal(*bill, call, item, content);
                              });
+                             session.require_reversible(*bill);
                              session.record(history_action::save, *bill, Null{});
                          }});
     }
@@ -282,6 +257,10 @@ void Bookkeeping::in_transaction(const std::vector<Step>& steps) {
 }
 
 Text Bookkeeping::next_marker() { return name_ + from_utf8(fmt::format("-{}", ++savings_)); }
+
+void Bookkeeping::Session::require_reversible(const Bill& bill) {
+    if (posting_guard_ != nullptr) posting_guard_->require_reversible(bill);
+}
 
 void Bookkeeping::Session::store(const Bill& bill) {
     const BillTable& header = *bill.kind->header;

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "automation/message.h"
+#include "bills/field_use.h"
 #include "bills/task_error.h"
 #include "dataaccess/sql_literals.h"
 #include "dataaccess/unit_conversion.h"
@@ -15,8 +16,16 @@ namespace words {
 // clang-format off
 constexpr Message null_quantity  = {"第 {} 行没有数量", "line {} has no quantity"};
 constexpr Message null_header    = {"表头没有数量", "the header has no quantity"};
+constexpr Message warehouse_missing = {"{}缺少“{}”：将记到没有名称的仓库", "{} no \"{}\": that stock is posted to the warehouse without a name"};
+constexpr Message field_ignored  = {"{}有“{}”，而此类单据不使用此字段", "{} \"{}\", which this kind of bill does not read"};
+constexpr Message header_has     = {"表头", "the header has"};
+constexpr Message line_has       = {"第 {} 行", "line {} has"};
+constexpr Message lines_have     = {"{} 行（从第 {} 行起）", "{:line|lines}, from line {} on, have"};
 constexpr Message unknown_unit   = {"商品 {} 没有单位“{}”，按 1 个基本单位计", "goods {} have no unit \"{}\": it counts as one base unit"};
 constexpr Message negative_stock = {"{} 的结存将变为 {}", "{} goes to {} on hand"};
+constexpr Message irreversible   = {
+    "{}负的数量：这张单据可以保存，但冲回时两个减号之后的部分会被当作注释，每一行台账都会改变；请改用相反的单据（--force 仍然保存）",
+    "{} a negative quantity: this bill could be saved, but taking it back would send two minus signs, behind which all is a comment, and change every row of the ledger. Use a bill of the opposite kind (--force saves it all the same)"};
 constexpr Message comment_in_statement = {
     "数量为负：两个减号之后的部分连同 WHERE 子句都会被当作注释，每一行台账都会改变（--force 仍然执行）：{}",
     "the quantity is negative, so that everything behind the two minus signs would be a comment, the WHERE clause too, and every row of the ledger would change (--force sends it all the same): {}"};
@@ -31,6 +40,13 @@ std::vector<LedgerRow> ledger_rows(ResultTable result) {
     std::vector<LedgerRow> ledger;
     for (; !rows->eof(); rows->move_next()) ledger.push_back(ledger_row(*rows));
     return ledger;
+}
+
+bool has_negative_quantity(const Record& record, const Bill& bill, BillPart part) {
+    return std::ranges::any_of(columns_of(*bill.kind, part), [&](const BillColumn& column) {
+        const Variant* const value = column.field == "quantity" ? record.find(column.column) : nullptr;
+        return value != nullptr && !value->is<Null>() && to_double(*value) < 0;
+    });
 }
 
 bool goes_negative(const LedgerChange& change) {
@@ -55,7 +71,8 @@ bool has_comment(TextView statement, CommentRule rule) {
 void PostingGuard::look_at(const Bill& bill) {
     const auto has_null = [](const Record& record, std::span<const BillColumn> columns) {
         return std::ranges::any_of(columns, [&](const BillColumn& column) {
-            return column.field == "quantity" && record.value(column.column).is<Null>();
+            const Variant* const value = column.field == "quantity" ? record.find(column.column) : nullptr;
+            return value != nullptr && value->is<Null>();
         });
     };
     const BillKind& kind = *bill.kind;
@@ -64,11 +81,37 @@ void PostingGuard::look_at(const Bill& bill) {
         if (!has_null(bill.lines[i], kind.lines->columns)) continue;
         findings_.warnings.push_back(say(language_, words::null_quantity, i + 1));
     }
+    std::vector<FieldFault> faults = field_faults(bill);
+    while (!faults.empty()) {
+        const FieldFault first = faults.front();
+        const std::size_t count = std::erase_if(
+            faults, [&](const FieldFault& fault) { return fault.part == first.part && fault.field == first.field; });
+        const std::string subject = first.line == 0 ? words::header_has.in(language_)
+                                    : count == 1    ? say(language_, words::line_has, first.line)
+                                                    : say(language_, words::lines_have, Count(count), first.line);
+        findings_.warnings.push_back(
+            say(language_, first.is_missing ? words::warehouse_missing : words::field_ignored, subject, first.field));
+    }
+}
+
+void PostingGuard::require_reversible(const Bill& bill) {
+    const FieldUse& use = field_use_of(*bill.kind);
+    const auto require = [&](const Record& record, BillPart part, std::size_t line) {
+        const bool has_signs = use.puts_minus_signs_together(part) && has_negative_quantity(record, bill, part);
+        if (!has_signs || !has_comment(u"CurrentQty--3", database_.dialect().minus_minus)) return;
+        const std::string subject = line == 0 ? words::header_has.in(language_) : say(language_, words::line_has, line);
+        refuse_unless_forced(say(language_, words::irreversible, subject));
+    };
+    require(bill.header, BillPart::header, 0);
+    for (std::size_t i = 0; i < bill.lines.size(); ++i) require(bill.lines[i], BillPart::line, i + 1);
 }
 
 void PostingGuard::before(TextView statement) {
     if (!has_comment(statement, database_.dialect().minus_minus)) return;
-    const std::string what = say(language_, words::comment_in_statement, to_utf8(statement));
+    refuse_unless_forced(say(language_, words::comment_in_statement, to_utf8(statement)));
+}
+
+void PostingGuard::refuse_unless_forced(const std::string& what) {
     if (rules_.lets_comments_pass) {
         findings_.warnings.push_back(what);
         return;

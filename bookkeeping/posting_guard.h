@@ -53,8 +53,12 @@ public:
     PostingGuard(NativeConnection& database, const GuardRules& rules, Language language, Findings& findings)
         : database_(database), rules_(rules), language_(language), findings_(findings) {}
 
-    /// Warns of lines without a quantity.
+    /// Warns of lines without a quantity, of missing warehouses and of fields that the kind of bill ignores.
     void look_at(const Bill& bill);
+
+    /// Errors   TaskError with Reason::refused for a bill that could be saved, but whose taking back would send a statement
+    ///          with two minus signs.
+    void require_reversible(const Bill& bill);
 
     /// Errors   TaskError with Reason::refused for a statement whose end, WHERE clause included, the engine would take for a comment.
     void before(TextView statement);
@@ -74,6 +78,7 @@ private:
         std::vector<LedgerRow> rows;
     };
 
+    void refuse_unless_forced(const std::string& what);
     void note_unit_look_up(TextView statement, const ResultTable& result);
     void note_ledger_look_up(TextView statement, const ResultTable& result);
     [[nodiscard]] std::vector<LedgerRow> rows_of(const Text& condition) const;

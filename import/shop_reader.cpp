@@ -24,6 +24,7 @@ constexpr Message unknown_bill   = {"没有单据种类 {}", "unknown kind of bi
 constexpr Message unknown_field  = {"没有“{}”这个字段", "unknown field \"{}\""};
 constexpr Message field_missing  = {"缺少“{}”", "\"{}\" is missing"};
 constexpr Message field_empty    = {"“{}”为空", "\"{}\" is empty"};
+constexpr Message field_ignored  = {"“{}”：{} 单据不使用此字段，请去掉", "\"{}\": a {} does not read this field; leave it out"};
 constexpr Message no_bill_lines  = {"单据没有行", "the bill has no lines"};
 constexpr Message given_twice    = {"{} 出现了两次；前一次在 {}:{}:{}", "{} is given twice; it stands at {}:{}:{} already"};
 constexpr Message object_expected = {"此处应为对象，而不是{}", "an object is expected, not {}"};
@@ -157,6 +158,7 @@ void ShopReader::take_bill(const InputValue& object) {
     if (bill.id.empty()) return;  // reported as no text
     bill.header = read_record(object, header.name, header.columns, {"kind", "id", "lines"});
     check_needed(object, header.columns);
+    check_use(object, *bill.kind, BillPart::header, bill.header);
     const InputValue* const lines = object.member("lines");
     if (lines == nullptr) return tell_missing(object, "lines");
     if (lines->kind != Kind::list) return tell(lines->offset, words::list_expected, "lines", shown(*lines));
@@ -165,6 +167,7 @@ void ShopReader::take_bill(const InputValue& object) {
         if (!expect_object(line)) continue;
         check_needed(line, bill.kind->lines->columns);
         bill.lines.push_back(read_record(line, bill.kind->lines->name, bill.kind->lines->columns, {}));
+        check_use(line, *bill.kind, BillPart::line, bill.lines.back());
     }
     const std::string trimmed = to_utf8(trim_blanks(bill.id));
     const std::string what = fmt::format("{} {}", bill.kind->name, trimmed);
@@ -206,6 +209,17 @@ void ShopReader::check_needed(const InputValue& object, std::span<const BillColu
             is_given(object, field);
         } else if (object.member(field) == nullptr) {
             tell_missing(object, field);
+        }
+    }
+}
+
+void ShopReader::check_use(const InputValue& object, const BillKind& kind, BillPart part, const Record& record) {
+    const FieldUse& use = field_use_of(kind);
+    for (const BillColumn& column : columns_of(kind, part)) {
+        if (use.is_warehouse(part, column.field)) {
+            is_given(object, column.field);
+        } else if (use.is_ignored(part, column.field) && !is_left_out(record, column.column)) {
+            tell(object.member(column.field)->name_offset, words::field_ignored, column.field, kind.name);
         }
     }
 }

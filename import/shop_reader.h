@@ -6,6 +6,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "bills/field_use.h"
 #include "import/column_limits.h"
 #include "import/input_errors.h"
 #include "import/input_value.h"
@@ -55,6 +56,8 @@ private:
 
     Record read_record(const InputValue& object, TextView table, std::span<const BillColumn> columns,
                        std::initializer_list<std::string_view> others);
+    /// Reports warehouses that the kind posts to and that are missing, and fields that it ignores.
+    void check_use(const InputValue& object, const BillKind& kind, BillPart part, const Record& record);
     void check_needed(const InputValue& object, std::span<const BillColumn> columns);
     void tell_missing(const InputValue& object, std::string_view field);
     Variant read_value(const InputValue& value, const BillColumn& column, const ColumnLimits::Limit& limit);

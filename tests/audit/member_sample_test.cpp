@@ -3,8 +3,10 @@
 #include <doctest/doctest.h>
 #include <fmt/format.h>
 
+#include <set>
 #include <stdexcept>
 
+#include "bills/field_use.h"
 #include "posting/posting_frame.h"
 #include "tests/support/printing.h"
 
@@ -151,6 +153,28 @@ TEST_CASE("What becomes of a quantity's sign, of its fifth decimal and of null i
         CHECK(sample.magnitude_parameter == row.parameter);
         CHECK(sample.is_rounded_once == row.is_rounded_once);
         CHECK(sample.null_quantity == row.null_quantity);
+    }
+}
+
+TEST_CASE("The warehouses of a sample are the fields that bill files must give") {
+    for (const BillKind& kind : bill_kinds()) {
+        CAPTURE(kind.name);
+        std::set<Text> of_members;
+        for (const std::span<const MemberCall> calls : {kind.post, kind.reversal}) {
+            for (const MemberCall& call : calls) {
+                for (const SampleMovement& movement : sample_of(call.member).movements) {
+                    const Text& name = movement.warehouse.name;
+                    of_members.insert(name == u"WarehouseId" ? Text(kind.warehouse_column) : name);
+                }
+            }
+        }
+        std::set<Text> of_files;
+        for (const BillPart part : {BillPart::header, BillPart::line}) {
+            for (const BillColumn& column : columns_of(kind, part)) {
+                if (field_use_of(kind).is_warehouse(part, column.field)) of_files.insert(column.column);
+            }
+        }
+        CHECK(of_files == of_members);
     }
 }
 

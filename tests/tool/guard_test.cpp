@@ -77,6 +77,50 @@ TEST_CASE_FIXTURE(Shop, "A negative quantity whose statement would lose its WHER
     }
 }
 
+TEST_CASE_FIXTURE(Shop, "A bill that could only be taken back with two minus signs is refused when it is saved") {
+    struct Row {
+        std::string kind;
+        std::string header;
+        std::string line;
+        std::string told;
+    };
+    const auto of = [](const std::string& goods, int quantity) {
+        return "\"goods\": \"" + goods + "\", \"warehouse\": \"W1\", \"quantity\": " + std::to_string(quantity);
+    };
+    const Row rows[] = {{"assembly", of("G9", -3), of("G1", 1), "the header has a negative quantity"},
+                        {"disassembly", of("G9", 1), of("G1", -3), "line 1 has a negative quantity"}};
+    for (const Row& row : rows) {
+        CAPTURE(row.kind);
+        shell.file("negative.json", bill(row.kind, "A1", row.header + ", ", row.line));
+        const std::string before = shell.vantlo("ledger").output;
+        for (const std::string command : {"save", "import"}) {
+            const Finished refused = shell.vantlo(command + " negative.json");
+            CHECK(refused.exit_code == 7);
+            CHECK_MESSAGE(refused.has(row.kind + " A1: " + row.told + ": this bill could be saved"), refused.output);
+        }
+        CHECK(shell.vantlo("ledger").output == before);
+        const Finished forced = shell.vantlo("save --force negative.json");
+        CHECK(forced.exit_code == 0);
+        CHECK(forced.has("warning: " + row.kind + " A1: " + row.told));
+        CHECK(shell.vantlo("delete " + row.kind + " A1").exit_code == 7);
+        shell.run("sqlite3 vantlo.db \"delete from GoodsBill; delete from GoodsBillItems; delete from BillHistory\"");
+    }
+    // A member that writes a blank before its minus sign takes a negative quantity back as well.
+    shell.file("negative.json", bill("stock-in", "B9", "", R"("goods": "G1", "quantity": -1, "receiver": "W1")"));
+    CHECK(shell.vantlo("save negative.json").exit_code == 0);
+    CHECK(shell.vantlo("delete stock-in B9").exit_code == 0);
+}
+
+TEST_CASE_FIXTURE(Shop, "A stored bill without its warehouse, or with one that its kind does not read, is warned of") {
+    shell.run("sqlite3 vantlo.db \"update StockBillItems set Receiver='', Supplier='W7' where BillId='B1'\"");
+    const Finished taken_back = shell.vantlo("delete --dry-run stock-in B1");
+    CHECK(taken_back.exit_code == 0);
+    CHECK_MESSAGE(taken_back.has("warning: stock-in B1: line 1 has no \"receiver\": that stock is posted to the "
+                                 "warehouse without a name\n"),
+                  taken_back.output);
+    CHECK(taken_back.has("warning: stock-in B1: line 1 has \"supplier\", which this kind of bill does not read\n"));
+}
+
 TEST_CASE_FIXTURE(Shop, "A forced negative quantity changes every row, as it was foretold") {
     shell.file("negative.json", bill("assembly", "A1", R"("goods": "G9", "warehouse": "W1", "quantity": 1, )",
                                      R"("goods": "G1", "warehouse": "W1", "quantity": -3)"));

@@ -39,7 +39,7 @@ void check_refused(std::span<const Row> rows) {
 /// A document with one bill of one line; quantities and the like replace the line's end.
 std::string bill(const std::string& bill_fields, const std::string& line_fields) {
     return R"({"bills": [{"kind": "stock-in", "id": "B1")" + bill_fields + R"(, "lines": [)" + "\n" +
-           R"({"goods": "G1", )" + line_fields + "}]}]}\n";
+           R"({"goods": "G1", )" + line_fields + ", \"receiver\": \"W1\"}]}]}\n";
 }
 
 TEST_CASE("vantlo import names each fault of a JSON file with its place") {
@@ -130,6 +130,18 @@ TEST_CASE("vantlo import names each fault of a JSON file with its place") {
          "a.json:2:41: class: 41 characters, where only 40 are kept: "
          "\"xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx...\"\n"},
         {"a.json", bill("", "\"quantity\": 1, \"goods\": \"G2\""), "a.json:2:32: the field \"goods\" is given twice\n"},
+        // a warehouse that is posted to and missing, and fields that are not read
+        {"a.json",
+         "{\"bills\": [{\"kind\": \"stock-in\", \"id\": \"B1\", \"lines\": [{\"goods\": \"G1\", \"quantity\": 1}]}]}",
+         "a.json:1:55: \"receiver\" is missing\n"},
+        {"a.json",
+         "{\"bills\": [{\"kind\": \"stock\", \"id\": \"B1\", \"status\": 2, \"remarks\": \"r\", \"lines\": ["
+         "{\"goods\": \"G1\", \"quantity\": 1, \"receiver\": \"W1\", \"supplier\": \" \", \"status\": 1}]}]}",
+         "a.json:1:42: \"status\": a stock does not read this field; leave it out\n"
+         "a.json:1:142: \"supplier\" is empty\n"
+         "a.json:1:147: \"status\": a stock does not read this field; leave it out\n"},
+        {"a.json", bill("", "\"quantity\": 1, \"supplier\": \"W2\""),
+         "a.json:2:32: \"supplier\": a stock-in does not read this field; leave it out\n"},
         // twice, and all at once
         {"a.json", "{\"goods\": [{\"id\": \"G1\"},\n {\"id\": \" G1 \"}]}",
          "a.json:2:2: goods G1 is given twice; it stands at a.json:1:12 already\n"},
@@ -147,6 +159,9 @@ TEST_CASE("vantlo import names each fault of a JSON file with its place") {
 TEST_CASE("vantlo import names each fault of a CSV file with its place") {
     constexpr const char* head = "bill.kind,bill.id,bill.date,goods,unit,quantity,receiver\n";
     const auto rows_of = [&](const std::string& rows) { return head + rows; };
+    const auto losses_of = [](const std::string& rows) {
+        return "bill.kind,bill.id,bill.date,goods,unit,quantity,supplier\n" + rows;
+    };
     const Row rows[] = {
         // quoting and rows
         {"b.csv", rows_of("stock-in,B1,2024-03-05,\"G1,box,1,W1\n"), "b.csv:2:24: the closing quote is missing\n"},
@@ -182,31 +197,39 @@ TEST_CASE("vantlo import names each fault of a CSV file with its place") {
         {"b.csv", rows_of("stock-in,B1,2024-03-05,G1,box,inf,W1\n"),
          "b.csv:2:31: quantity: a number is expected, not \"inf\"\n"},
         {"b.csv", rows_of("stock-in,B1,2024-03-05,G1,box,,W1\n"), "b.csv:2:1: \"quantity\" is missing\n"},
-        {"b.csv", rows_of("repair-in,B1,2024-03-05,G1,box,1,W1\n"), "b.csv:2:34: unknown field \"receiver\"\n"},
+        {"b.csv", rows_of("repair-in,B1,2024-03-05,G1,box,1,W1\n"),
+         "b.csv:2:34: unknown field \"receiver\"\n"
+         "b.csv:2:1: \"warehouse\" is missing\n"},
+        {"b.csv", rows_of("stock-in,B1,2024-03-05,G1,box,1,\n"), "b.csv:2:1: \"receiver\" is missing\n"},
+        {"b.csv", rows_of("loss,B1,2024-03-05,G1,box,1,W1\n"),
+         "b.csv:2:29: \"receiver\": a loss does not read this field; leave it out\n"
+         "b.csv:2:1: \"supplier\" is missing\n"},
+        {"b.csv", "bill.kind,bill.id,bill.receiver,goods,quantity\ntransfer,B1,W1,G1,1\n",
+         "b.csv:2:1: \"supplier\" is missing\n"},
         {"b.csv", rows_of("stock-in,B1,2024-03-05,G1,box,1,W1\nstock-in,B1,2024-03-06,G1,box,1,W1\n"),
          "b.csv:3:13: bill.date: \"2024-03-06\" differs from \"2024-03-05\" in the bill's first row\n"},
-        {"b.csv", rows_of("loss,B1,,G1,box,1,W1\nloss,B2,,G1,box,1,W1\nloss,B1,,G1,box,1,W1\n"),
+        {"b.csv", losses_of("loss,B1,,G1,box,1,W1\nloss,B2,,G1,box,1,W1\nloss,B1,,G1,box,1,W1\n"),
          "b.csv:4:6: loss B1 is given twice; it stands at b.csv:2:6 already\n"},
-        {"b.csv", rows_of("loss,B1,,\"G\n1\",box,x,W1\r\nloss,B2,,G1,box,y,W1\n"),
+        {"b.csv", losses_of("loss,B1,,\"G\n1\",box,x,W1\r\nloss,B2,,G1,box,y,W1\n"),
          "b.csv:2:10: goods: the text contains a line break or another control character\n"
          "b.csv:3:8: quantity: a number is expected, not \"x\"\n"
          "b.csv:4:17: quantity: a number is expected, not \"y\"\n"},
         // bytes
-        {"b.csv", rows_of("loss,B1,,G\0001,box,1,W1\n"_bytes),
+        {"b.csv", losses_of("loss,B1,,G\0001,box,1,W1\n"_bytes),
          "b.csv:2:10: goods: the text contains the character NUL\n"},
-        {"b.csv", rows_of("loss,B1,,G1,\xCF\xE4,1,W1\n"),
+        {"b.csv", losses_of("loss,B1,,G1,\xCF\xE4,1,W1\n"),
          "b.csv:2:13: the byte 0xCF is no UTF-8; for a file in GB18030, say --encoding gb18030\n"},
-        {"b.csv", rows_of("loss,B1,,G1,\xED\xA0\x80,1,W1\n"),
+        {"b.csv", losses_of("loss,B1,,G1,\xED\xA0\x80,1,W1\n"),
          "b.csv:2:13: the byte 0xED is no UTF-8; for a file in GB18030, say --encoding gb18030\n"},
-        {"b.csv", rows_of("loss,B1,,G1,\xC0\xAF,1,W1\n"),
+        {"b.csv", losses_of("loss,B1,,G1,\xC0\xAF,1,W1\n"),
          "b.csv:2:13: the byte 0xC0 is no UTF-8; for a file in GB18030, say --encoding gb18030\n"},
-        {"b.csv", "\xEF\xBB\xBF" + rows_of("loss,B1,,G1,\xE7\xAE\xB1,x,W1\n"),
+        {"b.csv", "\xEF\xBB\xBF" + losses_of("loss,B1,,G1,\xE7\xAE\xB1,x,W1\n"),
          "b.csv:2:15: quantity: a number is expected, not \"x\"\n"},
-        {"b.csv", rows_of("loss,B1,,G1,\xCF\xE4,x,W1\n"), "b.csv:2:15: quantity: a number is expected, not \"x\"\n",
+        {"b.csv", losses_of("loss,B1,,G1,\xCF\xE4,x,W1\n"), "b.csv:2:15: quantity: a number is expected, not \"x\"\n",
          "--encoding gb18030"},
-        {"b.csv", rows_of("loss,B1,,G1,\xCF\xFF,1,W1\n"), "b.csv:2:13: the byte 0xCF is no GB18030\n",
+        {"b.csv", losses_of("loss,B1,,G1,\xCF\xFF,1,W1\n"), "b.csv:2:13: the byte 0xCF is no GB18030\n",
          "--encoding gb18030"},
-        {"b.csv", rows_of("loss,B1,,G1,box,1,W\x81"), "b.csv:2:20: the byte 0x81 is no GB18030\n",
+        {"b.csv", losses_of("loss,B1,,G1,box,1,W\x81"), "b.csv:2:20: the byte 0x81 is no GB18030\n",
          "--encoding gb18030"},
         {"b.csv", "\xFF\xFEk\0i\0"_bytes, "b.csv:1:1: the file is UTF-16; save it as UTF-8\n"},
     };
@@ -223,7 +246,9 @@ TEST_CASE("vantlo import names each fault of a JSON Lines file with its place, a
          "c.jsonl:5:1: an object is expected, not a list\n"},
         {"c.jsonl", "{\"table\": \"stock\", \"id\": \"G1\"}", "c.jsonl:1:11: unknown table \"stock\"\n"},
         {"c.jsonl", "{\"table\": 7, \"id\": \"G1\"}", "c.jsonl:1:11: unknown table 7\n"},
-        {"c.jsonl", "{\"kind\": \"loss\", \"id\": \"B1\", \"lines\": [{\"goods\": \"\", \"quantity\": 1}]}\n",
+        {"c.jsonl",
+         "{\"kind\": \"loss\", \"id\": \"B1\", \"lines\": [{\"goods\": \"\", \"quantity\": 1, \"supplier\": "
+         "\"W1\"}]}\n",
          "c.jsonl:1:50: \"goods\" is empty\n"},
         {"c.jsonl", "{\"table\": \"goods\", \"id\": \"G1\"} {}\n",
          "c.jsonl:1:32: this is no JSON: syntax error while parsing value - unexpected '{'; expected end of input\n"},

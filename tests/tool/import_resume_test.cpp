@@ -124,7 +124,8 @@ TEST_CASE("vantlo import tells bills that the database knows otherwise, and take
     shell.vantlo("init");
     const auto bill = [](const std::string& kind, const std::string& id, const std::string& quantity) {
         return R"({"kind": ")" + kind + R"(", "id": ")" + id + R"(", "lines": [{"goods": "G1", "quantity": )" +
-               quantity + "}]}\n";
+               quantity + (kind == "loss" ? "" : ", \"receiver\": \"W1\"") +
+               (kind == "stock-in" ? "" : ", \"supplier\": \"W2\"") + "}]}\n";
     };
     shell.file("saved.jsonl", bill("stock-in", "B1", "1"));
     CHECK(shell.vantlo("save saved.jsonl").exit_code == 0);
@@ -153,7 +154,7 @@ TEST_CASE("vantlo import tells which bill cannot be posted, and goes on once it 
     const Shell shell;
     shell.vantlo("init");
     const auto bills = [](const std::string& quantity) {
-        return "bill.kind,bill.id,goods,quantity\nstock-in,B1,G1,1\nstock-in,B2,G1," + quantity + "\n";
+        return "bill.kind,bill.id,goods,quantity,receiver\nstock-in,B1,G1,1,W1\nstock-in,B2,G1," + quantity + ",W1\n";
     };
     shell.file("bills.csv", bills("3e38"));
     const Finished failed = shell.vantlo("import bills.csv");
