@@ -1,6 +1,9 @@
 // What the library does before it throws its first exception, so that hosts may load and free it as often as they like
 // and have whatever else in their process.
 //
+// The compiler's run-time library takes 73 KB when the library is loaded, to throw from where there is no memory left. It
+// gives them back to nobody but a checker of memory; here they go with the library.
+//
 // From the first throw on it stays loaded: the compiler's run-time library takes a thread slot of the process then, and
 // handles and memory for each thread that throws, which it would not give back with the library. A process has 1088 slots.
 //
@@ -8,7 +11,8 @@
 // whenever the library is loaded, at the cost of such a slot, and in libgcc_s_dw2-1.dll if the process has that one,
 // where the unwinder linked into this library does not look. So the tables are registered here, in the library's own.
 //
-// Source   winpthreads' thread.c (mingw-w64 10); libgcc's cygming-crtbegin.c and unwind-dw2-fde.c (GCC 12).
+// Source   libstdc++'s eh_alloc.cc; winpthreads' thread.c (mingw-w64 10); libgcc's cygming-crtbegin.c and unwind-dw2-fde.c
+//          (GCC 12).
 #include <windows.h>
 
 #include <typeinfo>
@@ -62,6 +66,13 @@ BOOL CALLBACK prepare(INIT_ONCE*, void*, void**) {
 }
 
 }  // namespace
+
+namespace __gnu_cxx {
+// Of the compiler's own library, which has no header for it.
+void __freeres();
+}  // namespace __gnu_cxx
+
+void vantlo::server::free_throwing_memory() noexcept { __gnu_cxx::__freeres(); }
 
 // The linker directs every throw of the library to the first of these, and the first one's call to the compiler's own.
 extern "C" {

@@ -73,7 +73,9 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, void* process_e
         case DLL_PROCESS_ATTACH: return server::attach(instance);
         case DLL_THREAD_DETACH: thread_state::discard(); break;
         case DLL_PROCESS_DETACH:
-            if (process_ends == nullptr) thread_state::close();
+            if (process_ends != nullptr) break;
+            thread_state::close();
+            server::free_throwing_memory();
             break;
         default: break;
     }

@@ -26,4 +26,7 @@ void remove_reference() noexcept;
 /// Keeps the library loaded until the process ends.
 void stay_loaded() noexcept;
 
+/// Gives back what the library keeps for throwing exceptions: the last thing before it is unloaded.
+void free_throwing_memory() noexcept;
+
 }  // namespace vantlo::server
