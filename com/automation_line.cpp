@@ -20,9 +20,8 @@ HRESULT find_property(IDispatch& object, TextView name, DISPID& identifier) {
     BSTR names = text.get();
     const HRESULT result = object.GetIDsOfNames(IID_NULL, &names, 1, LOCALE_SYSTEM_DEFAULT, &identifier);
     if (SUCCEEDED(result)) return result;
-    InterfacePointer<IDispatchEx> extended;
-    if (FAILED(object.QueryInterface(dispatch_ex_identifier, extended.receive_any()))) return result;
-    return extended->GetDispID(text.get(), fdexNameCaseInsensitive, &identifier);
+    const auto extended = interface_of<IDispatchEx>(object, dispatch_ex_identifier);
+    return !extended ? result : extended->GetDispID(text.get(), fdexNameCaseInsensitive, &identifier);
 }
 
 /// What an object's own exception says, taken out and freed.
@@ -48,9 +47,7 @@ IDispatch* AutomationLine::declared() {
     const IID* const identifier = declared_interface(type_);
     if (!is_asked_ && identifier != nullptr) {
         is_asked_ = true;
-        IDispatch* found = nullptr;
-        const HRESULT result = object_->QueryInterface(*identifier, reinterpret_cast<void**>(&found));
-        if (SUCCEEDED(result)) *declared_.receive() = found;
+        declared_ = interface_of<IDispatch>(*object_.get(), *identifier);
     }
     return declared_.get();
 }
@@ -61,8 +58,10 @@ Variant AutomationLine::value_by_name(TextView name) const {
     DISPPARAMS none{};
     EXCEPINFO exception{};
     AutomationValue value;
-    const HRESULT result = object_->Invoke(identifier, IID_NULL, LOCALE_SYSTEM_DEFAULT, DISPATCH_PROPERTYGET, &none,
-                                           value.receive(), &exception, nullptr);
+    const HRESULT result = value.receive_from([&](VARIANT* received) {
+        return object_->Invoke(identifier, IID_NULL, LOCALE_SYSTEM_DEFAULT, DISPATCH_PROPERTYGET, &none, received,
+                               &exception, nullptr);
+    });
     if (result == DISP_E_EXCEPTION) throw Failure(taken_number(exception));
     check(result, "a property of the line object");
     return variant_of(value.get());

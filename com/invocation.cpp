@@ -68,9 +68,11 @@ Variant converted(const DispatchValue& value, const Parameter& parameter, std::u
         if (objects_left == 0) throw Misuse{error::type_mismatch, place};
         DISPPARAMS none{};
         AutomationValue property;
-        const HRESULT result = object_in(value, place)
-                                   ->Invoke(DISPID_VALUE, IID_NULL, LOCALE_SYSTEM_DEFAULT, DISPATCH_PROPERTYGET, &none,
-                                            property.receive(), nullptr, nullptr);
+        const InterfacePointer<IDispatch> object = object_in(value, place);
+        const HRESULT result = property.receive_from([&](VARIANT* received) {
+            return object->Invoke(DISPID_VALUE, IID_NULL, LOCALE_SYSTEM_DEFAULT, DISPATCH_PROPERTYGET, &none, received,
+                                  nullptr, nullptr);
+        });
         if (FAILED(result)) throw Misuse{error::type_mismatch, place};
         return converted(value_for(parameter, dispatch_value_of(property.get()), place), parameter, place,
                          objects_left - 1);

@@ -37,13 +37,13 @@ template <auto getter>
 Variant read(IDispatch& line) {
     using Getter = Form<decltype(getter)>;
     AutomationValue value;
-    VARIANT& received = *value.receive();
-    received = {};
-    auto* const place = place_for(static_cast<const typename Getter::Value*>(nullptr), received);
-    const HRESULT result = (static_cast<typename Getter::Line&>(line).*getter)(place);
-    if (FAILED(result)) received.vt = VT_EMPTY;  // a failed call hands nothing over that could be freed
+    const HRESULT result = value.receive_from([&](VARIANT* received) {
+        *received = {};
+        auto* const place = place_for(static_cast<const typename Getter::Value*>(nullptr), *received);
+        return (static_cast<typename Getter::Line&>(line).*getter)(place);
+    });
     check(result, "a property of the line object");
-    return variant_of(received);
+    return variant_of(value.get());
 }
 
 struct GetterRow {

@@ -21,6 +21,14 @@ public:
         return &value_;
     }
 
+    /// Receives what `call(VARIANT*)` hands over. What a call that fails leaves there is nothing that could be freed.
+    template <typename Call>
+    [[nodiscard]] HRESULT receive_from(const Call& call) {
+        const HRESULT result = call(receive());
+        if (FAILED(result)) VariantInit(&value_);
+        return result;
+    }
+
     /// Takes another value in a type by automation's rules; numbers in texts have a point, whatever the locale.
     [[nodiscard]] HRESULT convert(const VARIANT& value, VARTYPE type);
 

@@ -9,6 +9,13 @@ namespace {
 
 constexpr long unspecified = -1;  // options, cursor and lock types that are left to ADO
 
+/// What the host's object handed over. Errors: object_not_set where it was nothing.
+template <typename Interface>
+Interface& require_set(const InterfacePointer<Interface>& handed_over) {
+    if (!handed_over) throw Failure(error::object_not_set);
+    return *handed_over.get();
+}
+
 class ComRecordset final : public Recordset {
 public:
     explicit ComRecordset(InterfacePointer<AdoRecordset> rows) : rows_(std::move(rows)) {}
@@ -50,9 +57,10 @@ public:
         index.vt = VT_BSTR;
         index.bstrVal = text.get();
         InterfacePointer<AdoField> field;
-        check(fields->get_Item(index, field.receive()), "Fields.Item");
+        check(require_set(fields).get_Item(index, field.receive()), "Fields.Item");
         AutomationValue value;
-        check(field->get_Value(value.receive()), "Field.Value");
+        check(value.receive_from([&](VARIANT* received) { return require_set(field).get_Value(received); }),
+              "Field.Value");
         return variant_of(value.get());
     }
 
@@ -64,11 +72,7 @@ public:
     void close() override { check(rows().Close(), "Recordset.Close"); }
 
 private:
-    /// Errors   object_not_set where the host's object handed none over.
-    AdoRecordset& rows() {
-        if (!rows_) throw Failure(error::object_not_set);
-        return *rows_.get();
-    }
+    AdoRecordset& rows() { return require_set(rows_); }
 
     InterfacePointer<AdoRecordset> rows_;
 };
@@ -76,11 +80,9 @@ private:
 }  // namespace
 
 ConnectionReference ComConnection::of(IUnknown& object) {
-    InterfacePointer<AdoConnection> connection;
-    if (FAILED(object.QueryInterface(connection_identifier.first, connection.receive_any())) &&
-        FAILED(object.QueryInterface(connection_identifier.later, connection.receive_any()))) {
-        throw Failure(error::type_mismatch, "the object is no ADO connection");
-    }
+    auto connection = interface_of<AdoConnection>(object, connection_identifier.first);
+    if (!connection) connection = interface_of<AdoConnection>(object, connection_identifier.later);
+    if (!connection) throw Failure(error::type_mismatch, "the object is no ADO connection");
     return ConnectionReference(new ComConnection(std::move(connection)));
 }
 

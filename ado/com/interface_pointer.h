@@ -41,4 +41,14 @@ private:
     Interface* pointer_ = nullptr;
 };
 
+/// An object's interface; none where the object refuses it, whatever it leaves behind then, or answers with nothing.
+template <typename Interface>
+InterfacePointer<Interface> interface_of(IUnknown& object, REFIID identifier) {
+    void* answered = nullptr;
+    const HRESULT result = object.QueryInterface(identifier, &answered);
+    InterfacePointer<Interface> found;
+    if (SUCCEEDED(result)) *found.receive() = static_cast<Interface*>(answered);
+    return found;
+}
+
 }  // namespace vantlo

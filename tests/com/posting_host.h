@@ -22,9 +22,11 @@ struct HostDatabase {
     ComPointer<AdoConnection> connection{new AdoConnection(database->connection())};
 };
 
-inline ClassRegistration own_recordsets() {
-    return {ado::recordset_class, [] { return ComPointer<IUnknown>(new AdoRecordset(make_client_recordset())); }};
+inline ComPointer<IUnknown> make_own_recordset() {
+    return ComPointer<IUnknown>(new AdoRecordset(make_client_recordset()));
 }
+
+inline ClassRegistration own_recordsets() { return {ado::recordset_class, make_own_recordset}; }
 
 /// A line that books one piece into a warehouse.
 inline Scenario one_piece() {

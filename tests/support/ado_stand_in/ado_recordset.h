@@ -6,7 +6,7 @@
 namespace vantlo::test {
 
 /// ADO's Recordset as this system and its test scripts use one, over a recordset of the port.
-class AdoRecordset final : public AutomationObject<AdoRecordset, _ADORecordset> {
+class AdoRecordset : public AutomationObject<AdoRecordset, _ADORecordset> {
 public:
     explicit AdoRecordset(RecordsetVariable recordset) : recordset_(std::move(recordset)) {}
 
@@ -96,9 +96,10 @@ public:
     VANTLO_NOT_HERE(get_Index, BSTR*)
     VANTLO_NOT_HERE(Save, VARIANT, PersistFormatEnum)
 
-private:
+protected:
     ~AdoRecordset() override = default;
 
+private:
     RecordsetVariable recordset_;
 };
 
@@ -107,7 +108,7 @@ inline ComPointer<AdoRecordset> new_recordset(RecordsetVariable recordset) {
 }
 
 /// ADO's Fields: the columns of a recordset.
-class AdoFields final : public AutomationObject<AdoFields, ADOFields> {
+class AdoFields : public AutomationObject<AdoFields, ADOFields> {
 public:
     explicit AdoFields(AdoRecordset& recordset) : recordset_(&recordset) {}
 
@@ -126,9 +127,10 @@ public:
     VANTLO_NOT_HERE(Resync, ResyncEnum)
     VANTLO_NOT_HERE(CancelUpdate)
 
-private:
+protected:
     ~AdoFields() override = default;
 
+private:
     ComPointer<AdoRecordset> recordset_;
 };
 
