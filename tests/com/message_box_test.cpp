@@ -4,6 +4,7 @@
 
 #include "automation/error_text.h"
 #include "tests/com/component_library.h"
+#include "tests/com/process_use.h"
 #include "tests/support/printing.h"
 
 // The message box as a user sees it, in a real window.
@@ -155,10 +156,13 @@ TEST_CASE("The box belongs to the host's active window, which takes no second cl
     CHECK(host.clicks() == 1);
 }
 
-/// Whether the host's window was enabled when a box of this thread was shown, and what answered the box.
+/// Whether the host's window was enabled when a box of this thread was shown, and what is done about the box: by default
+/// it is answered.
 struct QuickUser {
-    explicit QuickUser(const HostWindow& host_window) {
+    explicit QuickUser(const HostWindow& host_window, void (*do_about)(HWND box) = answer) {
         host = host_window.handle();
+        act = do_about;
+        box = nullptr;
         boxes = boxes_beside_an_enabled_host = 0;
         hook = SetWindowsHookExW(WH_CBT, on_event, nullptr, GetCurrentThreadId());
         REQUIRE(hook != nullptr);
@@ -167,35 +171,94 @@ struct QuickUser {
     QuickUser& operator=(const QuickUser&) = delete;
     ~QuickUser() { UnhookWindowsHookEx(hook); }
 
+    static void answer(HWND shown) { PostMessageW(shown, WM_COMMAND, IDOK, 0); }
+
     static LRESULT CALLBACK on_event(int code, WPARAM window, LPARAM details) {
-        if (code == HCBT_ACTIVATE && reinterpret_cast<HWND>(window) != host) {
+        const HWND seen = reinterpret_cast<HWND>(window);
+        if (code == HCBT_DESTROYWND && seen == box) box = nullptr;
+        // A window may become active again while it is open.
+        if (code == HCBT_ACTIVATE && seen != host && seen != box) {
+            box = seen;
             ++boxes;
             if (IsWindowEnabled(host)) ++boxes_beside_an_enabled_host;
-            PostMessageW(reinterpret_cast<HWND>(window), WM_COMMAND, IDOK, 0);
+            act(seen);
         }
         return CallNextHookEx(nullptr, code, window, details);
     }
 
     static inline HWND host = nullptr;
+    static inline void (*act)(HWND box) = answer;
+    static inline HWND box = nullptr;
     static inline int boxes = 0;
     static inline int boxes_beside_an_enabled_host = 0;
     HHOOK hook;
 };
 
-TEST_CASE("A thousand boxes leave the host's window as it was") {
+TEST_CASE("A thousand boxes leave the host's window as it was, and nothing of theirs") {
     const Apartment apartment;
     const ComponentLibrary library;
     library.show_messages_in_window();
     const ComPointer<_Inventory_Class> object = library.make_object();
     const HostWindow host;
     const QuickUser user(host);
-    for (int i = 0; i < 1'000; ++i) {
+    int runs = 0;
+    check_thousand_runs_keep_nothing([&] {
         fail_with_box(*object.get());
         REQUIRE(IsWindowEnabled(host.handle()));
         REQUIRE(GetActiveWindow() == host.handle());
-    }
-    CHECK(QuickUser::boxes == 1'000);
+        ++runs;
+    });
+    CHECK(QuickUser::boxes == runs);
     CHECK(QuickUser::boxes_beside_an_enabled_host == 0);
+}
+
+/// A host that does something while a box is open, as a timer of its own would.
+struct BusyHost {
+    Apartment apartment;
+    ComponentLibrary library;
+    HostWindow window;
+};
+
+TEST_CASE_FIXTURE(BusyHost, "A host may post again while a box is open, and release the object") {
+    library.show_messages_in_window();
+    static ComPointer<_Inventory_Class> object;
+    static int left;
+    object = library.make_object();
+    left = 3;
+    const QuickUser user(window, [](HWND box) {
+        if (left-- > 0) {
+            fail_with_box(*object.get());
+        } else {
+            object = nullptr;
+        }
+        QuickUser::answer(box);
+    });
+    fail_with_box(*object.get());
+    CHECK(QuickUser::boxes == 4);
+    CHECK_FALSE(object);
+    CHECK(library.can_unload());
+    CHECK(IsWindowEnabled(window.handle()));
+}
+
+TEST_CASE_FIXTURE(BusyHost, "A host that destroys its window while the box is open gets its result") {
+    library.show_messages_in_window();
+    const ComPointer<_Inventory_Class> object = library.make_object();
+    const QuickUser user(window, [](HWND) { PostMessageW(QuickUser::host, WM_CLOSE, 0, 0); });
+    fail_with_box(*object.get());
+    CHECK(QuickUser::boxes == 1);
+    CHECK_FALSE(IsWindow(window.handle()));
+}
+
+TEST_CASE_FIXTURE(BusyHost, "A host that is told to end while the box is open gets its result, and ends") {
+    library.show_messages_in_window();
+    const ComPointer<_Inventory_Class> object = library.make_object();
+    const QuickUser user(window, [](HWND) { PostQuitMessage(7); });
+    fail_with_box(*object.get());
+    CHECK(QuickUser::boxes == 1);
+    MSG message = {};
+    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE) && message.message != WM_QUIT) DispatchMessageW(&message);
+    CHECK(message.message == WM_QUIT);
+    CHECK(message.wParam == 7);
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 
 #include "tests/com/line_object.h"
 #include "tests/com/member_call.h"
+#include "tests/com/process_use.h"
 #include "tests/support/ado_stand_in/ado_recordset.h"
 #include "tests/support/com/class_factory.h"
 #include "tests/support/scenario_check.h"
@@ -104,6 +105,37 @@ TEST_CASE_FIXTURE(LibraryFixture,
     CHECK(objects_alive == alive);
     CHECK(library.can_unload());
     MESSAGE(points << " calls back through the library");
+}
+
+TEST_CASE_FIXTURE(LibraryFixture,
+                  "A host that calls back runs a thousand times without a lost byte, slot or reference") {
+    struct Point {
+        const Scenario& scenario;
+        std::size_t event;
+        HostAct act;
+    };
+    std::vector<Point> points;
+    for (const char* member : {"AddInventory_Db", "ReduceInventory_Db"}) {
+        for (const bool fails : {false, true}) {
+            const auto scenario = std::ranges::find_if(all_scenarios(), [&](const Scenario& told) {
+                return told.member == member && (told.result != 0) == fails;
+            });
+            REQUIRE(scenario != all_scenarios().end());
+            const std::size_t events = run(*scenario, Road::by_name, {}, {}).recorder.events.size();
+            for (std::size_t event = 0; event < events; ++event) {
+                for (const HostAct act : host_acts) points.push_back({*scenario, event, act});
+            }
+        }
+    }
+    REQUIRE(points.size() > 200);
+    std::size_t next = 0;
+    const auto call_back = [&] {
+        const auto& [scenario, event, act] = points[next++ % points.size()];
+        for (const Road road : {Road::early_bound, Road::by_name}) run(scenario, road, event, act);
+    };
+    while (next < points.size()) call_back();
+    check_thousand_runs_keep_nothing(call_back);
+    CHECK(library.can_unload());
 }
 
 }  // namespace
