@@ -6,35 +6,12 @@
 #include <utility>
 
 #include "tests/com/declared_line.h"
-#include "tests/support/com/script_host.h"
+#include "tests/com/registered.h"
 #include "tests/support/printing.h"
 
 namespace vantlo::test {
 
 namespace {
-
-/// ADO's type library, registered as on a machine that has ADO.
-class RegisteredAdo {
-public:
-    RegisteredAdo() {
-        const Text path = windows_path(VANTLO_TYPELIBS "/msado26.tlb");
-        ComPointer<ITypeLib> library;
-        REQUIRE(LoadTypeLibEx(std::wstring(path.begin(), path.end()).c_str(), REGKIND_REGISTER, library.out()) == S_OK);
-        TLIBATTR* attributes = nullptr;
-        REQUIRE(library->GetLibAttr(&attributes) == S_OK);
-        attributes_ = *attributes;
-        library->ReleaseTLibAttr(attributes);
-    }
-    RegisteredAdo(const RegisteredAdo&) = delete;
-    RegisteredAdo& operator=(const RegisteredAdo&) = delete;
-    ~RegisteredAdo() {
-        UnRegisterTypeLib(attributes_.guid, attributes_.wMajorVerNum, attributes_.wMinorVerNum, attributes_.lcid,
-                          attributes_.syskind);
-    }
-
-private:
-    TLIBATTR attributes_ = {};
-};
 
 class FreeThreadedApartment {
 public:

@@ -5,6 +5,7 @@
 #include <string>
 #include <utility>
 
+#include "tests/support/com/automation_object.h"
 #include "tests/support/com/script_host.h"
 
 namespace vantlo::test {
@@ -24,6 +25,29 @@ private:
     }
 
     std::string file_;
+};
+
+/// ADO's type library, registered as on a machine that has ADO.
+class RegisteredAdo {
+public:
+    RegisteredAdo() {
+        const Text path = windows_path(VANTLO_TYPELIBS "/msado26.tlb");
+        ComPointer<ITypeLib> library;
+        REQUIRE(LoadTypeLibEx(std::wstring(path.begin(), path.end()).c_str(), REGKIND_REGISTER, library.out()) == S_OK);
+        TLIBATTR* attributes = nullptr;
+        REQUIRE(library->GetLibAttr(&attributes) == S_OK);
+        attributes_ = *attributes;
+        library->ReleaseTLibAttr(attributes);
+    }
+    RegisteredAdo(const RegisteredAdo&) = delete;
+    RegisteredAdo& operator=(const RegisteredAdo&) = delete;
+    ~RegisteredAdo() {
+        UnRegisterTypeLib(attributes_.guid, attributes_.wMajorVerNum, attributes_.wMinorVerNum, attributes_.lcid,
+                          attributes_.syskind);
+    }
+
+private:
+    TLIBATTR attributes_ = {};
 };
 
 }  // namespace vantlo::test
