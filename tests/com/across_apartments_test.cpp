@@ -90,7 +90,7 @@ TEST_CASE("Two apartments post through one object of a third, one of them while 
     REQUIRE(CoCreateInstance(CLSID_Inventory_Class, nullptr, CLSCTX_INPROC_SERVER, IID__Inventory_Class,
                              object.out_untyped()) == S_OK);
     REQUIRE(object->putref_ADOConn(host.connection.get()) == S_OK);
-    constexpr int rounds = 50;
+    constexpr int rounds = 10;
     const Event is_read, is_posted;
     {
         const ClientThread one(*object.get(), [&](_Inventory_Class& proxy) {
@@ -115,7 +115,7 @@ TEST_CASE("Two apartments post through one object of a third, one of them while 
         }
     }
     CHECK(read_ledger(host.database->connection()) ==
-          std::vector<std::string>{"W1 G1 '' '' 1 | in 100 out 0 current 100 | '' pcs ''"});
+          std::vector<std::string>{"W1 G1 '' '' 1 | in 20 out 0 current 20 | '' pcs ''"});
     REQUIRE(object->putref_ADOConn(nullptr) == S_OK);
     CHECK(host.connection->references() == 1);
 }

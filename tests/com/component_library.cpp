@@ -87,6 +87,16 @@ void ComponentLibrary::show_messages_on_platform() const {
     }
 }
 
+ReplacedImport::ReplacedImport(const ComponentLibrary& library, const wchar_t* from, const char* name,
+                               FARPROC replacement)
+    : module_(library.module()), imported_(GetProcAddress(GetModuleHandleW(from), name)), replacement_(replacement) {
+    if (imported_ == nullptr || !replace_import(module_, imported_, replacement_)) {
+        throw std::runtime_error(std::string("the library does not import ") + name);
+    }
+}
+
+ReplacedImport::~ReplacedImport() { replace_import(module_, replacement_, imported_); }
+
 std::wstring ComponentLibrary::path() {
     const Text path = windows_path(VANTLO_COMPONENT);
     return {path.begin(), path.end()};

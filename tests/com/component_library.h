@@ -58,4 +58,19 @@ private:
     HMODULE module_;
 };
 
+/// A function that the library calls in the place of one that it imports, as long as this lasts.
+class ReplacedImport {
+public:
+    /// Errors   std::runtime_error if the library does not import that one.
+    ReplacedImport(const ComponentLibrary& library, const wchar_t* from, const char* name, FARPROC replacement);
+    ReplacedImport(const ReplacedImport&) = delete;
+    ReplacedImport& operator=(const ReplacedImport&) = delete;
+    ~ReplacedImport();
+
+private:
+    HMODULE module_;
+    FARPROC imported_;
+    FARPROC replacement_;
+};
+
 }  // namespace vantlo::test

@@ -1,10 +1,12 @@
 #include <doctest/doctest.h>
 
+#include <string_view>
 #include <thread>
 
 #include "automation/error_text.h"
 #include "tests/com/component_library.h"
 #include "tests/com/process_use.h"
+#include "tests/com/registered.h"
 #include "tests/support/printing.h"
 
 // The message box as a user sees it, in a real window.
@@ -212,6 +214,21 @@ TEST_CASE("A thousand boxes leave the host's window as it was, and nothing of th
     CHECK(QuickUser::boxes_beside_an_enabled_host == 0);
 }
 
+TEST_CASE("A host without an active window takes no input either while a box is open") {
+    const Apartment apartment;
+    const ComponentLibrary library;
+    library.show_messages_in_window();
+    const ComPointer<_Inventory_Class> object = library.make_object();
+    const HostWindow host;
+    const QuickUser user(host);
+    SetActiveWindow(nullptr);
+    REQUIRE(GetActiveWindow() == nullptr);
+    fail_with_box(*object.get());
+    CHECK(QuickUser::boxes == 1);
+    CHECK(QuickUser::boxes_beside_an_enabled_host == 0);
+    CHECK(IsWindowEnabled(host.handle()));
+}
+
 /// A host that does something while a box is open, as a timer of its own would.
 struct BusyHost {
     Apartment apartment;
@@ -259,6 +276,39 @@ TEST_CASE_FIXTURE(BusyHost, "A host that is told to end while the box is open ge
     while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE) && message.message != WM_QUIT) DispatchMessageW(&message);
     CHECK(message.message == WM_QUIT);
     CHECK(message.wParam == 7);
+}
+
+/// How often the library asks the event log for its source.
+struct EventLog {
+    static HANDLE WINAPI refuse(const wchar_t*, const wchar_t* source) {
+        CHECK(std::wstring_view(source) == L"Vantlo");
+        ++asked;
+        return nullptr;
+    }
+
+    static inline int asked = 0;
+};
+
+TEST_CASE("Where nobody sees a box and there is no stderr, the event log is told, if it knows the component") {
+    const Apartment apartment;
+    const ComponentLibrary library;
+    library.show_messages_on_stderr();
+    const ComPointer<_Inventory_Class> object = library.make_object();
+    const auto refuse = reinterpret_cast<FARPROC>(reinterpret_cast<void*>(EventLog::refuse));
+    const ReplacedImport event_log(library, L"advapi32.dll", "RegisterEventSourceW", refuse);
+    const HANDLE host_stderr = GetStdHandle(STD_ERROR_HANDLE);
+    EventLog::asked = 0;
+    SetStdHandle(STD_ERROR_HANDLE, nullptr);
+    fail_with_box(*object.get());
+    SetStdHandle(STD_ERROR_HANDLE, host_stderr);
+    CHECK(EventLog::asked == 0);
+    {
+        const Registered component(VANTLO_COMPONENT);
+        SetStdHandle(STD_ERROR_HANDLE, nullptr);
+        fail_with_box(*object.get());
+        SetStdHandle(STD_ERROR_HANDLE, host_stderr);
+    }
+    CHECK(EventLog::asked == 1);
 }
 
 }  // namespace
