@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <vector>
 
 #include "ado/connection.h"
@@ -11,6 +12,10 @@ struct ResultTable {
     std::vector<Text> columns;
     std::vector<std::vector<Variant>> rows;
     bool yields_rows = false;  ///< whether the statement is one that can return rows at all
+
+    /// How many rows an insert, update or delete has changed, as the driver counts; nothing where it does not. Drivers count
+    /// differently behind views and triggers.
+    std::optional<std::int64_t> changed_rows = {};
 };
 
 /// A recordset over a ResultTable, opened through a connection or made of a result.

@@ -10,12 +10,6 @@ namespace vantlo {
 
 namespace {
 
-std::string lower(std::string text) {
-    std::ranges::transform(text, text.begin(),
-                           [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
-    return text;
-}
-
 constexpr std::string_view ledger_quantities[] = {"inventory.inqty", "inventory.outqty", "inventory.currentqty"};
 constexpr std::string_view without_literal[] = {"decimal", "numeric", "bigint", "int8", "number"};
 constexpr std::string_view inexact[] = {"real",      "float", "float4",  "float8",   "double", "double precision",
@@ -37,7 +31,7 @@ bool is_unconverted(const std::string& table, const std::string& column) {
 
 /// Whether texts of that character set, encoding or collation can be Chinese.
 bool holds_chinese(const std::string& characters) {
-    const std::string name = lower(characters);
+    const std::string name = in_small_letters(characters);
     return name.ends_with("_utf8") ||
            std::ranges::any_of(chinese, [&](std::string_view beginning) { return name.starts_with(beginning); });
 }
@@ -85,10 +79,10 @@ std::vector<Note> column_notes(std::span<const ColumnDescription> columns) {
                                                  "goodsbillitems", "goodsbill"};
     std::vector<Note> notes;
     for (const auto& [table, column, full_type, characters] : columns) {
-        if (!tables.contains(lower(table))) continue;
+        if (!tables.contains(in_small_letters(table))) continue;
         const std::string written = table + "." + column;
-        const std::string name = lower(written);
-        const std::string type = lower(full_type.substr(0, full_type.find('(')));
+        const std::string name = in_small_letters(written);
+        const std::string type = in_small_letters(full_type.substr(0, full_type.find('(')));
         const bool is_decimal = type == "decimal" || type == "numeric";
         const auto note = [&](Remark remark, const std::string& what) {
             notes.push_back({remark, written + " " + what});

@@ -2,6 +2,13 @@
 
 namespace vantlo {
 
+std::string in_small_letters(std::string name) {
+    for (char& c : name) {
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    }
+    return name;
+}
+
 std::vector<ColumnDescription> read_columns(NativeConnection& database) {
     std::vector<ColumnDescription> columns;
     const char16_t* const query = database.dialect().columns_query;

@@ -15,6 +15,9 @@ struct ColumnDescription {
     std::string characters;  ///< the character set, encoding or collation of its texts; empty if that says nothing
 };
 
+/// A name with its ASCII letters in small ones, as names compare.
+std::string in_small_letters(std::string name);
+
 /// The columns of the system's tables; none for an engine that does not describe them.
 std::vector<ColumnDescription> read_columns(NativeConnection& database);
 

@@ -4,6 +4,7 @@
 
 #include "automation/message.h"
 #include "bills/field_use.h"
+#include "bills/schema.h"
 #include "bills/task_error.h"
 #include "dataaccess/sql_literals.h"
 #include "dataaccess/unit_conversion.h"
@@ -26,6 +27,15 @@ constexpr Message negative_stock = {"{} 的结存将变为 {}", "{} goes to {} o
 constexpr Message irreversible   = {
     "{}负的数量：这张单据可以保存，但冲回时两个减号之后的部分会被当作注释，每一行台账都会改变；请改用相反的单据（--force 仍然保存）",
     "{} a negative quantity: this bill could be saved, but taking it back would send two minus signs, behind which all is a comment, and change every row of the ledger. Use a bill of the opposite kind (--force saves it all the same)"};
+constexpr Message no_rollback    = {
+    "{} 的存储引擎 {} 不能回滚，失败的单据和演习都会留下数据；请用 alter table {} engine=InnoDB 更改",
+    "the storage engine of {}, {}, cannot roll back, so that a failed bill and a dry run would stay: change it with alter table {} engine=InnoDB"};
+constexpr Message several_rows   = {
+    "台账中 {} 有 {} 行，该数量会记到每一行（--force 仍然执行；vantlo verify 列出这些行）：{}",
+    "the ledger has several rows that the database takes for {}, {} in all, and each of them would get the quantity (--force does it all the same; vantlo verify lists them): {}"};
+constexpr Message not_written    = {
+    "数据库接受了语句却没有改动台账，可能是触发器、规则或视图吞掉了它：{}",
+    "the database took the statement and left the ledger as it was; a trigger, a rule or a view may swallow it: {}"};
 constexpr Message comment_in_statement = {
     "数量为负：两个减号之后的部分连同 WHERE 子句都会被当作注释，每一行台账都会改变（--force 仍然执行）：{}",
     "the quantity is negative, so that everything behind the two minus signs would be a comment, the WHERE clause too, and every row of the ledger would change (--force sends it all the same): {}"};
@@ -46,6 +56,54 @@ bool has_negative_quantity(const Record& record, const Bill& bill, BillPart part
     return std::ranges::any_of(columns_of(*bill.kind, part), [&](const BillColumn& column) {
         const Variant* const value = column.field == "quantity" ? record.find(column.column) : nullptr;
         return value != nullptr && !value->is<Null>() && to_double(*value) < 0;
+    });
+}
+
+/// The first place of a text outside literals; npos if there is none.
+std::size_t find_outside_literals(TextView statement, TextView what) {
+    bool in_literal = false;
+    for (std::size_t i = 0; i < statement.size(); ++i) {
+        if (statement[i] == u'\'') in_literal = !in_literal;
+        if (!in_literal && statement.substr(i).starts_with(what)) return i;
+    }
+    return TextView::npos;
+}
+
+/// The WHERE clause that finds the rows that an update or insert of the ledger writes.
+/// Example  `insert into Inventory(WID,…) values('W1','G1','',null,0,…)` ->
+///          `where WID='W1' and GId='G1' and Model1='' and Model2 is null and Status=0`
+Text condition_of_write(TextView statement, LedgerAction action) {
+    if (action == LedgerAction::update)
+        return Text(statement.substr(find_outside_literals(statement, ledger_head::key)));
+    TextView values = statement.substr(find_outside_literals(statement, u"values(") + 7);
+    Text condition;
+    for (const TextView column : {u" where WID", u" and GId", u" and Model1", u" and Model2", u" and Status"}) {
+        const std::size_t end = find_outside_literals(values, u",");
+        const TextView value = values.substr(0, end);
+        condition += Text(column) + (value == u"null" ? Text(u" is null") : u"=" + Text(value));
+        values.remove_prefix(end + 1);
+    }
+    return condition;
+}
+
+/// The condition that rows meet which an update would change: `InQty = InQty + 2,CurrentQty = CurrentQty + 2` holds for none
+/// that has it, and for all where the quantity is 0.
+Text condition_of_change(TextView update) {
+    update.remove_prefix(ledger_head::update.size());
+    TextView assignments = update.substr(0, find_outside_literals(update, ledger_head::key));
+    Text all;
+    while (true) {
+        const std::size_t end = find_outside_literals(assignments, u",");
+        all += Text(assignments.substr(0, end));
+        if (end == TextView::npos) return u"not (" + all + u")";
+        all += u" and ";
+        assignments.remove_prefix(end + 1);
+    }
+}
+
+bool have_equal_quantities(const std::vector<LedgerRow>& left, const std::vector<LedgerRow>& right) {
+    return std::ranges::equal(left, right, [](const LedgerRow& one, const LedgerRow& other) {
+        return one.received == other.received && one.issued == other.issued && one.on_hand == other.on_hand;
     });
 }
 
@@ -107,12 +165,13 @@ void PostingGuard::require_reversible(const Bill& bill) {
 }
 
 void PostingGuard::before(TextView statement) {
+    require_rollback();
     if (!has_comment(statement, database_.dialect().minus_minus)) return;
     refuse_unless_forced(say(language_, words::comment_in_statement, to_utf8(statement)));
 }
 
 void PostingGuard::refuse_unless_forced(const std::string& what) {
-    if (rules_.lets_comments_pass) {
+    if (rules_.is_forced) {
         findings_.warnings.push_back(what);
         return;
     }
@@ -122,6 +181,30 @@ void PostingGuard::refuse_unless_forced(const std::string& what) {
 void PostingGuard::after(TextView statement, const ResultTable& result) {
     note_unit_look_up(statement, result);
     note_ledger_look_up(statement, result);
+    require_one_row(statement, result);
+}
+
+void PostingGuard::require_rollback() {
+    if (!findings_.is_new(u"storage engines")) return;
+    for (const TableWithoutRollback& table : tables_without_rollback(database_)) {
+        throw TaskError(Reason::refused, say(language_, words::no_rollback, table.table, table.engine, table.table));
+    }
+}
+
+void PostingGuard::require_one_row(TextView statement, const ResultTable& result) {
+    if (!result.changed_rows || *result.changed_rows == 1) return;
+    const LedgerAction action = recognize_ledger_statement(statement).action;
+    if (action != LedgerAction::update && action != LedgerAction::insert) return;
+    // Drivers count differently: MariaDB's only rows that became other ones, others behind views and triggers.
+    const Text condition = condition_of_write(statement, action);
+    const std::vector<LedgerRow> rows = rows_of(condition);
+    const bool is_as_it_was = rows.empty() || (action == LedgerAction::update && *result.changed_rows == 0 &&
+                                               (!found_ || have_equal_quantities(rows, *found_)) &&
+                                               !rows_of(condition + u" and " + condition_of_change(statement)).empty());
+    if (is_as_it_was) throw TaskError(Reason::refused, say(language_, words::not_written, to_utf8(statement)));
+    if (action == LedgerAction::insert || rows.size() == 1) return;
+    refuse_unless_forced(
+        say(language_, words::several_rows, key_text(rows.front(), language_), rows.size(), to_utf8(statement)));
 }
 
 void PostingGuard::note_unit_look_up(TextView statement, const ResultTable& result) {
@@ -138,8 +221,12 @@ void PostingGuard::note_ledger_look_up(TextView statement, const ResultTable& re
     const auto [action, key] = recognize_ledger_statement(statement);
     if (action != LedgerAction::look_up && action != LedgerAction::count) return;
     const Text condition(key);
-    if (!conditions_.insert(condition).second) return;
-    look_ups_.push_back({condition, action == LedgerAction::look_up ? ledger_rows(result) : rows_of(condition)});
+    const bool is_new = conditions_.insert(condition).second;
+    found_.reset();
+    if (action == LedgerAction::look_up) found_ = ledger_rows(result);
+    if (!is_new) return;
+    if (!found_) found_ = rows_of(condition);
+    look_ups_.push_back({condition, *found_});
 }
 
 std::vector<LedgerRow> PostingGuard::rows_of(const Text& condition) const {

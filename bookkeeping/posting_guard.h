@@ -14,8 +14,8 @@ namespace vantlo {
 
 /// What the host refuses, since the component by design does not check it.
 struct GuardRules {
-    bool lets_comments_pass = false;  ///< `--force`
-    bool refuses_negative = false;    ///< `--fail-on-negative`
+    bool is_forced = false;         ///< `--force`: sends statements that change more ledger rows than the one they mean
+    bool refuses_negative = false;  ///< `--fail-on-negative`
 };
 
 /// A ledger row that a bill looked up, before and after; empty where there was or is no row.
@@ -47,7 +47,8 @@ private:
 /// Observes the statements of one bill; collects touched rows and warnings, refuses what the guard forbids.
 ///
 /// It judges the statements that are sent to the engine, whichever member made them. Its own queries are not observed: one
-/// for each touched row, and one for each unit without a factor.
+/// for each touched row, one for each unit without a factor, one or two for each write that did not change exactly one row,
+/// and on MariaDB one in all for the storage engines.
 class PostingGuard {
 public:
     PostingGuard(NativeConnection& database, const GuardRules& rules, Language language, Findings& findings)
@@ -60,9 +61,11 @@ public:
     ///          with two minus signs.
     void require_reversible(const Bill& bill);
 
-    /// Errors   TaskError with Reason::refused for a statement whose end, WHERE clause included, the engine would take for a comment.
+    /// Errors   TaskError with Reason::refused for a statement whose end, WHERE clause included, the engine would take for a
+    ///          comment; for any where a table of the system keeps what is rolled back.
     void before(TextView statement);
 
+    /// Errors   TaskError with Reason::refused, if a write left the ledger as it was, or changed several rows of a key.
     void after(TextView statement, const ResultTable& result);
 
     /// Warns of stock that the bill takes below zero, or further below, once for each ledger row.
@@ -79,6 +82,8 @@ private:
     };
 
     void refuse_unless_forced(const std::string& what);
+    void require_rollback();
+    void require_one_row(TextView statement, const ResultTable& result);
     void note_unit_look_up(TextView statement, const ResultTable& result);
     void note_ledger_look_up(TextView statement, const ResultTable& result);
     [[nodiscard]] std::vector<LedgerRow> rows_of(const Text& condition) const;
@@ -89,6 +94,7 @@ private:
     Findings& findings_;
     std::vector<LookUp> look_ups_;
     std::set<Text> conditions_;
+    std::optional<std::vector<LedgerRow>> found_;  ///< by the latest look-up, if it told
 };
 
 /// Whether the engine would take the end of the statement for a comment: two minus signs outside literals, where its rule

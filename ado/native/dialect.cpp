@@ -30,23 +30,31 @@ constexpr auto mariadb_columns =
     u"case when data_type='decimal' then column_type else data_type end as Y,"
     u"coalesce(character_set_name,'') as S from information_schema.columns where table_schema=database()";
 
+constexpr auto mariadb_without_rollback =
+    u"select t.table_name as T,t.engine as E from information_schema.tables t join information_schema.engines e "
+    u"on e.engine=t.engine where t.table_schema=database() and e.transactions<>'YES'";
+
 constexpr auto sqlserver_columns =
     u"select table_name as T,column_name as C,"
     u"case when data_type in ('decimal','numeric') then concat(data_type,'(',numeric_precision,',',"
     u"numeric_scale,')') else data_type end as Y,coalesce(collation_name,'') as S from information_schema.columns";
+
+constexpr auto postgresql_lock = u"lock table Inventory in share row exclusive mode";
+constexpr auto mariadb_lock = u"select count(*) as n from Inventory for update";
+constexpr auto sqlserver_lock = u"select count(*) as n from Inventory with (tablockx, holdlock)";
 
 constexpr std::string_view delete_all = "delete from Inventory";
 constexpr std::string_view truncate = "truncate table Inventory";
 
 // clang-format off
 constexpr Dialect rows[] = {
-    // name        -- is a comment            dates             transaction of a script           backslashes           empty ledger embedded columns
-    {"sqlite",     CommentRule::anywhere,     sql_server_dates, "begin;\n",             "commit;\n", nullptr,              delete_all,  true,  sqlite_columns},
-    {"postgresql", CommentRule::anywhere,     sql_server_dates, "begin;\n",             "commit;\n", nullptr,              truncate,    false, postgresql_columns},
-    {"mariadb",    CommentRule::before_blank, sql_server_dates, "begin;\n",             "commit;\n", no_backslash_escapes, truncate,    false, mariadb_columns},
-    {"sqlserver",  CommentRule::anywhere,     sql_server_dates, "begin transaction;\n", "commit;\n", nullptr,              truncate,    false, sqlserver_columns},
-    {"access",     CommentRule::nowhere,      access_dates,     "",                     "",          nullptr,              delete_all,  false, nullptr},
-    {"unknown",    CommentRule::anywhere,     sql_server_dates, "begin;\n",             "commit;\n", nullptr,              delete_all,  false, nullptr},
+    // name        -- is a comment            dates             transaction of a script           backslashes           empty ledger embedded columns             without rollback          lock of the ledger
+    {"sqlite",     CommentRule::anywhere,     sql_server_dates, "begin;\n",             "commit;\n", nullptr,              delete_all,  true,  sqlite_columns,     nullptr,                  nullptr},
+    {"postgresql", CommentRule::anywhere,     sql_server_dates, "begin;\n",             "commit;\n", nullptr,              truncate,    false, postgresql_columns, nullptr,                  postgresql_lock},
+    {"mariadb",    CommentRule::before_blank, sql_server_dates, "begin;\n",             "commit;\n", no_backslash_escapes, truncate,    false, mariadb_columns,    mariadb_without_rollback, mariadb_lock},
+    {"sqlserver",  CommentRule::anywhere,     sql_server_dates, "begin transaction;\n", "commit;\n", nullptr,              truncate,    false, sqlserver_columns,  nullptr,                  sqlserver_lock},
+    {"access",     CommentRule::nowhere,      access_dates,     "",                     "",          nullptr,              delete_all,  false, nullptr,            nullptr,                  nullptr},
+    {"unknown",    CommentRule::anywhere,     sql_server_dates, "begin;\n",             "commit;\n", nullptr,              delete_all,  false, nullptr,            nullptr,                  nullptr},
 };
 // clang-format on
 

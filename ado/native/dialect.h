@@ -34,6 +34,14 @@ struct Dialect {
     /// A select of the columns of all tables: T the table, C the column, Y the type with its digits, S the character set,
     /// encoding or collation of texts. Null for an engine that does not describe its columns.
     const char16_t* columns_query;
+
+    /// A select of the tables that keep what a transaction rolls back: T their name, E their storage engine. Null for an
+    /// engine that rolls back every table.
+    const char16_t* without_rollback_query;
+
+    /// The statement that keeps others from changing the ledger up to the end of the transaction, once those who have
+    /// changed it already are done. Null where `begin` does that, or nothing can.
+    const char16_t* lock_ledger;
 };
 
 /// All dialects. The last is `unknown`, for every other engine.

@@ -43,7 +43,12 @@ ResultTable results_of(SQLHSTMT handle, const std::string& text) {
     SQLSMALLINT column_count = 0;
     checked(SQLNumResultCols(handle, &column_count));
     ResultTable first;
-    if (column_count > 0) first = read_rows(handle, column_count);
+    if (column_count > 0) {
+        first = read_rows(handle, column_count);
+    } else {
+        SQLLEN changed = -1;
+        if (succeeded(SQLRowCount(handle, &changed)) && changed >= 0) first.changed_rows = changed;
+    }
     while (checked(SQLMoreResults(handle)) != SQL_NO_DATA) {
         checked(SQLNumResultCols(handle, &column_count));
         while (column_count > 0 && checked(SQLFetch(handle)) != SQL_NO_DATA) {

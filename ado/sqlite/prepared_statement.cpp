@@ -52,6 +52,10 @@ ResultTable PreparedStatement::read_to_end(std::string_view what_was_done) {
         int column = 0;
         for (const DeclaredType type : column_types_) row.push_back(read_field(get(), column++, type));
     }
+    // Of a statement of another kind the engine tells the count of the last one that changed rows.
+    if (!result.yields_rows && sqlite3_stmt_readonly(get()) == 0) {
+        result.changed_rows = sqlite3_changes64(sqlite3_db_handle(get()));
+    }
     return result;
 }
 

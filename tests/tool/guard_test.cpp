@@ -1,5 +1,6 @@
 #include <doctest/doctest.h>
 
+#include "ado/native/open_connection.h"
 #include "bookkeeping/posting_guard.h"
 #include "tests/support/shell.h"
 
@@ -191,6 +192,71 @@ TEST_CASE_FIXTURE(Shop, "What is saved before a refused bill is told") {
     const Finished refused = shell.vantlo("save --fail-on-negative in.json out.json");
     CHECK(refused.exit_code == 7);
     CHECK(refused.has("Saved 1 bill with 1 line."));
+}
+
+/// Runs statements on a shop's database behind the tool's back.
+void run_behind(const Shell& shell, const std::string& script) {
+    open_connection("sqlite:" + shell.path("vantlo.db"))->run_script(script);
+}
+
+TEST_CASE_FIXTURE(Shop, "A bill whose write the database swallows is refused, and nothing of it stays") {
+    struct Row {
+        const char* trigger;
+        const char* first;
+        const char* second;
+    };
+    const Row rows[] = {
+        {"create trigger Own before insert on Inventory begin select raise(ignore); end", "G1", "G7"},
+        {"create trigger Own before update on Inventory begin select raise(ignore); end", "G7", "G1"},
+    };
+    for (const Row& row : rows) {
+        INFO(row.trigger);
+        run_behind(shell, row.trigger);
+        const auto line = [](const std::string& goods) {
+            return R"("goods": ")" + goods + R"(", "quantity": 5, "receiver": "W1")";
+        };
+        shell.file("in.json", bill("stock-in", "B3", "", line(row.first) + "}, {" + line(row.second)));
+        const std::string before = shell.vantlo("ledger").output;
+        for (const std::string command : {"save", "save --dry-run", "import"}) {
+            const Finished refused = shell.vantlo(command + " in.json");
+            CHECK(refused.exit_code == 7);
+            CHECK_MESSAGE(refused.has("stock-in B3: the database took the statement and left the ledger as it was"),
+                          refused.output);
+        }
+        CHECK(shell.vantlo("ledger").output == before);
+        CHECK(shell.vantlo("delete stock-in B3").exit_code == 8);
+        run_behind(shell, "drop trigger Own");
+    }
+}
+
+TEST_CASE_FIXTURE(Shop, "A bill that would move several rows of one key is refused, and forced moves each of them") {
+    run_behind(shell, "insert into Inventory select * from Inventory where GId='G1'");
+    shell.file("in.json", bill("stock-in", "B3", "", R"("goods": "G1", "quantity": 5, "receiver": "W1")"));
+    const std::string before = shell.vantlo("ledger").output;
+    const Finished refused = shell.vantlo("save in.json");
+    CHECK(refused.exit_code == 7);
+    CHECK_MESSAGE(refused.has("several rows that the database takes for W1 G1, status 0, 2 in all"), refused.output);
+    CHECK(shell.vantlo("ledger").output == before);
+    const Finished forced = shell.vantlo("save --force in.json");
+    CHECK(forced.exit_code == 0);
+    CHECK(forced.has("warning: stock-in B3: the ledger has several rows"));
+}
+
+TEST_CASE_FIXTURE(Shop, "A ledger that is a view whose triggers do the work is posted to") {
+    run_behind(
+        shell,
+        "alter table Inventory rename to Stock; create view Inventory as select * from Stock;"
+        "create trigger I instead of insert on Inventory begin insert into Stock(WID,GId,Model1,Model2,Status,InQty,"
+        "OutQty,CurrentQty) values(new.WID,new.GId,new.Model1,new.Model2,new.Status,new.InQty,new.OutQty,"
+        "new.CurrentQty); end;"
+        "create trigger U instead of update on Inventory begin update Stock set InQty=new.InQty,OutQty=new.OutQty,"
+        "CurrentQty=new.CurrentQty where WID=new.WID and GId=new.GId; end");
+    shell.file("in.json", bill("stock-in", "B3", "",
+                               R"("goods": "G1", "quantity": 5, "receiver": "W1"}, {)"
+                               R"("goods": "G8", "quantity": 5, "receiver": "W1")"));
+    const Finished saved = shell.vantlo("save in.json");
+    CHECK_MESSAGE(saved.exit_code == 0, saved.output);
+    CHECK(shell.vantlo("ledger --goods G1").has("15"));
 }
 
 }  // namespace

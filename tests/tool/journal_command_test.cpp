@@ -185,7 +185,7 @@ TEST_CASE("adopt tells of what is worth knowing") {
     const Finished adopted = shell.vantlo("adopt --yes");
     CHECK(adopted.exit_code == 0);
     CHECK(adopted.has("hint: the ledger has no index"));
-    CHECK(adopted.has("hint: there is another trigger on Inventory, Own"));
+    CHECK(adopted.has("hint: there is another trigger or rule on Inventory, Own"));
     CHECK(!shell.vantlo("adopt --yes").has("StockMovementOf"));
 }
 

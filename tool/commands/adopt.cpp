@@ -1,8 +1,11 @@
+#include <algorithm>
 #include <iostream>
 
 #include "audit/adoption.h"
+#include "audit/ledger_conditions.h"
 #include "bookkeeping/journal.h"
 #include "tool/commands/own_parts.h"
+#include "tool/output/conditions_report.h"
 #include "tool/output/journal_report.h"
 
 namespace vantlo {
@@ -18,19 +21,13 @@ constexpr Message adopt_dry_run  = {"只显示将执行的语句", "Only show th
 constexpr Message would_make     = {"将建立：{}。主机的表不作任何改动。", "To be made: {}. Nothing of the host's own tables is altered."};
 constexpr Message journal_parts  = {"库存流水（表 StockMovement、视图 LedgerWithoutMovement 及 Inventory 上的触发器）",
                                     "the journal of movements (table StockMovement, view LedgerWithoutMovement, triggers on Inventory)"};
+constexpr Message own_column     = {"列 {}.{}", "column {}.{}"};
 constexpr Message nothing_missing = {"没有缺少的部分。", "Nothing is missing."};
 constexpr Message cannot_adopt   = {"不能接管这个数据库", "this database cannot be adopted"};
 
 constexpr Message found_no_triggers     = {"数据库没有触发器", "the database has no triggers"};
-constexpr Message found_no_ledger       = {"没有表 Inventory；vantlo init 建立数据表", "there is no table Inventory; vantlo init makes the tables"};
-constexpr Message found_column_missing  = {"Inventory 缺少 {} 列", "Inventory has no column {}"};
-constexpr Message found_view            = {"Inventory 是视图，不是表", "Inventory is a view, not a table"};
-constexpr Message found_no_transactions = {"Inventory 的存储引擎 {} 没有事务；请改为 InnoDB", "Inventory's storage engine {} has no transactions; change it to InnoDB"};
 constexpr Message found_quantity_type   = {"{}：流水只能准确记录四位以内小数的数量", "{}: movements hold quantities of at most four decimals exactly"};
 constexpr Message found_key_type        = {"{}：流水的键是 255 个字符以内的文字，状态是整数", "{}: movements have keys of at most 255 characters, and a whole number as the status"};
-constexpr Message found_no_index        = {"提示：台账没有以 WID、GId 开头的索引，每次过账都要读完整个台账", "hint: the ledger has no index that begins with WID, GId; each posting reads all of it"};
-constexpr Message found_inexact_key     = {"提示：{} 不区分大小写或类似差别，不同的键会共用一行", "hint: {} takes differing texts for equal, so that keys share rows"};
-constexpr Message found_trigger         = {"提示：Inventory 上另有触发器 {}", "hint: there is another trigger on Inventory, {}"};
 // clang-format on
 
 }  // namespace words
@@ -44,15 +41,8 @@ std::string text_of(const AdoptionNote& note, const CommonOptions& common) {
     };
     static constexpr Row rows[] = {
         {AdoptionFinding::no_triggers, words::found_no_triggers},
-        {AdoptionFinding::no_ledger, words::found_no_ledger},
-        {AdoptionFinding::column_missing, words::found_column_missing},
-        {AdoptionFinding::ledger_is_view, words::found_view},
-        {AdoptionFinding::no_transactions, words::found_no_transactions},
         {AdoptionFinding::quantity_type, words::found_quantity_type},
         {AdoptionFinding::key_type, words::found_key_type},
-        {AdoptionFinding::no_key_index, words::found_no_index},
-        {AdoptionFinding::inexact_key, words::found_inexact_key},
-        {AdoptionFinding::other_trigger, words::found_trigger},
     };
     for (const Row& row : rows) {
         if (row.finding == note.finding) return common.say(row.text, note.subject);
@@ -60,40 +50,42 @@ std::string text_of(const AdoptionNote& note, const CommonOptions& common) {
     return note.subject;
 }
 
-/// The script that makes the tables, without the journal.
-std::string script_of(const std::vector<OwnTable>& tables) {
+/// The script that makes the tables and columns, without the journal.
+std::string script_of(const std::vector<OwnTable>& tables, const std::vector<MissingColumn>& columns) {
     std::string script;
     for (const OwnTable& table : tables) script += table.statement + ";\n";
+    for (const MissingColumn& column : columns) script += column.statement + ";\n";
     return script;
 }
 
 ExitCode adopt(const CommonOptions& common, bool says_yes) {
     const auto database = common.connect()();
-    bool is_refused = false;
-    for (const AdoptionNote& note : look_before_adopting(*database)) {
-        std::cerr << text_of(note, common) << '\n';
-        is_refused = is_refused || note.refuses();
-    }
-    if (is_refused) {
+    const std::vector<LedgerCondition> conditions = ledger_conditions(*database);
+    std::cerr << report_of(conditions, common.language);
+    const std::vector<AdoptionNote> notes = look_before_adopting(*database);
+    for (const AdoptionNote& note : notes) std::cerr << text_of(note, common) << '\n';
+    if (!notes.empty() || std::ranges::any_of(conditions, refuses_adoption, &LedgerCondition::condition)) {
         std::cerr << "vantlo: " << common.say(words::cannot_adopt) << '\n';
         return ExitCode::refused;
     }
     const std::vector<OwnTable> tables = own_tables_of(*database).missing;
+    const std::vector<MissingColumn> columns = missing_own_columns(*database);
     const bool lacks_journal = journal_state(*database) != JournalState::on;
     if (common.dry_run) {
-        std::cout << script_of(tables);
+        std::cout << script_of(tables, columns);
         if (lacks_journal) std::cout << journal_scripts_for(database->dialect().name).on;
         return ExitCode::done;
     }
     PartList missing(common);
     missing.add(tables);
+    for (const MissingColumn& column : columns) missing.add(common.say(words::own_column, column.table, column.column));
     if (lacks_journal) missing.add(common.say(words::journal_parts));
     if (missing.empty()) {
         std::cerr << common.say(words::nothing_missing) << '\n';
     } else {
         if (const auto exit_code = not_confirmed(common, common.say(words::would_make, missing.text()), says_yes))
             return *exit_code;
-        database->run_script(script_of(tables));
+        database->run_script(script_of(tables, columns));
         if (lacks_journal) switch_journal_on(*database);
     }
     const JournalStatus status = journal_status(*database);

@@ -85,8 +85,7 @@ ExitCode show_bill(const CommonOptions& common, const Named& named) {
     const BillKind* const kind = known_kind(common, named.kind);
     if (kind == nullptr) return ExitCode::usage;
     const auto latest = std::make_shared<LatestChanges>();
-    Bookkeeping rehearsal(rehearsing(common.connect()), latest, common.language,
-                          GuardRules{.lets_comments_pass = true});
+    Bookkeeping rehearsal(rehearsing(common.connect()), latest, common.language, GuardRules{.is_forced = true});
     const Bill bill = rehearsal.reverse(*kind, from_utf8(named.id));
     rehearsal.save(bill);
     write_header(bill);

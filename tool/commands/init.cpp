@@ -1,15 +1,17 @@
 #include <iostream>
 
+#include "audit/ledger_conditions.h"
 #include "bills/schema.h"
 #include "bookkeeping/journal.h"
 #include "tool/commands/command.h"
+#include "tool/output/conditions_report.h"
 
 namespace vantlo {
 
 namespace words {
 
 // clang-format off
-constexpr Message init_about     = {"建立缺少的数据表", "Make the tables that are missing"};
+constexpr Message init_about     = {"建立缺少的数据表，补上较早版本的表缺少的列", "Make the tables that are missing, and columns that tables of an earlier version lack"};
 constexpr Message unique_key_option = {"禁止同一键有两行台账；多个主机同时记账时使用", "Forbid two ledger rows of one key; for several hosts at once"};
 constexpr Message init_example   = {"在 shop.db 中建立数据表", "Make the tables in shop.db"};
 constexpr Message init_dry_run_option = {"只显示将执行的语句", "Only show the statements"};
@@ -47,6 +49,8 @@ ExitCode init(const CommonOptions& common, const Wanted& wanted) {
     const auto database = common.connect(true)();
     database->run_script(schema_for(database->dialect().name));
     if (wanted.unique_key) database->run_script(unique_key_for(database->dialect().name));
+    for (const MissingColumn& missing : missing_own_columns(*database)) database->run(from_utf8(missing.statement));
+    std::cerr << report_of(ledger_conditions(*database), common.language);
     if (!wanted.no_journal) begin_journal(*database, common);
     std::cerr << common.say(words::tables_ready, database->engine()) << '\n';
     return ExitCode::done;

@@ -1,7 +1,9 @@
 #include <iostream>
 
+#include "audit/ledger_conditions.h"
 #include "audit/verification.h"
 #include "tool/commands/command.h"
+#include "tool/output/conditions_report.h"
 #include "tool/output/verify_report.h"
 
 namespace vantlo {
@@ -19,6 +21,7 @@ namespace {
 
 ExitCode verify_ledger(const CommonOptions& common) {
     const auto database = common.connect()();
+    std::cerr << report_of(ledger_conditions(*database), common.language);
     const Verification verification = verify(*database, common.language);
     std::cout << report_of(verification.findings, verification.timeline, verification.stored.size(), common.language)
               << report_of(notes_of(verification), common.language);
