@@ -184,7 +184,8 @@ TEST_CASE("Ctrl-C while vantlo waits for the database stops it, and is told in t
         CHECK(terminal.finish() == 6);
         return terminal.shown();
     };
-    CHECK(stopped("delete stock-in B1").find("vantlo: interrupted; what was begun is rolled back\r\n") != std::string::npos);
+    CHECK(stopped("delete stock-in B1").find("vantlo: interrupted; what was begun is rolled back\r\n") !=
+          std::string::npos);
     CHECK(stopped("--lang zh delete stock-in B1").find("vantlo: 已中断；未完成的部分已回滚\r\n") != std::string::npos);
     CHECK(shell.vantlo("ledger").has("Total of 1 row"));
     CHECK(shell.vantlo("delete stock-in B1").exit_code == 0);
