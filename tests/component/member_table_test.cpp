@@ -2,20 +2,22 @@
 
 #include <doctest/doctest.h>
 
+#include <iterator>
 #include <set>
 #include <string>
 
 namespace vantlo::test {
 namespace {
 
-TEST_CASE("The member table has 44 members: four property procedures and 40 bound methods") {
+TEST_CASE("The first 44 members are the first interface's: four property procedures and 40 bound methods") {
+    constexpr int of_first_interface = 44;
+    REQUIRE(std::ssize(member_table()) >= of_first_interface);
     int methods = 0;
     for (const Member& member : member_table()) {
         INFO(to_utf8(member.name));
         CHECK((member.kind == MemberKind::method) == (member.posting != nullptr));
-        methods += member.kind == MemberKind::method ? 1 : 0;
+        if (member.number < of_first_interface) methods += member.kind == MemberKind::method ? 1 : 0;
     }
-    CHECK(member_table().size() == 44);
     CHECK(methods == 40);
 }
 
