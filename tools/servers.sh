@@ -2,9 +2,12 @@
 # They set $here, the folder that it is in.
 # shellcheck shell=bash disable=SC2154
 
-# Installs packages; servers that they bring are not started by their installation.
+# Installs packages; servers that they bring are not started by their installation. Tests that run side by side wait for
+# each other here.
 install_without_starting() {
-    local policy=/usr/sbin/policy-rc.d made=no status=0
+    local policy=/usr/sbin/policy-rc.d made=no status=0 lock
+    exec {lock}<"$here/servers.sh"
+    flock "$lock"
     if [[ $(id -u) -eq 0 && ! -e $policy ]]; then
         printf '#!/bin/sh\nexit 101\n' >"$policy"
         chmod +x "$policy"
@@ -12,6 +15,7 @@ install_without_starting() {
     fi
     "$here/install-packages" "$@" || status=$?
     [[ $made == no ]] || rm -f "$policy"
+    exec {lock}<&-
     return "$status"
 }
 
