@@ -6,8 +6,8 @@
 #include <random>
 
 #include "automation/message.h"
-#include "bookkeeping/call_arguments.h"
 #include "bookkeeping/bill_history.h"
+#include "bookkeeping/call_arguments.h"
 #include "bookkeeping/import_journal.h"
 #include "bookkeeping/interrupt.h"
 #include "component/inventory_class.h"
