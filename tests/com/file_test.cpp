@@ -38,6 +38,8 @@ TEST_CASE("The file says that it needs Windows 6.0, and not when it was built") 
     CHECK(header.MajorSubsystemVersion == 6);
     CHECK(header.MinorSubsystemVersion == 0);
     CHECK(headers(library.module()).FileHeader.TimeDateStamp == 0);
+    const DWORD exports = directory(library.module(), IMAGE_DIRECTORY_ENTRY_EXPORT).VirtualAddress;
+    CHECK(at<IMAGE_EXPORT_DIRECTORY>(library.module(), exports)->TimeDateStamp == 0);
 }
 
 TEST_CASE("The library imports nothing but the system's own libraries") {
