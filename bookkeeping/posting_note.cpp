@@ -1,5 +1,8 @@
 #include "bookkeeping/posting_note.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include "automation/number_text.h"
 #include "dataaccess/sql_literals.h"
 
@@ -15,6 +18,11 @@ Variant item_of(const PostingNote::Posting& posting) {
 }
 
 Text literal(const Text& text) { return GetSqlVal(text); }
+
+Text sqlite_row(const PostingNote::Posting& posting) {
+    return u"insert into CurrentPosting(Program,BillKind,BillId) values(" + Text(program) + u"," +
+           literal(posting.kind) + u"," + literal(posting.bill) + u")";
+}
 
 Text postgresql_settings(const PostingNote::Posting& posting) {
     const Text item = posting.item == 0 ? Text() : to_text(posting.item);
@@ -45,46 +53,48 @@ Text sqlserver_context(const PostingNote::Posting& posting) {
 
 }  // namespace
 
+/// How an engine is told.
+struct PostingNote::Way {
+    std::string_view dialect;
+    const char16_t* reader;  ///< a select with rows if a journal reads the note; null where that cannot be asked
+    bool is_asked_once;      ///< else in each transaction
+    Text (*bill)(const Posting& posting);  ///< the statement that tells of a bill
+    bool tells_calls;                      ///< of each call as well, in CurrentPosting
+};
+
+// clang-format off
+// An account that may only post sees neither triggers nor journal on MariaDB and SQL Server, which are always told.
+const PostingNote::Way PostingNote::ways[] = {
+    {"sqlite",     u"select name from sqlite_schema where name = 'CurrentPosting'", false, sqlite_row, true},
+    {"postgresql", u"select tgname from pg_trigger where tgrelid = to_regclass('Inventory') and tgname = 'stockmovementofinsert'",
+                                                                                    true,  postgresql_settings, false},
+    {"mariadb",    nullptr,                                                         true,  mariadb_variables, false},
+    {"sqlserver",  nullptr,                                                         true,  sqlserver_context, false},
+};
+// clang-format on
+
 void PostingNote::begin(NativeConnection& database) {
     database_ = &database;
-    dialect_ = database.dialect().name;
-    // An account that may only post sees neither triggers nor journal on MariaDB and SQL Server: they are always told.
-    if (dialect_ == "mariadb" || dialect_ == "sqlserver") {
-        has_reader_ = true;
-    } else if (is_sqlite()) {
-        has_reader_ = !database.run(u"select name from sqlite_schema where name = 'CurrentPosting'").rows.empty();
-    } else if (dialect_ == "postgresql" && !is_known_) {
-        has_reader_ = !database
-                           .run(
-                               u"select tgname from pg_trigger where tgrelid = to_regclass('Inventory') and tgname = "
-                               u"'stockmovementofinsert'")
-                           .rows.empty();
-        is_known_ = true;
-    }
+    const Way* const way = std::ranges::find(ways, database.dialect().name, &Way::dialect);
+    way_ = way != std::end(ways) ? way : nullptr;
+    if (way_ == nullptr) has_reader_ = false;
+    if (way_ == nullptr || (way_->is_asked_once && is_known_)) return;
+    has_reader_ = way_->reader == nullptr || !database.run(way_->reader).rows.empty();
+    is_known_ = true;
 }
 
 void PostingNote::begin_bill(const Posting& posting) {
-    if (!has_reader_) return;
-    if (is_sqlite()) {
-        database_->run(u"insert into CurrentPosting(Program,BillKind,BillId) values(" + Text(program) + u"," +
-                       literal(posting.kind) + u"," + literal(posting.bill) + u")");
-    } else if (dialect_ == "postgresql") {
-        database_->run(postgresql_settings(posting));
-    } else if (dialect_ == "mariadb") {
-        database_->run(mariadb_variables(posting));
-    } else {
-        database_->run(sqlserver_context(posting));
-    }
+    if (has_reader_) database_->run(way_->bill(posting));
 }
 
 void PostingNote::before_call(const Text& member, std::int32_t item) {
-    if (!has_reader_ || !is_sqlite()) return;
+    if (!has_reader_ || !way_->tells_calls) return;
     const Variant number = item == 0 ? Variant(Null{}) : Variant(item);
     database_->run(u"update CurrentPosting set Member=" + literal(member) + u",ItemNo=" + GetSqlVal(number));
 }
 
 void PostingNote::end_bill() {
-    if (has_reader_ && is_sqlite()) database_->run(u"delete from CurrentPosting");
+    if (has_reader_ && way_->tells_calls) database_->run(u"delete from CurrentPosting");
 }
 
 }  // namespace vantlo

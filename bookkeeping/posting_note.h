@@ -33,12 +33,13 @@ public:
     void end_bill();
 
 private:
-    [[nodiscard]] bool is_sqlite() const { return dialect_ == "sqlite"; }
+    struct Way;
+    static const Way ways[];
 
     NativeConnection* database_ = nullptr;
-    std::string_view dialect_;
-    bool is_known_ = false;    ///< whether a server was asked
-    bool has_reader_ = false;  ///< whether there is a journal that reads it
+    const Way* way_ = nullptr;  ///< how this engine is told; null for one without a journal
+    bool is_known_ = false;     ///< whether a server was asked
+    bool has_reader_ = false;   ///< whether there is a journal that reads it
 };
 
 }  // namespace vantlo
