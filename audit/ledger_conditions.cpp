@@ -5,7 +5,7 @@
 
 #include "audit/ledger_entry.h"
 #include "audit/ledger_table.h"
-#include "bills/schema.h"
+#include "bookkeeping/own_tables.h"
 
 namespace vantlo {
 

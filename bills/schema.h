@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-#include "ado/native/native_connection.h"
+#include "ado/connection.h"
 
 namespace vantlo {
 
@@ -39,25 +39,6 @@ struct OwnTable {
 
 /// The tables in which vantlo keeps what it did: SavedBill, BillHistory, RepairJournal, PostingJournal. Errors: as above.
 std::vector<OwnTable> own_tables_for(std::string_view dialect);
-
-/// A column that a table of vantlo's own lacks, since an earlier version made the table, and the statement that adds it.
-struct MissingColumn {
-    std::string table;
-    std::string column;
-    std::string statement;
-};
-
-/// What the tables of vantlo's own lack; a table that is not there lacks nothing. Errors   Failure.
-std::vector<MissingColumn> missing_own_columns(NativeConnection& database);
-
-/// A table of the system whose storage engine keeps what a transaction rolls back.
-struct TableWithoutRollback {
-    std::string table;
-    std::string engine;
-};
-
-/// Errors   Failure.
-std::vector<TableWithoutRollback> tables_without_rollback(NativeConnection& database);
 
 /// Errors   Failure, for any other reason than that the table is not there.
 bool has_table(Connection& database, const std::string& name);

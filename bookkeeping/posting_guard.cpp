@@ -4,8 +4,8 @@
 
 #include "automation/message.h"
 #include "bills/field_use.h"
-#include "bills/schema.h"
 #include "bills/task_error.h"
+#include "bookkeeping/own_tables.h"
 #include "dataaccess/sql_literals.h"
 #include "dataaccess/unit_conversion.h"
 #include "posting/ledger.h"

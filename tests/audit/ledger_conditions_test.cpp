@@ -4,6 +4,7 @@
 
 #include "ado/native/open_connection.h"
 #include "bills/schema.h"
+#include "bookkeeping/own_tables.h"
 #include "tests/support/sample_shop.h"
 #include "tool/output/conditions_report.h"
 

@@ -4,6 +4,7 @@
 #include "audit/adoption.h"
 #include "audit/ledger_conditions.h"
 #include "bookkeeping/journal.h"
+#include "bookkeeping/own_tables.h"
 #include "tool/commands/own_parts.h"
 #include "tool/output/conditions_report.h"
 #include "tool/output/journal_report.h"

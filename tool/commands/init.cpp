@@ -3,6 +3,7 @@
 #include "audit/ledger_conditions.h"
 #include "bills/schema.h"
 #include "bookkeeping/journal.h"
+#include "bookkeeping/own_tables.h"
 #include "tool/commands/command.h"
 #include "tool/output/conditions_report.h"
 
