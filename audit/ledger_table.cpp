@@ -54,7 +54,8 @@ constexpr Catalog catalogs[] = {
      u"where object_id = object_id('Inventory')",
      u"select column_name as name, data_type as type, character_maximum_length as length, numeric_precision as digits, "
      u"numeric_scale as decimals from information_schema.columns where table_name = 'Inventory' "
-     u"and columnproperty(object_id('Inventory'), column_name, 'IsComputed') = 0 order by ordinal_position",
+     u"and columnproperty(object_id('Inventory'), column_name, 'IsComputed') = 0 and data_type <> 'timestamp' "
+     u"and columnproperty(object_id('Inventory'), column_name, 'IsIdentity') = 0 order by ordinal_position",
      u"select stuff((select ',' + c.name from sys.index_columns k join sys.columns c on c.object_id = k.object_id "
      u"and c.column_id = k.column_id where k.object_id = i.object_id and k.index_id = i.index_id order by k.key_ordinal "
      u"for xml path('')), 1, 1, '') as key_list from sys.indexes i where i.object_id = object_id('Inventory') and i.index_id > 0",

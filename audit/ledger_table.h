@@ -22,7 +22,7 @@ struct LedgerTable {
     bool is_described = false;  ///< whether the engine has a catalog that is known; all else is empty without one
     bool exists = false;
     bool is_view = false;
-    std::vector<LedgerColumn> columns;  ///< those that have values of their own: no computed ones
+    std::vector<LedgerColumn> columns;  ///< those that can be written: no computed ones
     std::vector<std::string> indexes;   ///< the columns of each, in order, in small letters, with commas between
     std::vector<std::string> triggers;  ///< of others than vantlo; rules too, where the engine has them
 

@@ -4,10 +4,13 @@
 
 #include "automation/calendar.h"
 #include "automation/number_text.h"
+#include "bookkeeping/program_note.h"
 
 namespace vantlo {
 
 namespace {
+
+constexpr TextView remarks_column = u"Remarks";
 
 Text literal_of(std::optional<std::int64_t> quantity) {
     return quantity ? number_text(Currency::from_ten_thousandths(*quantity)) : Text(u"null");
@@ -49,35 +52,37 @@ Text update_of(const LedgerEntry& entry) {
     return u"update Inventory set " + assignments + u" where " + condition_of(entry.key);
 }
 
+/// Gives the rows what the stored ones have beside key and quantities: class, unit and remarks. Rows that are merged keep
+/// the remarks of each.
+void keep_details(std::vector<LedgerEntry>& after, const std::vector<LedgerEntry>& stored) {
+    for (std::size_t row = 0; row < stored.size() && !after.empty(); ++row) {
+        LedgerEntry& kept = after[std::min(row, after.size() - 1)];
+        if (row < after.size()) {
+            kept.details = stored[row].details;
+            continue;
+        }
+        for (std::size_t i = 0; i < detail_columns.size(); ++i) {
+            Variant& detail = kept.details[i];
+            const Variant& other = stored[row].details[i];
+            if (detail.is<Null>()) detail = other;
+            if (detail_columns[i] != remarks_column || other.is<Null>() || to_text(other).empty()) continue;
+            const Text remarks = to_text(detail);
+            if (remarks.empty()) detail = other;
+            if (remarks.find(to_text(other)) == Text::npos) detail = remarks + u"; " + to_text(other);
+        }
+    }
+}
+
 Repair repair_of(Cause cause, const Difference& rows) {
     Repair repair{cause, rows.key, rows.stored, rows.expected, {}, {}};
+    keep_details(repair.after, rows.stored);
     if (rows.stored.size() == 1 && rows.expected.size() == 1) {
-        repair.after.front().details = rows.stored.front().details;
         repair.statements.push_back(update_of(repair.after.front()));
         return repair;
     }
     if (!rows.stored.empty()) repair.removal = u"delete from Inventory where " + condition_of(rows.key);
     for (const LedgerEntry& entry : repair.after) repair.statements.push_back(insertion_of(entry));
     return repair;
-}
-
-/// One line of the journal: a row as it was and as it is, either of which can be missing.
-Text journal_entry(const Repair& repair, const std::string& cause, const LedgerEntry* before,
-                   const LedgerEntry* after) {
-    Text columns = u"Cause,Action";
-    const TextView action = before == nullptr ? u"insert" : after == nullptr ? u"delete" : u"update";
-    Text values = exact_literal(from_utf8(cause)) + u"," + exact_literal(action);
-    for (std::size_t i = 0; i < key_columns.size(); ++i) {
-        add(columns, key_columns[i]);
-        add(values, literal_of(repair.key, i));
-    }
-    for (std::size_t i = 0; i < quantity_columns.size(); ++i) {
-        add(columns, Text(u"Before") + quantity_columns[i]);
-        add(values, before == nullptr ? Text(u"null") : literal_of(before->quantities[i]));
-        add(columns, Text(u"After") + quantity_columns[i]);
-        add(values, after == nullptr ? Text(u"null") : literal_of(after->quantities[i]));
-    }
-    return u"insert into RepairJournal(" + columns + u") values(" + values + u")";
 }
 
 }  // namespace
@@ -90,18 +95,31 @@ std::vector<Repair> repairs_of(const std::vector<Finding>& findings) {
     return repairs;
 }
 
-void run_repairs(const std::vector<Repair>& repairs, NativeConnection& database, const NameOfCause& name_of_cause) {
+Text program_of_repair(std::int64_t number) { return Text(repair_program) + from_utf8(std::to_string(number)); }
+
+RepairOutcome run_repairs(const std::vector<Repair>& repairs, NativeConnection& database,
+                          const NameOfCause& name_of_cause) {
+    const RowImages images(database);
+    RepairOutcome outcome{next_repair_number(database), {}};
+    std::vector<std::vector<RowImage>> before;
+    for (const Repair& repair : repairs) before.push_back(images.of(condition_of(repair.key)));
+    ProgramNote note(database, program_of_repair(outcome.number));
     for (const Repair& repair : repairs) {
         if (!repair.removal.empty()) database.run(repair.removal);
     }
     for (const Repair& repair : repairs) {
         for (const Text& statement : repair.statements) database.run(statement);
-        for (std::size_t i = 0; i < std::max(repair.before.size(), repair.after.size()); ++i) {
-            database.run(journal_entry(repair, name_of_cause(repair.cause),
-                                       i < repair.before.size() ? &repair.before[i] : nullptr,
-                                       i < repair.after.size() ? &repair.after[i] : nullptr));
-        }
     }
+    note.end();
+    for (std::size_t i = 0; i < repairs.size(); ++i) {
+        const Repair& repair = repairs[i];
+        const std::vector<RowImage> after = images.of(condition_of(repair.key));
+        if (before[i].size() != repair.before.size() || after.size() != repair.after.size()) {
+            outcome.spoilt.push_back(repair.key);
+        }
+        enter_repair(database, outcome.number, {from_utf8(name_of_cause(repair.cause)), before[i], after});
+    }
+    return outcome;
 }
 
 }  // namespace vantlo

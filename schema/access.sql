@@ -173,10 +173,13 @@ create table BillHistory (
     DoneAt   datetime
 );
 
--- What `vantlo repair --apply` changed in the ledger, one row for each: its quantities before and after, null where the row
--- was not there.
+-- What `vantlo repair` changed in the ledger, a row for each ledger row. The rows of one repair have its number;
+-- UndoneNo is the number of the repair that this one undid. The quantities before and after are null where the row was not
+-- there. BeforeRow and AfterRow have the whole row: its columns, each with its value as an SQL literal.
 create table RepairJournal (
     EntryNo           counter primary key,
+    RepairNo          long,
+    UndoneNo          long,
     Cause             text(100),
     Action            text(40),
     WID               text(40),
@@ -190,6 +193,8 @@ create table RepairJournal (
     AfterOutQty       currency,
     BeforeCurrentQty  currency,
     AfterCurrentQty   currency,
+    BeforeRow         memo,
+    AfterRow          memo,
     RepairedAt        datetime
 );
 

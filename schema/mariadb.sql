@@ -173,10 +173,13 @@ create table if not exists BillHistory (
     DoneAt   datetime default current_timestamp
 ) engine = InnoDB default character set utf8mb4 collate utf8mb4_nopad_bin;
 
--- What `vantlo repair --apply` changed in the ledger, one row for each: its quantities before and after, null where the row
--- was not there.
+-- What `vantlo repair` changed in the ledger, a row for each ledger row. The rows of one repair have its number;
+-- UndoneNo is the number of the repair that this one undid. The quantities before and after are null where the row was not
+-- there. BeforeRow and AfterRow have the whole row: its columns, each with its value as an SQL literal.
 create table if not exists RepairJournal (
     EntryNo           integer not null auto_increment primary key,
+    RepairNo          integer,
+    UndoneNo          integer,
     Cause             varchar(100),
     Action            varchar(40),
     WID               varchar(40),
@@ -190,6 +193,8 @@ create table if not exists RepairJournal (
     AfterOutQty       decimal(19,4),
     BeforeCurrentQty  decimal(19,4),
     AfterCurrentQty   decimal(19,4),
+    BeforeRow         longtext,
+    AfterRow          longtext,
     RepairedAt        datetime default current_timestamp
 ) engine = InnoDB default character set utf8mb4 collate utf8mb4_nopad_bin;
 

@@ -174,10 +174,13 @@ create table if not exists BillHistory (
     DoneAt   datetime default current_timestamp
 );
 
--- What `vantlo repair --apply` changed in the ledger, one row for each: its quantities before and after, null where the row
--- was not there.
+-- What `vantlo repair` changed in the ledger, a row for each ledger row. The rows of one repair have its number;
+-- UndoneNo is the number of the repair that this one undid. The quantities before and after are null where the row was not
+-- there. BeforeRow and AfterRow have the whole row: its columns, each with its value as an SQL literal.
 create table if not exists RepairJournal (
     EntryNo           integer primary key,
+    RepairNo          integer,
+    UndoneNo          integer,
     Cause             nvarchar(100),
     Action            nvarchar(40),
     WID               nvarchar(40),
@@ -191,6 +194,8 @@ create table if not exists RepairJournal (
     AfterOutQty       money,
     BeforeCurrentQty  money,
     AfterCurrentQty   money,
+    BeforeRow         nvarchar(1000000),
+    AfterRow          nvarchar(1000000),
     RepairedAt        datetime default current_timestamp
 );
 

@@ -182,10 +182,13 @@ if object_id('BillHistory') is null create table BillHistory (
     DoneAt   datetime default current_timestamp
 );
 
--- What `vantlo repair --apply` changed in the ledger, one row for each: its quantities before and after, null where the row
--- was not there.
+-- What `vantlo repair` changed in the ledger, a row for each ledger row. The rows of one repair have its number;
+-- UndoneNo is the number of the repair that this one undid. The quantities before and after are null where the row was not
+-- there. BeforeRow and AfterRow have the whole row: its columns, each with its value as an SQL literal.
 if object_id('RepairJournal') is null create table RepairJournal (
     EntryNo           int identity primary key,
+    RepairNo          int,
+    UndoneNo          int,
     Cause             nvarchar(100) collate Chinese_PRC_BIN2,
     Action            nvarchar(40) collate Chinese_PRC_BIN2,
     WID               nvarchar(40) collate Chinese_PRC_BIN2,
@@ -199,6 +202,8 @@ if object_id('RepairJournal') is null create table RepairJournal (
     AfterOutQty       money,
     BeforeCurrentQty  money,
     AfterCurrentQty   money,
+    BeforeRow         nvarchar(max) collate Chinese_PRC_BIN2,
+    AfterRow          nvarchar(max) collate Chinese_PRC_BIN2,
     RepairedAt        datetime default current_timestamp
 );
 

@@ -185,4 +185,6 @@ std::string cause_text(Cause cause, Language language) {
 
 std::string cause_in_journal(Cause cause) { return cause_text(cause, Language::english); }
 
+std::string undo_in_journal(std::int64_t number) { return fmt::format("repair {} undone", number); }
+
 }  // namespace vantlo

@@ -21,4 +21,7 @@ std::string cause_text(Cause cause, Language language);
 /// The same for RepairJournal: English whatever the user's language, so that one query finds a cause.
 std::string cause_in_journal(Cause cause);
 
+/// What RepairJournal calls the undoing of a repair. Example: `repair 3 undone`
+std::string undo_in_journal(std::int64_t number);
+
 }  // namespace vantlo

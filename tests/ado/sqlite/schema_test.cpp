@@ -33,8 +33,9 @@ TEST_CASE("The tables have the columns of the system under their own names") {
         {"SavedBill", "Marker,SavedAt"},
         {"BillHistory", "EntryNo,Kind,BillId,Action,Content,DoneAt"},
         {"RepairJournal",
-         "EntryNo,Cause,Action,WID,GId,Model1,Model2,Status,BeforeInQty,AfterInQty,BeforeOutQty,AfterOutQty,"
-         "BeforeCurrentQty,AfterCurrentQty,RepairedAt"},
+         "EntryNo,RepairNo,UndoneNo,Cause,Action,WID,GId,Model1,Model2,Status,BeforeInQty,AfterInQty,BeforeOutQty,"
+         "AfterOutQty,"
+         "BeforeCurrentQty,AfterCurrentQty,BeforeRow,AfterRow,RepairedAt"},
         {"PostingJournal", "Kind,BillId,Member,ItemNo,Content,PostedAt"},
         {"Warehouse", "ID,Name"},
         {"StockBill", "Id,Kind,BillDate,ReferFlag,Remarks"},
