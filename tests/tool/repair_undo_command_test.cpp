@@ -161,6 +161,19 @@ TEST_CASE("A repair is refused where the database takes the keys of its rows for
     CHECK(refused.has("  WID='W1' and GId='GA' and Model1='' and Model2='' and Status=0\n"));
     CHECK(shell.vantlo("ledger --format csv").output == before);
     CHECK(shell.vantlo("verify").has("hint: GId compare without regard to case"));
+    CHECK(shell.vantlo("repair").has("hint: GId compare without regard to case"));
+    CHECK(shell.vantlo("repair --list").output == "Nothing has been repaired yet.\n");
+}
+
+TEST_CASE_FIXTURE(Shop, "A database without RepairJournal is told how to get it") {
+    run("drop table RepairJournal; update Inventory set InQty=25,CurrentQty=25");
+    const std::string before = ledger();
+    for (const std::string command : {"--apply --only changed-quantity --yes", "--undo 1 --yes", "--list"}) {
+        const Finished refused = shell.vantlo("repair " + command);
+        CHECK(refused.exit_code == 7);
+        CHECK_MESSAGE(refused.has("there is no table RepairJournal: vantlo init makes it"), refused.output);
+    }
+    CHECK(ledger() == before);
 }
 
 TEST_CASE_FIXTURE(Shop, "vantlo repair says so where others write") {

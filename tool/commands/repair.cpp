@@ -171,23 +171,34 @@ ExitCode apply_in_transaction(NativeConnection& database, const RepairChoice& ch
     });
 }
 
-/// Whether the database is one in which rows can be repaired, and repairs undone; tells why if not.
-bool can_repair(NativeConnection& database, const CommonOptions& common) {
-    bool can = true;
-    for (const LedgerCondition& condition : ledger_conditions(database)) {
-        if (!refuses_repair(condition.condition)) continue;
-        can = false;
-        std::cerr << text_of(condition, common.language) << '\n';
+/// Whether the database has the journal of repairs, with all of its columns; tells what to do if not.
+bool has_repair_journal(NativeConnection& database, const std::vector<LedgerCondition>& conditions,
+                        const CommonOptions& common) {
+    if (!has_table(database, "RepairJournal")) {
+        std::cerr << "vantlo: " << common.say(words::no_repair_journal) << '\n';
+        return false;
     }
-    if (!can) std::cerr << "vantlo: " << common.say(words::cannot_repair) << '\n';
-    if (!can || has_table(database, "RepairJournal")) return can;
-    std::cerr << "vantlo: " << common.say(words::no_repair_journal) << '\n';
-    return false;
+    return std::ranges::count(conditions, Condition::older_table, &LedgerCondition::condition) == 0;
+}
+
+/// Whether rows can be repaired in the database, and repairs undone; tells all that is worth knowing of it.
+bool can_repair(NativeConnection& database, const CommonOptions& common) {
+    const std::vector<LedgerCondition> conditions = ledger_conditions(database);
+    std::cerr << report_of(conditions, common.language);
+    if (std::ranges::any_of(conditions, refuses_repair, &LedgerCondition::condition)) {
+        std::cerr << "vantlo: " << common.say(words::cannot_repair) << '\n';
+        return false;
+    }
+    return has_repair_journal(database, conditions, common);
 }
 
 ExitCode list_repairs(const CommonOptions& common) {
     const auto database = common.connect()();
-    if (!can_repair(*database, common)) return ExitCode::refused;
+    const std::vector<LedgerCondition> conditions = ledger_conditions(*database);
+    if (!has_repair_journal(*database, conditions, common)) {
+        std::cerr << report_of(conditions, common.language);
+        return ExitCode::refused;
+    }
     std::cout << report_of(past_repairs(*database), common.language);
     return ExitCode::done;
 }
@@ -236,7 +247,11 @@ ExitCode undo_repair(const CommonOptions& common, std::int64_t number, bool says
 
 ExitCode repair_ledger(const CommonOptions& common, const RepairOptions& options, bool says_yes) {
     const auto database = common.connect()();
-    if (options.applies && !can_repair(*database, common)) return ExitCode::refused;
+    if (options.applies) {
+        if (!can_repair(*database, common)) return ExitCode::refused;
+    } else {
+        std::cerr << report_of(ledger_conditions(*database), common.language);
+    }
     const RepairChoice choice = options.choice();
     const Verification verification = verify(*database, common.language);
     const RepairPlan plan = plan_repairs(verification, choice);
