@@ -72,16 +72,16 @@ TEST_CASE("On servers a ledger that is not as the schema makes it is told") {
          {{Condition::other_trigger, "Own"}}},
     };
     for (const Server& server : servers()) {
-        for (const auto& [change, expected] : rows) {
-            if (change.dialect != server.dialect) continue;
-            INFO(std::string(change.script));
+        for (const Row& row : rows) {
+            if (row.change.dialect != server.dialect) continue;
+            INFO(std::string(row.change.script));
             {
                 const EmptyShop untouched(server, false);
                 CHECK(report_of(ledger_conditions(*server.connect()), Language::english).empty());
             }
-            const ChangedShop shop(server, change.script);
+            const ChangedShop shop(server, row.change.script);
             CHECK(report_of(ledger_conditions(*shop.connection), Language::english) ==
-                  report_of(expected, Language::english));
+                  report_of(row.conditions, Language::english));
             shop.connection->run_script(server.dialect == "mariadb"
                                             ? "alter table StockBillItems engine = InnoDB"
                                             : "drop table RepairJournal; drop collation if exists no_case cascade");
@@ -154,16 +154,16 @@ TEST_CASE("Nothing is posted on servers where a write is swallowed, meets severa
          "the storage engine of StockBillItems, MyISAM, cannot roll back"},
     };
     for (const Server& server : servers()) {
-        for (const auto& [change, told] : rows) {
-            if (change.dialect != server.dialect) continue;
-            INFO(std::string(change.script));
-            const ChangedShop shop(server, change.script);
+        for (const Row& row : rows) {
+            if (row.change.dialect != server.dialect) continue;
+            INFO(std::string(row.change.script));
+            const ChangedShop shop(server, row.change.script);
             const ResultTable before = shop.connection->run(u"select * from Inventory");
             const std::string said = refusal(*shop.connection);
-            CHECK_MESSAGE(said.find(told) != std::string::npos, said);
+            CHECK_MESSAGE(said.find(row.told) != std::string::npos, said);
             CHECK(shop.connection->run(u"select * from Inventory").rows == before.rows);
             CHECK(rows_in(*shop.connection, u"StockBill") == 0);
-            if (std::string(told).find("several") != std::string::npos) {
+            if (std::string(row.told).find("several") != std::string::npos) {
                 CHECK(refusal(*shop.connection, true).empty());
             }
             shop.connection->run_script(server.dialect == "mariadb" ? "alter table StockBillItems engine = InnoDB"
@@ -195,13 +195,13 @@ TEST_CASE("A ledger that is a view, and partitions that a trigger fills, are pos
         {"mariadb", "alter table Inventory rename to Stock; create view Inventory as select * from Stock"},
     };
     for (const Server& server : servers()) {
-        for (const auto& [dialect, script] : changes) {
-            if (dialect != server.dialect) continue;
-            INFO(std::string(script));
+        for (const Change& change : changes) {
+            if (change.dialect != server.dialect) continue;
+            INFO(std::string(change.script));
             {
                 const EmptyShop emptied(server, false);
                 const auto database = open_connection(server.connection_string);
-                database->run_script(script);
+                database->run_script(change.script);
                 CHECK(refusal(*database).empty());
                 CHECK(rows_in(*database, u"Inventory") == 2);
                 const bool is_view = server.dialect == "mariadb";
