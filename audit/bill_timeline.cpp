@@ -3,10 +3,11 @@
 #include <algorithm>
 #include <map>
 #include <optional>
-#include <set>
 #include <tuple>
 
+#include "automation/calendar.h"
 #include "bookkeeping/bill_history.h"
+#include "bookkeeping/shop_description.h"
 
 namespace vantlo {
 
@@ -28,12 +29,19 @@ Text text_of(const Variant& value) { return value.is<Null>() ? Text() : to_text(
 
 std::string shown(const Text& first, const Text& second) { return to_utf8(first + u" " + second); }
 
-/// A quantity or status as the tables of this system keep it, whatever the type of the column that it comes from.
+/// A value as the tables of this system keep it, whatever the type of the column that it comes from. A number that stands
+/// as a text stays one.
 Variant in_own_type(const Variant& value, ColumnType type) {
-    if (!value.is<Other>()) return value;
-    if (type == ColumnType::single) return static_cast<float>(to_double(value));
-    if (type == ColumnType::whole_number) return to_long(value);
-    return value;
+    if (value.is<Null>()) return value;
+    const Text* const text = value.get_if<Text>();
+    switch (type) {
+        case ColumnType::text: return to_text(value);
+        case ColumnType::single: return text == nullptr ? Variant(static_cast<float>(to_double(value))) : value;
+        case ColumnType::whole_number: return text == nullptr ? Variant(to_long(value)) : value;
+        case ColumnType::date: break;
+    }
+    const std::optional<Date> date = text == nullptr ? std::nullopt : date_from_text(*text);
+    return date ? Variant(*date) : value;
 }
 
 Record read_record(Recordset& rows, std::span<const BillColumn> columns) {
@@ -45,9 +53,10 @@ Record read_record(Recordset& rows, std::span<const BillColumn> columns) {
     return record;
 }
 
-std::map<Text, std::vector<Record>> read_lines(NativeConnection& database, const BillTable& table) {
+std::map<Text, std::vector<Record>> read_lines(NativeConnection& database, const BillSource& source) {
+    const BillTable& table = *source.lines;
     std::map<Text, std::vector<Record>> lines;
-    const RecordsetVariable rows = database.execute(Text(u"select * from ") + table.name + u" order by ItemNo");
+    const RecordsetVariable rows = database.execute(source.select_lines);
     for (; !rows->eof(); rows->move_next()) {
         lines[text_of(rows->field(table.id_column))].push_back(read_record(*rows, table.columns));
     }
@@ -57,10 +66,9 @@ std::map<Text, std::vector<Record>> read_lines(NativeConnection& database, const
 class StoredBills {
 public:
     StoredBills(NativeConnection& database, BillTimeline& timeline) {
-        std::set<const BillTable*> read;
-        for (const BillKind& kind : bill_kinds()) {
-            if (read.insert(kind.header).second) read_table(database, *kind.header, *kind.lines, timeline);
-        }
+        const std::vector<BillSource> sources = bill_sources(database, Language::english);
+        timeline.has_bills = !sources.empty();
+        for (const BillSource& source : sources) read_source(database, source, timeline);
     }
 
     /// Takes a bill out. Returns nothing if there is none of that name.
@@ -83,10 +91,10 @@ public:
     }
 
 private:
-    void read_table(NativeConnection& database, const BillTable& header, const BillTable& lines,
-                    BillTimeline& timeline) {
-        std::map<Text, std::vector<Record>> lines_of = read_lines(database, lines);
-        const RecordsetVariable rows = database.execute(Text(u"select * from ") + header.name);
+    void read_source(NativeConnection& database, const BillSource& source, BillTimeline& timeline) {
+        const BillTable& header = *source.header;
+        std::map<Text, std::vector<Record>> lines_of = read_lines(database, source);
+        const RecordsetVariable rows = database.execute(source.select_headers);
         for (; !rows->eof(); rows->move_next()) {
             const Text id = text_of(rows->field(header.id_column));
             const Text kind_name = text_of(rows->field(u"Kind"));
@@ -100,7 +108,7 @@ private:
             if (!own_lines.empty()) bill.lines = std::move(own_lines.mapped());
             bills_.insert_or_assign(BillName{kind_name, id}, std::move(bill));
         }
-        for (const auto& [id, rest] : lines_of) timeline.headless.push_back(shown(lines.name, id));
+        for (const auto& [id, rest] : lines_of) timeline.headless.push_back(shown(source.lines->name, id));
     }
 
     std::map<BillName, Bill> bills_;

@@ -20,6 +20,7 @@ struct BillEvent {
 /// All that moved the ledger of a database, in the order in which it did.
 struct BillTimeline {
     std::vector<BillEvent> events;
+    bool has_bills = true;  ///< whether it is known how the bill tables are read; if not, no bill takes part
 
     // What cannot take part, as `KIND ID`.
     std::vector<std::string> lost;          ///< saved by the history, and now stored nowhere

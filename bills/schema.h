@@ -37,7 +37,8 @@ struct OwnTable {
     std::vector<Column> columns;
 };
 
-/// The tables in which vantlo keeps what it did: SavedBill, BillHistory, RepairJournal, PostingJournal. Errors: as above.
+/// The tables in which vantlo keeps what it did and was told: SavedBill, BillHistory, RepairJournal, PostingJournal,
+/// ShopDescription. Errors: as above.
 std::vector<OwnTable> own_tables_for(std::string_view dialect);
 
 /// Errors   Failure, for any other reason than that the table is not there.

@@ -209,3 +209,10 @@ create table PostingJournal (
     PostedAt  datetime,
     primary key (BillId, Kind, Member, ItemNo)
 );
+
+-- How the shop's own bill tables are read, as `vantlo adopt --shop` was told: one row at most; docs/adopting.md. Without a
+-- row the tables above are read.
+create table ShopDescription (
+    Content      memo,
+    DescribedAt  datetime
+);

@@ -211,3 +211,10 @@ create table if not exists PostingJournal (
 ) engine = InnoDB default character set utf8mb4 collate utf8mb4_nopad_bin;
 -- A table that is there already may have a narrower one.
 alter table PostingJournal modify Content varchar(100) not null;
+
+-- How the shop's own bill tables are read, as `vantlo adopt --shop` was told: one row at most; docs/adopting.md. Without a
+-- row the tables above are read.
+create table if not exists ShopDescription (
+    Content      longtext,
+    DescribedAt  datetime default current_timestamp
+) engine = InnoDB default character set utf8mb4 collate utf8mb4_nopad_bin;

@@ -211,3 +211,10 @@ create table if not exists PostingJournal (
 );
 -- A table that is there already may have a narrower one.
 alter table PostingJournal alter column Content type varchar(100);
+
+-- How the shop's own bill tables are read, as `vantlo adopt --shop` was told: one row at most; docs/adopting.md. Without a
+-- row the tables above are read.
+create table if not exists ShopDescription (
+    Content      text,
+    DescribedAt  timestamp(0) default current_timestamp
+);

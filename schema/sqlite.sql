@@ -210,3 +210,10 @@ create table if not exists PostingJournal (
     PostedAt  datetime default current_timestamp,
     primary key (BillId, Kind, Member, ItemNo)
 );
+
+-- How the shop's own bill tables are read, as `vantlo adopt --shop` was told: one row at most; docs/adopting.md. Without a
+-- row the tables above are read.
+create table if not exists ShopDescription (
+    Content      nvarchar(1000000),
+    DescribedAt  datetime default current_timestamp
+);

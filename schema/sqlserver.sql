@@ -220,3 +220,10 @@ if object_id('PostingJournal') is null create table PostingJournal (
 );
 -- A table that is there already may have a narrower one.
 alter table PostingJournal alter column Content nvarchar(100) collate Chinese_PRC_BIN2 not null;
+
+-- How the shop's own bill tables are read, as `vantlo adopt --shop` was told: one row at most; docs/adopting.md. Without a
+-- row the tables above are read.
+if object_id('ShopDescription') is null create table ShopDescription (
+    Content      nvarchar(max) collate Chinese_PRC_BIN2,
+    DescribedAt  datetime default current_timestamp
+);

@@ -48,13 +48,13 @@ constexpr std::string_view truncate = "truncate table Inventory";
 
 // clang-format off
 constexpr Dialect rows[] = {
-    // name        -- is a comment            dates             transaction of a script           backslashes           empty ledger embedded columns             without rollback          lock of the ledger
-    {"sqlite",     CommentRule::anywhere,     sql_server_dates, "begin;\n",             "commit;\n", nullptr,              delete_all,  true,  sqlite_columns,     nullptr,                  nullptr},
-    {"postgresql", CommentRule::anywhere,     sql_server_dates, "begin;\n",             "commit;\n", nullptr,              truncate,    false, postgresql_columns, nullptr,                  postgresql_lock},
-    {"mariadb",    CommentRule::before_blank, sql_server_dates, "begin;\n",             "commit;\n", no_backslash_escapes, truncate,    false, mariadb_columns,    mariadb_without_rollback, mariadb_lock},
-    {"sqlserver",  CommentRule::anywhere,     sql_server_dates, "begin transaction;\n", "commit;\n", nullptr,              truncate,    false, sqlserver_columns,  nullptr,                  sqlserver_lock},
-    {"access",     CommentRule::nowhere,      access_dates,     "",                     "",          nullptr,              delete_all,  false, nullptr,            nullptr,                  nullptr},
-    {"unknown",    CommentRule::anywhere,     sql_server_dates, "begin;\n",             "commit;\n", nullptr,              delete_all,  false, nullptr,            nullptr,                  nullptr},
+    // name        -- is a comment            dates             transaction of a script           backslashes           quote empty ledger embedded columns             without rollback          lock of the ledger
+    {"sqlite",     CommentRule::anywhere,     sql_server_dates, "begin;\n",             "commit;\n", nullptr,              u'"', delete_all,  true,  sqlite_columns,     nullptr,                  nullptr},
+    {"postgresql", CommentRule::anywhere,     sql_server_dates, "begin;\n",             "commit;\n", nullptr,              u'"', truncate,    false, postgresql_columns, nullptr,                  postgresql_lock},
+    {"mariadb",    CommentRule::before_blank, sql_server_dates, "begin;\n",             "commit;\n", no_backslash_escapes, u'`', truncate,    false, mariadb_columns,    mariadb_without_rollback, mariadb_lock},
+    {"sqlserver",  CommentRule::anywhere,     sql_server_dates, "begin transaction;\n", "commit;\n", nullptr,              u'"', truncate,    false, sqlserver_columns,  nullptr,                  sqlserver_lock},
+    {"access",     CommentRule::nowhere,      access_dates,     "",                     "",          nullptr,              u'`', delete_all,  false, nullptr,            nullptr,                  nullptr},
+    {"unknown",    CommentRule::anywhere,     sql_server_dates, "begin;\n",             "commit;\n", nullptr,              u'"', delete_all,  false, nullptr,            nullptr,                  nullptr},
 };
 // clang-format on
 

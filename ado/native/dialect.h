@@ -25,6 +25,9 @@ struct Dialect {
     /// The statement that makes a backslash in a literal an ordinary character; null where it is one by default.
     const char16_t* plain_backslashes;
 
+    /// The quotes around an identifier of any characters; doubled, it stands for itself.
+    char16_t identifier_quote;
+
     /// The fastest statement that deletes all rows of the ledger.
     std::string_view empty_ledger;
 

@@ -14,6 +14,8 @@ namespace words {
 // clang-format off
 constexpr Message ledger_agrees  = {"台账与单据相符：单据 {} 张，台账 {} 行。",
                                            "The ledger agrees with the bills: {:bill|bills}, {:ledger row|ledger rows}."};
+constexpr Message no_bills_known = {"没有单据参加核对：不知道怎样读取单据表（见 vantlo adopt --propose）。台账只与库存流水比较；下面的“单据”是指流水。",
+                                           "No bill takes part: how the bill tables are read is not known (see vantlo adopt --propose). The ledger is compared\nwith its movements alone; what follows calls them bills."};
 constexpr Message ledger_differs = {"台账与单据不符：原因 {} 种，{} 处，台账 {} 行。",
                                            "The ledger differs from the bills: causes {}, cases {}, ledger rows {}."};
 constexpr Message stored_row     = {"台账", "ledger"};
@@ -157,7 +159,8 @@ private:
 
 std::string report_of(const std::vector<Finding>& findings, const BillTimeline& timeline, std::size_t ledger_rows,
                       Language language) {
-    return Report(timeline, language).text(findings, ledger_rows);
+    const std::string report = Report(timeline, language).text(findings, ledger_rows);
+    return timeline.has_bills ? report : say(language, words::no_bills_known) + "\n" + report;
 }
 
 std::string report_of(const std::vector<Note>& notes, Language language) {

@@ -37,6 +37,7 @@ TEST_CASE("The tables have the columns of the system under their own names") {
          "AfterOutQty,"
          "BeforeCurrentQty,AfterCurrentQty,BeforeRow,AfterRow,RepairedAt"},
         {"PostingJournal", "Kind,BillId,Member,ItemNo,Content,PostedAt"},
+        {"ShopDescription", "Content,DescribedAt"},
         {"Warehouse", "ID,Name"},
         {"StockBill", "Id,Kind,BillDate,ReferFlag,Remarks"},
         {"StockBillItems",
