@@ -1,7 +1,9 @@
 #pragma once
 
+#include <algorithm>
 #include <span>
 #include <string_view>
+#include <vector>
 
 #include "bills/bill.h"
 
@@ -19,6 +21,12 @@ struct MasterTable {
 struct MasterRow {
     const MasterTable* table;
     Record values;
+    std::vector<TextView> left_out = {};  ///< columns whose values it does not know: a stored row keeps its own
+
+    [[nodiscard]] bool knows(TextView column) const {
+        return std::find(left_out.begin(), left_out.end(), column) == left_out.end();
+    }
+    [[nodiscard]] std::span<const BillColumn> keys() const { return table->columns.first(table->keys); }
 };
 
 std::span<const MasterTable> master_tables();

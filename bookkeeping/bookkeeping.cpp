@@ -10,6 +10,7 @@
 #include "bookkeeping/call_arguments.h"
 #include "bookkeeping/import_journal.h"
 #include "bookkeeping/interrupt.h"
+#include "bookkeeping/stored_bill.h"
 #include "component/inventory_class.h"
 #include "dataaccess/shell_hooks.h"
 #include "dataaccess/sql_literals.h"
@@ -37,11 +38,6 @@ void keep_message(const char16_t* text, const char16_t*, std::int32_t) noexcept 
     } catch (...) {
         // Without memory for the message, the posting's result still tells of the failure.
     }
-}
-
-/// `Id=` or the like, followed by the literal of a bill's identifier.
-Text where_id(const BillTable& table, const Text& id) {
-    return Text(u" where ") + table.id_column + u"=" + GetSqlVal(id);
 }
 
 /// A bill as people name it.
@@ -106,7 +102,6 @@ public:
     void record(TextView action, const Bill& bill, const Variant& content);
 
 private:
-    std::vector<Record> read_lines(const BillTable& table, const Text& id);
     /// What the database said of the failure that stopped a member; empty if it was none of the database's.
     /// Errors   whatever else stopped it: a TaskError.
     [[nodiscard]] std::string account_of_failure() const;
@@ -280,12 +275,9 @@ void Bookkeeping::Session::store(const Bill& bill) {
 }
 
 Bill Bookkeeping::Session::stored(const BillKind& kind, const Text& id) {
-    const RecordsetVariable header =
-        connection_.execute(Text(u"select * from ") + kind.header->name + where_id(*kind.header, id));
-    if (header->eof() || to_text(header->field(u"Kind")) != from_utf8(kind.name)) {
-        throw TaskError(Reason::no_such_bill, words::no_such_bill.in(language_));
-    }
-    return {&kind, id, read_row(*header, kind.header->columns), read_lines(*kind.lines, id)};
+    std::optional<Bill> bill = stored_bill(connection_, kind, id);
+    if (!bill) throw TaskError(Reason::no_such_bill, words::no_such_bill.in(language_));
+    return *std::move(bill);
 }
 
 void Bookkeeping::Session::post(std::span<const MemberCall> calls, const Bill& bill,
@@ -344,12 +336,21 @@ void Bookkeeping::Session::erase_from_journal(const Bill& bill) {
 
 void Bookkeeping::Session::replace(const MasterRow& row) {
     Text key;
-    for (const BillColumn& column : row.table->columns.first(row.table->keys)) {
+    for (const BillColumn& column : row.keys()) {
         key += key.empty() ? u" where " : u" and ";
         key += Text(column.column) + u"=" + GetSqlVal(row.values.value(column.column));
     }
-    connection_.execute(Text(u"delete from ") + row.table->name + key);
-    insert(row.table->name, row.values);
+    if (connection_.execute(Text(u"select * from ") + row.table->name + key)->eof()) {
+        insert(row.table->name, row.values);
+        return;
+    }
+    Text values;
+    for (const BillColumn& column : row.table->columns.subspan(row.table->keys)) {
+        if (!row.knows(column.column)) continue;
+        if (!values.empty()) values += u",";
+        values += Text(column.column) + u"=" + GetSqlVal(row.values.value(column.column));
+    }
+    if (!values.empty()) connection_.execute(Text(u"update ") + row.table->name + u" set " + values + key);
 }
 
 void Bookkeeping::Session::insert(const char16_t* table, const Record& record) {
@@ -363,16 +364,8 @@ void Bookkeeping::Session::insert(const char16_t* table, const Record& record) {
     connection_.execute(Text(u"insert into ") + table + u"(" + columns + u") values(" + values + u")");
 }
 
-std::vector<Record> Bookkeeping::Session::read_lines(const BillTable& table, const Text& id) {
-    const RecordsetVariable rows =
-        connection_.execute(Text(u"select * from ") + table.name + where_id(table, id) + u" order by ItemNo");
-    std::vector<Record> lines;
-    for (; !rows->eof(); rows->move_next()) lines.push_back(read_row(*rows, table.columns));
-    return lines;
-}
-
 void Bookkeeping::Session::erase(const BillTable& table, const Text& id) {
-    connection_.execute(Text(u"delete from ") + table.name + where_id(table, id));
+    connection_.execute(Text(u"delete from ") + table.name + where_bill(table, id));
 }
 
 void Bookkeeping::Session::record(TextView action, const Bill& bill, const Variant& content) {

@@ -46,7 +46,7 @@ public:
     explicit Bookkeeping(Connect connect, std::shared_ptr<BookkeepingObserver> observer = {},
                          Language language = Language::chinese, std::optional<GuardRules> guard = {});
 
-    /// Stores master rows in one transaction; a row that is there already is replaced.
+    /// Stores master rows in one transaction. A row that is there already takes the values that the new one knows.
     void save_master(std::span<const MasterRow> rows);
 
     /// Stores a bill and posts it.

@@ -9,9 +9,9 @@
 #include <map>
 #include <span>
 #include <unordered_map>
-#include <unordered_set>
 
 #include "bookkeeping/bill_history.h"
+#include "bookkeeping/stored_bill.h"
 #include "dataaccess/sql_literals.h"
 
 namespace vantlo {
@@ -23,12 +23,17 @@ using Contents = std::unordered_map<Text, Text>;
 
 Text key_of(TextView kind, TextView id) { return Text(kind) + u"\n" + Text(id); }
 
+/// Kinds of bills by id.
+using Kinds = std::unordered_map<Text, Text>;
+
 /// The bills of one table that are among `ids`, a list of literals.
-std::unordered_set<Text> stored_bills(NativeConnection& database, const BillTable& table, const Text& ids) {
-    std::unordered_set<Text> found;
+Kinds stored_kinds(NativeConnection& database, const BillTable& table, const Text& ids) {
+    Kinds found;
     const Text id = table.id_column;
-    const Text look_up = u"select " + id + u" from " + table.name + u" where " + id + u" in (" + ids + u")";
-    for (const auto& row : database.run(look_up).rows) found.insert(to_text(row[0]));
+    const Text look_up = u"select " + id + u",Kind from " + table.name + u" where " + id + u" in (" + ids + u")";
+    for (const auto& row : database.run(look_up).rows) {
+        found.emplace(to_text(row[0]), row[1].is<Null>() ? Text() : to_text(row[1]));
+    }
     return found;
 }
 
@@ -79,12 +84,17 @@ Text digest_of_json(const Bill& bill) {
     return from_utf8(fmt::format("{:016x}", digest));
 }
 
-BillState state_of(const Bill& bill, const std::unordered_set<Text>& stored, const Contents& contents) {
+BillState state_of(NativeConnection& database, const Bill& bill, const Kinds& stored, const Contents& contents) {
     const Text id(trim_blanks(bill.id));
-    const auto content = contents.find(key_of(from_utf8(bill.kind->name), id));
-    if (!stored.contains(id)) return content == contents.end() ? BillState::absent : BillState::lost;
-    if (content == contents.end()) return BillState::stored_otherwise;
-    return is_content_of(content->second, bill) ? BillState::imported : BillState::imported_otherwise;
+    const Text kind = from_utf8(bill.kind->name);
+    const auto content = contents.find(key_of(kind, id));
+    const auto stored_kind = stored.find(id);
+    if (stored_kind == stored.end()) return content == contents.end() ? BillState::absent : BillState::lost;
+    if (stored_kind->second != kind) return BillState::other_kind;
+    if (content != contents.end())
+        return is_content_of(content->second, bill) ? BillState::imported : BillState::imported_otherwise;
+    const std::optional<Bill> before = stored_bill(database, *bill.kind, id);
+    return before && is_stored_as(*before, bill) ? BillState::stored : BillState::stored_otherwise;
 }
 
 }  // namespace
@@ -115,9 +125,9 @@ std::vector<BillState> states_of(NativeConnection& database, const std::vector<B
                 if (!ids.empty()) ids += u',';
                 ids += GetSqlVal(bills[index].id);
             }
-            const std::unordered_set<Text> stored = stored_bills(database, *table, ids);
+            const Kinds stored = stored_kinds(database, *table, ids);
             const Contents contents = posted_contents(database, ids);
-            for (const std::size_t index : chunk) states[index] = state_of(bills[index], stored, contents);
+            for (const std::size_t index : chunk) states[index] = state_of(database, bills[index], stored, contents);
         }
     }
     return states;

@@ -8,12 +8,14 @@
 
 namespace vantlo {
 
-/// What a database knows of a bill that is to be imported.
+/// What a database knows of a bill that is to be saved or imported.
 enum class BillState {
     absent,
     imported,  ///< with the same content
     imported_otherwise,
-    stored_otherwise,  ///< under this id, by another road than import or as a bill of another kind
+    stored,            ///< by another road than import, with the same content
+    stored_otherwise,  ///< likewise, with other content
+    other_kind,        ///< the id is that of a bill of another kind
     lost,              ///< imported, but its rows are gone
 };
 

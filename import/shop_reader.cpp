@@ -26,6 +26,8 @@ constexpr Message field_missing  = {"缺少“{}”", "\"{}\" is missing"};
 constexpr Message field_empty    = {"“{}”为空", "\"{}\" is empty"};
 constexpr Message field_ignored  = {"“{}”：{} 单据不使用此字段，请去掉", "\"{}\": a {} does not read this field; leave it out"};
 constexpr Message no_bill_lines  = {"单据没有行", "the bill has no lines"};
+constexpr Message shared_id      = {"编号 {}（{} 与 {} 共用编号）", "the id {}, which a {} and a {} cannot both have,"};
+constexpr Message date_is_null   = {"{}：{} 会保存为没有日期", "{}: {} would be kept as no date"};
 constexpr Message given_twice    = {"{} 出现了两次；前一次在 {}:{}:{}", "{} is given twice; it stands at {}:{}:{} already"};
 constexpr Message object_expected = {"此处应为对象，而不是{}", "an object is expected, not {}"};
 constexpr Message list_expected  = {"{}：应为列表，而不是{}", "{}: a list is expected, not {}"};
@@ -142,8 +144,10 @@ void ShopReader::take_row(const MasterTable& table, const InputValue& row) {
         key += '\n';
         key += to_utf8(trim_blanks(text));
     }
-    if (is_new(key, fmt::format("{} {}", table.field, what), row.offset)) {
-        shop_.master.push_back({&table, std::move(values)});
+    if (!is_new(key, fmt::format("{} {}", table.field, what), row.offset)) return;
+    MasterRow& stored = shop_.master.emplace_back(MasterRow{&table, std::move(values)});
+    for (const BillColumn& column : table.columns) {
+        if (row.member(column.field) == nullptr) stored.left_out.push_back(column.column);
     }
 }
 
@@ -170,8 +174,12 @@ void ShopReader::take_bill(const InputValue& object) {
         check_use(line, *bill.kind, BillPart::line, bill.lines.back());
     }
     const std::string trimmed = to_utf8(trim_blanks(bill.id));
-    const std::string what = fmt::format("{} {}", bill.kind->name, trimmed);
-    if (!is_new(to_utf8(header.name) + "\n" + trimmed, what, id.offset)) return;
+    const std::string key = to_utf8(header.name) + "\n" + trimmed;
+    const auto first = kinds_.try_emplace(key, bill.kind).first->second;
+    const std::string what = first == bill.kind
+                                 ? fmt::format("{} {}", bill.kind->name, trimmed)
+                                 : say(errors_.language(), words::shared_id, trimmed, first->name, bill.kind->name);
+    if (!is_new(key, what, id.offset)) return;
     shop_.bills.push_back(std::move(bill));
     bill_origins_.push_back({source_, id.offset});
 }
@@ -235,7 +243,11 @@ Variant ShopReader::read_value(const InputValue& value, const BillColumn& column
     // A time alone would be read as a time on 30 December 1899.
     const bool has_day = is_text(value) && value.text.find_first_of("-/") != std::string::npos;
     const std::optional<Date> date = has_day ? date_from_text(from_utf8(value.text)) : std::nullopt;
-    if (date) return *date;
+    if (date && date->days != 0) return *date;
+    if (date) {  // 30 December 1899: the component writes null for it
+        tell(value.offset, words::date_is_null, column.field, shown(value));
+        return Null{};
+    }
     tell(value.offset, words::date_expected, column.field, shown(value));
     return Null{};
 }

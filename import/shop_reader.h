@@ -80,8 +80,9 @@ private:
     ShopFile shop_;
     std::vector<Origin> bill_origins_;
     std::vector<std::unique_ptr<const SourceText>> sources_;
-    const SourceText* source_ = nullptr;            ///< the file that is being read
-    std::unordered_map<std::string, Origin> seen_;  ///< keys of rows and bills
+    const SourceText* source_ = nullptr;                      ///< the file that is being read
+    std::unordered_map<std::string, Origin> seen_;            ///< keys of rows and bills
+    std::unordered_map<std::string, const BillKind*> kinds_;  ///< of the bills, by their keys
 };
 
 }  // namespace vantlo

@@ -64,10 +64,39 @@ TEST_CASE("vantlo leaves nothing of a bill that cannot be posted, and says what 
     CHECK(shell.vantlo("--lang zh save huge.json").has("In_AddInventory 返回 6（数值超出"));
     CHECK(shell.vantlo("ledger").output == before);
     CHECK(shell.vantlo("delete stock-in B2").exit_code == 8);
+}
+
+TEST_CASE("vantlo save passes over a bill that is stored already, and names one that is stored otherwise") {
+    const Shell shell;
+    shell.vantlo("init");
+    shell.file("first.json", stock_in("B1", "0.1"));
+    CHECK(shell.vantlo("save first.json").exit_code == 0);
+    const std::string before = shell.vantlo("ledger").output;
     const Finished twice = shell.vantlo("save first.json");
-    CHECK(twice.exit_code == 1);
-    CHECK(twice.has("UNIQUE constraint failed"));
+    CHECK(twice.exit_code == 0);
+    CHECK_MESSAGE(twice.has("Saved 0 bills with 0 lines. 1 bill was there already.\n"), twice.output);
+    CHECK(shell.vantlo("--lang zh save --dry-run first.json").has("另有 1 张单据已保存过。"));
+
+    shell.file("other.json", stock_in("B1", "2"));
+    const Finished other = shell.vantlo("save other.json");
+    CHECK(other.exit_code == 5);
+    CHECK(other.output == "other.json:1:39: stock-in B1 is stored already, with other content\n");
+    CHECK(shell.vantlo("save --dry-run other.json").exit_code == 5);
+    shell.file(
+        "loss.json",
+        R"({"bills": [{"kind": "loss", "id": "B1", "lines": [{"goods": "G1", "quantity": 1, "supplier": "W1"}]}]})");
+    CHECK(shell.vantlo("save loss.json").output ==
+          "loss.json:1:35: loss B1: a bill of another kind has this id; all kinds that are kept in StockBill share "
+          "their ids\n");
+    CHECK(shell.vantlo("save first.json loss.json").exit_code == 5);
     CHECK(shell.vantlo("ledger").output == before);
+
+    // Files of one call, too; and nothing of them is saved if one is refused.
+    shell.file("second.json", stock_in("B2", "1"));
+    shell.file("third.json", stock_in("B2", "3"));
+    CHECK(shell.vantlo("save second.json third.json").has("third.json:1:39: stock-in B2 is stored already"));
+    CHECK(shell.vantlo("ledger").output == before);
+    CHECK(shell.vantlo("save second.json second.json").has("Saved 1 bill with 1 line. 1 bill was there already.\n"));
 }
 
 TEST_CASE("vantlo takes all of a file or nothing, and names what is wrong with it") {

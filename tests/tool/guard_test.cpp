@@ -178,6 +178,48 @@ TEST_CASE_FIXTURE(Shop, "An unknown unit is warned of once, a base unit and a un
     CHECK(unknown.output.find(warning) == unknown.output.rfind(warning));
 }
 
+TEST_CASE_FIXTURE(Shop, "Unknown goods and warehouses are warned of once, together, and --strict refuses them") {
+    const std::string line = R"({"goods": "GX", "quantity": 1, "receiver": "WX"})";
+    shell.file("in.json", R"({"bills": [{"kind": "stock-in", "id": "B3", "lines": [)" + line + "," + line +
+                              R"(, {"goods": "GY", "unit": "箱", "quantity": 1, "receiver": "W1"}]}]})");
+    const std::string before = shell.vantlo("ledger").output;
+    // A shop without any master data has no use for a warning.
+    CHECK(!shell.vantlo("save --dry-run in.json").has("not in the table"));
+    for (const std::string command : {"save", "import"}) {
+        const Finished refused = shell.vantlo(command + " --strict in.json");
+        CHECK(refused.exit_code == 7);
+        CHECK_MESSAGE(refused.has("goods that are not in the table of goods (2): GX, GY\n"), refused.output);
+        CHECK(refused.has("warehouses that are not in the table of warehouses (2): W1, WX\n"));
+        CHECK(refused.has("unknown units, which would count as one base unit (1): GY 箱\n"));
+    }
+    shell.file("master.json", R"({"goods": [{"id": "GX"}], "warehouses": [{"id": "W1"}]})");
+    CHECK(!shell.vantlo("save master.json").has("warning"));
+    CHECK(shell.vantlo("ledger").output == before);
+    const Finished warned = shell.vantlo("save in.json");
+    CHECK(warned.exit_code == 0);
+    CHECK_MESSAGE(warned.has("vantlo: warning: goods that are not in the table of goods (1): GY\n"), warned.output);
+    CHECK(warned.has("vantlo: warning: warehouses that are not in the table of warehouses (1): WX\n"));
+    CHECK(shell.vantlo("--lang zh save --dry-run --strict in.json").exit_code == 0);  // passed over
+}
+
+TEST_CASE_FIXTURE(Shop, "Factors of 0 or below and quantities that come to nothing are warned of") {
+    const auto line = [](const std::string& unit, const std::string& quantity) {
+        return R"({"goods": "G1", "receiver": "W1", "unit": ")" + unit + R"(", "quantity": )" + quantity + "}";
+    };
+    shell.file("in.json", R"({"units": [{"goods": "G1", "unit": "box", "factor": -2}, {"goods": "G1", "unit": "nil"},
+        {"goods": "G1", "unit": "crate", "factor": 1000}], "bills": [{"kind": "stock-in", "id": "B3", "lines": [)" +
+                              line("box", "1") + "," + line("nil", "1") + "," + line("crate", "0.00001") + "," +
+                              line("", "0.00001") + "]}]}");
+    const Finished warned = shell.vantlo("save --dry-run in.json");
+    CHECK(warned.exit_code == 0);
+    CHECK_MESSAGE(
+        warned.has("units with a factor of 0 or below (2; 0 counts as 1, a negative factor turns receipts into "
+                   "issues): G1 box -2, G1 nil 0\n"),
+        warned.output);
+    CHECK(warned.has("lines whose quantity comes to 0 in base units (2): stock-in B3 3, stock-in B3 4\n"));
+    CHECK(shell.vantlo("import --strict in.json").exit_code == 7);
+}
+
 TEST_CASE_FIXTURE(Shop, "A line without a quantity is warned of") {
     shell.file("null.json", bill("assembly", "A1", R"("goods": "G9", "warehouse": "W1", "quantity": null, )",
                                  R"("goods": "G1", "warehouse": "W1", "quantity": null)"));

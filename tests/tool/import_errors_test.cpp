@@ -104,6 +104,8 @@ TEST_CASE("vantlo import names each fault of a JSON file with its place") {
          "a.json:1:53: date: a date like 2024-03-05 is expected, not \"2024-02-30\"\n"},
         {"a.json", bill(", \"date\": \"12:30\"", "\"quantity\": 1"),
          "a.json:1:53: date: a date like 2024-03-05 is expected, not \"12:30\"\n"},
+        {"a.json", bill(", \"date\": \"1899-12-30\"", "\"quantity\": 1"),
+         "a.json:1:53: date: \"1899-12-30\" would be kept as no date\n"},
         {"a.json", bill(", \"date\": 20240305", "\"quantity\": 1"),
          "a.json:1:53: date: a date like 2024-03-05 is expected, not 20240305\n"},
         {"a.json", bill(", \"status\": 32768", "\"quantity\": 1"),
@@ -210,6 +212,9 @@ TEST_CASE("vantlo import names each fault of a CSV file with its place") {
          "b.csv:3:13: bill.date: \"2024-03-06\" differs from \"2024-03-05\" in the bill's first row\n"},
         {"b.csv", losses_of("loss,B1,,G1,box,1,W1\nloss,B2,,G1,box,1,W1\nloss,B1,,G1,box,1,W1\n"),
          "b.csv:4:6: loss B1 is given twice; it stands at b.csv:2:6 already\n"},
+        {"b.csv", losses_of("loss,B1,,G1,box,1,W1\nstock-out,B1,,G1,box,1,W1\n"),
+         "b.csv:3:11: the id B1, which a loss and a stock-out cannot both have, is given twice; it stands at b.csv:2:6 "
+         "already\n"},
         {"b.csv", losses_of("loss,B1,,\"G\n1\",box,x,W1\r\nloss,B2,,G1,box,y,W1\n"),
          "b.csv:2:10: goods: the text contains a line break or another control character\n"
          "b.csv:3:8: quantity: a number is expected, not \"x\"\n"

@@ -140,7 +140,9 @@ TEST_CASE("vantlo import tells bills that the database knows otherwise, and take
     CHECK(refused.output ==
           "more.jsonl:1:28: stock-in B1: a bill with this id is stored already, and not by an import\n"
           "more.jsonl:2:28: stock-in B2 was imported before with other content\n"
-          "more.jsonl:3:24: loss B3: a bill with this id is stored already, and not by an import\n"
+          "more.jsonl:3:24: loss B3: a bill of another kind has this id; all kinds that are kept in StockBill share "
+          "their "
+          "ids\n"
           "more.jsonl:4:25: stock B4 was imported before, but is no longer stored\n");
     CHECK(shell.vantlo("ledger").output == before);
 
@@ -173,8 +175,47 @@ TEST_CASE("vantlo import replaces master data that is there already") {
     shell.file("units.csv", "goods,unit,factor\nG1,box,12\nG2,box,6\n");
     CHECK(shell.vantlo("import units.csv").exit_code == 0);
     shell.file("units.csv", "goods,unit,factor\nG1,box,10\n");
-    CHECK(shell.vantlo("import units.csv").exit_code == 0);
+    const Finished changed = shell.vantlo("import units.csv");
+    CHECK(changed.exit_code == 0);
+    CHECK_MESSAGE(changed.has("units G1 box: factor \"12\" becomes \"10\"\n"), changed.output);
     CHECK(query(shell, "select * from GoodsUnit order by id") == "G1|box|10.0\nG2|box|6.0\n");
+    CHECK(!shell.vantlo("import units.csv").has("becomes"));
+}
+
+TEST_CASE("vantlo import keeps the master data that a file does not have") {
+    const Shell shell;
+    shell.vantlo("init");
+    shell.file("goods.csv", "id,name,class,unit,remarks\nG1,Screen,A01,pc,first\n");
+    CHECK(shell.vantlo("import goods.csv").exit_code == 0);
+    shell.file("goods.csv", "id,name,class,unit\nG1,Big screen,,pc\nG2,Cable,,\n");
+    const std::string change = "goods G1: name \"Screen\" becomes \"Big screen\"\n";
+    CHECK(shell.vantlo("import --dry-run goods.csv").has(change));
+    CHECK(shell.vantlo("import goods.csv").has(change));
+    CHECK(!shell.vantlo("import goods.csv").has("becomes"));
+    CHECK(query(shell, "select ID, Name, Class, Unit, Remarks from Goods") ==
+          "G1|Big screen|A01|pc|first\nG2|Cable|||\n");
+    shell.file("goods.json", R"({"goods": [{"id": "G1", "remarks": ""}]})");
+    CHECK(shell.vantlo("save goods.json").has("goods G1: remarks \"first\" becomes \"\"\n"));
+    CHECK(query(shell, "select Name, Remarks from Goods where ID=\"G1\"") == "Big screen|\n");
+}
+
+TEST_CASE("A changed factor of a unit in use needs the user's word") {
+    const Shell shell;
+    shell.vantlo("init");
+    shell.file("units.csv", "goods,unit,factor\nG1,box,12\n");
+    shell.file("bills.csv", "bill.kind,bill.id,goods,unit,quantity,receiver\nstock-in,B1,G1,box,2,W1\n");
+    CHECK(shell.vantlo("import units.csv bills.csv").exit_code == 0);
+    shell.file("units.csv", "goods,unit,factor\nG1,box,10\n");
+    for (const std::string command : {"import", "save"}) {
+        const Finished refused = shell.vantlo(command + " units.csv </dev/null");
+        CHECK(refused.exit_code == 2);
+        CHECK_MESSAGE(refused.has("units G1 box: factor 12 becomes 10, with 1 stored line in that unit\n"),
+                      refused.output);
+    }
+    CHECK(query(shell, "select UnitConverter from GoodsUnit") == "12.0\n");
+    CHECK(shell.vantlo("import --dry-run units.csv").exit_code == 0);
+    CHECK(shell.vantlo("import --yes units.csv").exit_code == 0);
+    CHECK(query(shell, "select UnitConverter from GoodsUnit") == "10.0\n");
 }
 
 TEST_CASE("A progress line shows share, rate and remaining time, and gives way where there is no room") {

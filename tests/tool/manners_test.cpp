@@ -157,6 +157,7 @@ TEST_CASE("Ctrl-C rolls back the bill at hand, keeps those before it, and says s
     CHECK(!ledger.has("G3 "));
     CHECK(ledger.has("Total of 3 rows"));
     CHECK(shell.vantlo("delete stock-in B2").exit_code == 8);
+    CHECK(shell.vantlo("save bills.json").has("Saved 2 bills with 503 lines. 1 bill was there already.\n"));
     CHECK(shell.vantlo("delete stock-in B1").exit_code == 0);
 }
 

@@ -17,7 +17,6 @@ namespace words {
 
 // clang-format off
 constexpr Message confirmation   = {"{} 是否继续？[y/N] ", "{} Go on? [y/N] "};
-constexpr Message yes_option     = {"不再询问", "Do not ask"};
 constexpr Message yes_needed     = {"无法询问；请加 --yes", "nobody can be asked: say --yes"};
 constexpr Message commands       = {"命令", "Commands"};
 constexpr Message examples       = {"示例", "Examples"};

@@ -5,6 +5,7 @@
 #include "bookkeeping/interrupt.h"
 #include "import/shop_reader.h"
 #include "tool/commands/command.h"
+#include "tool/commands/file_checks.h"
 #include "tool/output/progress_bar.h"
 
 namespace vantlo {
@@ -28,7 +29,6 @@ constexpr Message import_stopped = {"已导入 {} 张单据，共 {} 行，还�
                                            "Imported {:bill|bills} with {:line|lines}, {:is|are} left. Once this is put right, the same command goes on from there."};
 constexpr Message imported_otherwise = {"{} {} 此前已导入，但内容不同", "{} {} was imported before with other content"};
 constexpr Message stored_otherwise = {"{} {}：已有此编号的单据，且不是由导入保存的", "{} {}: a bill with this id is stored already, and not by an import"};
-constexpr Message import_lost    = {"{} {} 此前已导入，但单据已不在数据库中", "{} {} was imported before, but is no longer stored"};
 // clang-format on
 
 }  // namespace words
@@ -53,12 +53,15 @@ std::vector<const Bill*> bills_to_import(NativeConnection& database, ShopReader&
         const Bill& bill = bills[index];
         const auto tell = [&](const Message& wording) {
             const ShopReader::Origin& origin = reader.bill_origins()[index];
-            reader.errors().add(*origin.source, origin.offset, wording, bill.kind->name, to_utf8(bill.id));
+            reader.errors().add(*origin.source, origin.offset, wording, bill.kind->name, to_utf8(bill.id),
+                                to_utf8(bill.kind->header->name));
         };
         switch (states[index]) {
             case BillState::absent: absent.push_back(&bill); break;
             case BillState::imported: break;
             case BillState::imported_otherwise: tell(words::imported_otherwise); break;
+            case BillState::other_kind: tell(words::id_taken); break;
+            case BillState::stored:
             case BillState::stored_otherwise: tell(words::stored_otherwise); break;
             case BillState::lost: tell(words::import_lost); break;
         }
@@ -150,12 +153,19 @@ private:
     std::size_t done_lines_ = 0;
 };
 
-ExitCode import(const CommonOptions& common, const ImportOptions& options) {
+ExitCode import(const CommonOptions& common, const ImportOptions& options, const FileCheckOptions& checks) {
     ShopReader reader(common.language);
     for (const std::string& path : options.paths) reader.read(path, options.files);
     reader.errors().raise();
-    const std::vector<const Bill*> bills = bills_to_import(*common.connect()(), reader);
-    reader.errors().raise();
+    std::vector<const Bill*> bills;
+    {
+        const auto database = common.connect()();
+        bills = bills_to_import(*database, reader);
+        reader.errors().raise();
+        const std::vector<MasterRow>& master = reader.shop().master;
+        check_names(*database, master, bills, checks, common);
+        if (const auto exit_code = master_not_confirmed(*database, master, checks, common)) return *exit_code;
+    }
 
     std::string summary;
     {
@@ -183,8 +193,10 @@ void add_import(CLI::App& app, CommandCall& call) {
         ->default_str("utf-8");
     command->add_option("--table", options->files.table, common.say(words::table_option));
     add_posting_options(*command, common);
-    command->callback(
-        [&call, options] { call.work = [&common = call.common, options] { return import(common, *options); }; });
+    const auto checks = add_file_check_options(*command, common);
+    command->callback([&call, options, checks] {
+        call.work = [&common = call.common, options, checks] { return import(common, *options, *checks); };
+    });
 }
 
 }  // namespace vantlo

@@ -1,8 +1,15 @@
+#include <algorithm>
 #include <iostream>
+#include <iterator>
+#include <list>
+#include <map>
 
+#include "bookkeeping/import_journal.h"
 #include "bookkeeping/interrupt.h"
-#include "import/shop_file.h"
+#include "bookkeeping/stored_bill.h"
+#include "import/shop_reader.h"
 #include "tool/commands/command.h"
+#include "tool/commands/file_checks.h"
 
 namespace vantlo {
 
@@ -14,9 +21,11 @@ constexpr Message save_files     = {"含基础资料和单据的 JSON 文件", "
 constexpr Message save_example   = {"保存文件中的单据，每张单据一个事务", "Save the bills of a file, each in a transaction of its own"};
 constexpr Message save_sql_example = {"同时显示发出的每条语句", "Show every statement beside it"};
 constexpr Message save_dry_example = {"只显示会发生什么", "Show what would happen"};
+constexpr Message stored_otherwise = {"{} {}：已有此单据，但内容不同", "{} {} is stored already, with other content"};
 constexpr Message saved          = {"已保存 {} 张单据，共 {} 行。", "Saved {:bill|bills} with {:line|lines}."};
-constexpr Message interrupted_at = {"已中断：已保存 {} 张单据，共 {} 行；{} {} 已回滚，其后的单据未处理。",
-                                           "Interrupted: saved {:bill|bills} with {:line|lines}; {} {} was rolled back, and none after it begun."};
+constexpr Message interrupted_at = {"已中断：已保存 {} 张单据，共 {} 行；{} {} 已回滚，其后的单据未处理。再次运行同一命令即可继续。",
+                                           "Interrupted: saved {:bill|bills} with {:line|lines}; {} {} was rolled back, and none after it begun. The same command goes on from there."};
+constexpr Message passed_over    = {"另有 {} 张单据已保存过。", " {:bill was|bills were} there already."};
 constexpr Message would_save     = {"将保存 {} 张单据，共 {} 行；未写入任何数据。", "Would save {:bill|bills} with {:line|lines}; nothing was written."};
 // clang-format on
 
@@ -29,6 +38,52 @@ struct Saved {
     std::size_t bills = 0;
     std::size_t lines = 0;
 };
+
+/// One file, and those of its bills that are not stored yet.
+struct FileToSave {
+    explicit FileToSave(Language language) : reader(language) {}
+
+    ShopReader reader;
+    std::vector<const Bill*> bills;
+};
+
+/// Leaves out bills that are stored already. `chosen` has those of all files so far, by table and id.
+/// Returns  how many were left out.
+/// Errors   bills that are stored otherwise are added to the file's errors.
+std::size_t choose_bills(NativeConnection& database, FileToSave& file, std::map<std::string, const Bill*>& chosen) {
+    const std::vector<Bill>& bills = file.reader.shop().bills;
+    const std::vector<BillState> states = states_of(database, bills);
+    std::size_t passed_over = 0;
+    for (std::size_t index = 0; index < bills.size(); ++index) {
+        const Bill& bill = bills[index];
+        const auto tell = [&](const Message& wording) {
+            const ShopReader::Origin& origin = file.reader.bill_origins()[index];
+            file.reader.errors().add(*origin.source, origin.offset, wording, bill.kind->name, to_utf8(bill.id),
+                                     to_utf8(bill.kind->header->name));
+        };
+        const std::string key = to_utf8(bill.kind->header->name) + "\n" + to_utf8(bill.id);
+        const auto [before, is_first] = chosen.try_emplace(key, &bill);
+        if (!is_first) {  // of another file of this call
+            if (before->second->kind != bill.kind)
+                tell(words::id_taken);
+            else if (!is_stored_as(*before->second, bill))
+                tell(words::stored_otherwise);
+            else
+                ++passed_over;
+            continue;
+        }
+        switch (states[index]) {
+            case BillState::absent: file.bills.push_back(&bill); break;
+            case BillState::imported:
+            case BillState::stored: ++passed_over; break;
+            case BillState::imported_otherwise:
+            case BillState::stored_otherwise: tell(words::stored_otherwise); break;
+            case BillState::other_kind: tell(words::id_taken); break;
+            case BillState::lost: tell(words::import_lost); break;
+        }
+    }
+    return passed_over;
+}
 
 void save_bill(Bookkeeping& bookkeeping, const Bill& bill, Saved& saved, const CommonOptions& common) {
     try {
@@ -43,18 +98,39 @@ void save_bill(Bookkeeping& bookkeeping, const Bill& bill, Saved& saved, const C
     saved.lines += bill.lines.size();
 }
 
-ExitCode save(const CommonOptions& common, const std::vector<std::string>& paths) {
-    std::vector<ShopFile> files;
-    for (const std::string& path : paths) files.push_back(read_shop_file(path, common.language));
+ExitCode save(const CommonOptions& common, const std::vector<std::string>& paths, const FileCheckOptions& options) {
+    std::list<FileToSave> files;
+    for (const std::string& path : paths) {
+        FileToSave& file = files.emplace_back(common.language);
+        file.reader.read(path);
+        file.reader.errors().raise();
+    }
+    std::size_t passed_over = 0;
+    {
+        const auto database = common.connect()();
+        std::map<std::string, const Bill*> chosen;
+        std::vector<MasterRow> master;
+        std::vector<const Bill*> bills;
+        for (FileToSave& file : files) {
+            passed_over += choose_bills(*database, file, chosen);
+            file.reader.errors().raise();
+            std::ranges::copy(file.reader.shop().master, std::back_inserter(master));
+            std::ranges::copy(file.bills, std::back_inserter(bills));
+        }
+        check_names(*database, master, bills, options, common);
+        if (const auto exit_code = master_not_confirmed(*database, master, options, common)) return *exit_code;
+    }
     Bookkeeping bookkeeping = common.bookkeeping();
     Saved saved;
     const auto report = [&](const Message& wording) {
-        std::cerr << common.say(wording, Count(saved.bills), Count(saved.lines)) << '\n';
+        std::cerr << common.say(wording, Count(saved.bills), Count(saved.lines))
+                  << (passed_over == 0 ? "" : common.say(words::passed_over, Count(passed_over))) << '\n';
     };
     try {
-        for (const ShopFile& file : files) {
-            if (!file.master.empty()) bookkeeping.save_master(file.master);
-            for (const Bill& bill : file.bills) save_bill(bookkeeping, bill, saved, common);
+        for (FileToSave& file : files) {
+            const std::vector<MasterRow>& master = file.reader.shop().master;
+            if (!master.empty()) bookkeeping.save_master(master);
+            for (const Bill* const bill : file.bills) save_bill(bookkeeping, *bill, saved, common);
         }
     } catch (...) {
         if (!common.dry_run && !is_interrupted()) report(words::saved);
@@ -75,7 +151,10 @@ void add_save(CLI::App& app, CommandCall& call) {
     const auto paths = std::make_shared<std::vector<std::string>>();
     command->add_option("FILE", *paths, common.say(words::save_files))->required();
     add_posting_options(*command, common);
-    command->callback([&call, paths] { call.work = [&common = call.common, paths] { return save(common, *paths); }; });
+    const auto options = add_file_check_options(*command, common);
+    command->callback([&call, paths, options] {
+        call.work = [&common = call.common, paths, options] { return save(common, *paths, *options); };
+    });
 }
 
 }  // namespace vantlo

@@ -17,6 +17,7 @@ namespace words {
 inline constexpr Message option_badge   = {"选项", "OPTIONS"};
 inline constexpr Message command_badge  = {"命令", "COMMAND"};
 inline constexpr Message help_option    = {"显示此帮助并退出", "Show this help and exit"};
+inline constexpr Message yes_option     = {"不再询问", "Do not ask"};
 inline constexpr Message bill_kind      = {"单据种类", "Kind of bill"};
 inline constexpr Message bill_id        = {"单据编号", "The bill's identifier"};
 inline constexpr Message interrupted_rehearsal = {"已中断；未写入任何数据。", "Interrupted; nothing was written."};
