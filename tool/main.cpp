@@ -10,6 +10,7 @@
 #include "bookkeeping/interrupt.h"
 #include "tool/commands/command.h"
 #include "tool/manual.h"
+#include "tool/output/visible.h"
 
 namespace vantlo::words {
 
@@ -152,6 +153,7 @@ ExitCode run(const CommandCall& call) {
 }  // namespace
 
 int main(int count, char** arguments) {
+    const VisibleStreams visible_streams;
     CommandCall call;
     CommonOptions& common = call.common;
     common.language = language_of({arguments, static_cast<std::size_t>(count)});

@@ -58,6 +58,44 @@ TEST_CASE_FIXTURE(Shop, "The ledger comes as JSON, JSON Lines and CSV") {
     CHECK(shell.vantlo("ledger --warehouse W9 --format jsonl").output.empty());
 }
 
+TEST_CASE_FIXTURE(Shop,
+                  "A CSV cell that a spreadsheet would take for a formula begins with an apostrophe, on request not") {
+    shell.run(
+        "sqlite3 vantlo.db \"update Inventory set GId='=1+1,2', Model1='@x', Model2='-5', Class='+A', Unit='-5%' "
+        "where Status=2\"");
+    CHECK(shell.vantlo("ledger --status 2 --format csv").has("W1,主仓库,\"'=1+1,2\",,'@x,-5,2,'+A,'-5%,0,4,-4\r\n"));
+    CHECK(shell.vantlo("ledger --status 2 --format csv --exact-cells")
+              .has("W1,主仓库,\"=1+1,2\",,@x,-5,2,+A,-5%,0,4,-4\r\n"));
+    CHECK(shell.vantlo("ledger --status 2 --format jsonl").has("\"=1+1,2\""));
+}
+
+TEST_CASE_FIXTURE(Shop, "Control characters never reach a terminal, in tables, messages or data") {
+    shell.run(
+        "sqlite3 vantlo.db \"update Inventory set GId='G'||char(27)||'[2J' where Status=2; "
+        "update StockBill set Id='B2'||char(27)||'c', Remarks='a'||char(27)||'[31mb' where Id='B2'; "
+        "update StockBillItems set BillId='B2'||char(27)||'c', Gid='G'||char(27)||'[2J' where BillId='B2'\"");
+    const std::string id = "\"$(printf 'B2\\033c')\"";
+    struct Row {
+        std::string command;
+        std::string shown;
+    };
+    const Row rows[] = {{"ledger", "G\\u001B[2J"},
+                        {"ledger --format csv", "G\\u001B[2J"},
+                        {"bill stock-out " + id, "B2\\u001Bc"},
+                        {"delete --dry-run stock-out " + id, "B2\\u001Bc"},
+                        {"delete stock-in " + id, "B2\\u001Bc"}};
+    for (const Row& row : rows) {
+        CAPTURE(row.command);
+        Terminal terminal(shell.in_folder("NO_COLOR=1 exec " + shell.program() + " " + row.command));
+        terminal.finish();
+        CHECK_MESSAGE(terminal.shown().find(row.shown) != std::string::npos, terminal.shown());
+        CHECK(terminal.shown().find('\033') == std::string::npos);
+    }
+    // Piped, data is exact; a message is not, whoever reads it later.
+    CHECK(shell.vantlo("ledger --format csv").has("G\033[2J"));
+    CHECK(!shell.vantlo("delete stock-in " + id + " 2>&1 >/dev/null").has("\033"));
+}
+
 TEST_CASE_FIXTURE(Shop, "The ledger is filtered by warehouse, goods, class and status, and by all of them") {
     struct Row {
         std::string filter;

@@ -89,13 +89,14 @@ void add_explain(CLI::App& app, CommandCall& call);
 void add_ledger(CLI::App& app, CommandCall& call);
 void add_verify(CLI::App& app, CommandCall& call);
 void add_repair(CLI::App& app, CommandCall& call);
+void add_backup(CLI::App& app, CommandCall& call);
 void add_adopt(CLI::App& app, CommandCall& call);
 void add_journal(CLI::App& app, CommandCall& call);
 void add_leave(CLI::App& app, CommandCall& call);
 
 /// The commands in the order in which the help lists them.
-inline constexpr void (*add_commands[])(CLI::App&, CommandCall&) = {add_init,   add_save,  add_import,  add_delete,
-                                                                    add_ledger, add_bill,  add_explain, add_verify,
-                                                                    add_repair, add_adopt, add_journal, add_leave};
+inline constexpr void (*add_commands[])(CLI::App&, CommandCall&) = {
+    add_init,   add_save,   add_import, add_delete, add_ledger,  add_bill, add_explain,
+    add_verify, add_repair, add_backup, add_adopt,  add_journal, add_leave};
 
 }  // namespace vantlo

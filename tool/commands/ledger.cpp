@@ -9,6 +9,7 @@
 #include "tool/output/ledger_table.h"
 #include "tool/output/replace_file.h"
 #include "tool/output/table_output.h"
+#include "tool/output/visible.h"
 
 namespace vantlo {
 
@@ -22,6 +23,7 @@ constexpr Message ledger_example = {"显示仓库 W01 的台账", "Show the ledg
 constexpr Message only_class     = {"只显示此类别", "Only this goods class"};
 constexpr Message only_status    = {"只显示此状态", "Only this status"};
 constexpr Message format_option  = {"输出格式：table、json、jsonl 或 csv", "Output: table, json, jsonl or csv"};
+constexpr Message exact_cells_option = {"CSV 单元格原样输出；否则以 = + - @ 等开头、会被电子表格当作公式的文字前加单引号", "CSV cells as they are; otherwise a text that a spreadsheet would take for a formula, since it begins with = + - @ or the like, has a ' before it"};
 constexpr Message picture_option = {"改为写入图片文件：.svg 或 .html", "Write a picture instead: an .svg drawing or an .html page"};
 constexpr Message ledger_csv_example = {"将台账写成 CSV", "Write the ledger as CSV"};
 constexpr Message ledger_picture_example = {"画出各仓库的库存和每日进出", "Draw the stock of each warehouse and the movement by day"};
@@ -40,6 +42,7 @@ struct Wanted {
     std::string goods_class;
     std::optional<std::int32_t> status;
     std::string format = "table";
+    bool exact_cells = false;
     std::string picture;
 
     [[nodiscard]] LedgerFilter filter() const {
@@ -47,11 +50,18 @@ struct Wanted {
     }
 };
 
-std::string formatted(const std::vector<LedgerRow>& rows, const std::string& format, Language language) {
-    if (format == "json") return ledger_json(rows);
-    if (format == "jsonl") return ledger_json_lines(rows);
-    if (format == "csv") return ledger_csv(rows);
-    return ledger_table(rows, language, wants_colour(STDOUT_FILENO));
+void write_rows(const std::vector<LedgerRow>& rows, const Wanted& wanted, Language language) {
+    if (wanted.format == "json") {
+        std::cout << ledger_json(rows);
+    } else if (wanted.format == "jsonl") {
+        std::cout << ledger_json_lines(rows);
+    } else if (wanted.format == "csv") {
+        std::cout << ledger_csv(rows, wanted.exact_cells ? CsvCells::exact : CsvCells::for_spreadsheets);
+    } else if (wants_colour(STDOUT_FILENO)) {  // the table's own escapes; those in its cells are spelled out
+        std::ostream(unfiltered(std::cout)) << ledger_table(rows, language, true) << std::flush;
+    } else {
+        std::cout << ledger_table(rows, language);
+    }
 }
 
 void write_picture(NativeConnection& database, const Wanted& wanted, const CommonOptions& common) {
@@ -71,7 +81,7 @@ ExitCode show_ledger(const CommonOptions& common, const Wanted& wanted) {
     if (!wanted.picture.empty()) {
         write_picture(*database, wanted, common);
     } else {
-        std::cout << formatted(read_ledger(*database, wanted.filter()), wanted.format, common.language);
+        write_rows(read_ledger(*database, wanted.filter()), wanted, common.language);
     }
     return ExitCode::done;
 }
@@ -92,6 +102,7 @@ void add_ledger(CLI::App& app, CommandCall& call) {
     CLI::Option* const format = command->add_option("--format", wanted->format, common.say(words::format_option))
                                     ->check(CLI::IsMember({"table", "json", "jsonl", "csv"}))
                                     ->type_name("FORMAT");
+    command->add_flag("--exact-cells", wanted->exact_cells, common.say(words::exact_cells_option));
     command->add_option("--as-picture", wanted->picture, common.say(words::picture_option))
         ->check([&common](const std::string& name) {
             return name.ends_with(".svg") || name.ends_with(".html") ? "" : common.say(words::picture_name);

@@ -2,8 +2,6 @@
 
 #include <nlohmann/json.hpp>
 
-#include "tool/output/csv_field.h"
-
 namespace vantlo {
 
 namespace {
@@ -61,9 +59,9 @@ std::string json_object(const LedgerRow& row) {
 }
 
 template <typename CellOf>
-std::string csv_record(const CellOf& cell_of) {
+std::string csv_record(const CellOf& cell_of, CsvCells cells) {
     std::string record;
-    for (const Field& field : fields) record += (&field == fields ? "" : ",") + csv_field(cell_of(field));
+    for (const Field& field : fields) record += (&field == fields ? "" : ",") + csv_field(cell_of(field), cells);
     return record + "\r\n";
 }
 
@@ -81,9 +79,9 @@ std::string ledger_json_lines(const std::vector<LedgerRow>& rows) {
     return text;
 }
 
-std::string ledger_csv(const std::vector<LedgerRow>& rows) {
-    std::string text = csv_record([](const Field& field) { return std::string(field.name); });
-    for (const LedgerRow& row : rows) text += csv_record([&](const Field& field) { return field.plain(row); });
+std::string ledger_csv(const std::vector<LedgerRow>& rows, CsvCells cells) {
+    std::string text = csv_record([](const Field& field) { return std::string(field.name); }, cells);
+    for (const LedgerRow& row : rows) text += csv_record([&](const Field& field) { return field.plain(row); }, cells);
     return text;
 }
 

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "bills/ledger_row.h"
+#include "tool/output/csv_field.h"
 
 namespace vantlo {
 
@@ -17,6 +18,6 @@ std::string ledger_json_lines(const std::vector<LedgerRow>& rows);
 
 /// A heading and one record a row.
 /// Source   RFC 4180: lines end with CR LF, a field with a comma, a quote or a line end stands in quotes, quotes doubled.
-std::string ledger_csv(const std::vector<LedgerRow>& rows);
+std::string ledger_csv(const std::vector<LedgerRow>& rows, CsvCells cells = CsvCells::for_spreadsheets);
 
 }  // namespace vantlo

@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include "tool/output/table_output.h"
+#include "tool/output/visible.h"
 #include "tool/output/words.h"
 
 namespace vantlo {
@@ -68,7 +69,7 @@ ProgressBar::ProgressBar(std::size_t total, Language language)
 }
 
 ProgressBar::~ProgressBar() {
-    if (is_visible_) std::cerr << start_of_empty_line << std::flush;
+    if (is_visible_) std::ostream(unfiltered(std::cerr)) << start_of_empty_line << std::flush;
 }
 
 void ProgressBar::show(std::size_t done) {
@@ -76,8 +77,9 @@ void ProgressBar::show(std::size_t done) {
     if (!is_visible_ || now - drawn_ < std::chrono::milliseconds(100)) return;
     drawn_ = now;
     // The last column stays free: some terminals go to the next line there.
-    std::cerr << start_of_empty_line << progress_line(done, total_, now - started_, terminal_width() - 1, language_)
-              << std::flush;
+    std::ostream(unfiltered(std::cerr)) << start_of_empty_line
+                                        << progress_line(done, total_, now - started_, terminal_width() - 1, language_)
+                                        << std::flush;
 }
 
 }  // namespace vantlo

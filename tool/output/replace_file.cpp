@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -41,12 +42,29 @@ bool write_new(const std::string& path, const std::string& content) {
 
 }  // namespace
 
+std::string name_beside(const std::string& path) { return path + "." + std::to_string(::getpid()) + ".new"; }
+
 Replaced replace_file(const std::string& path, std::string_view beginning, const std::string& content) {
     if (!may_replace(path, beginning)) return Replaced::is_something_else;
-    const std::string beside = path + "." + std::to_string(::getpid()) + ".new";
+    const std::string beside = name_beside(path);
     if (write_new(beside, content) && std::rename(beside.c_str(), path.c_str()) == 0) return Replaced::done;
     std::remove(beside.c_str());
     return Replaced::not_written;
+}
+
+Replaced move_into_place(const std::string& finished, const std::string& path, std::string_view beginning,
+                         bool replaces) {
+    if (replaces) {
+        if (!may_replace(path, beginning)) return Replaced::is_something_else;
+        return std::rename(finished.c_str(), path.c_str()) == 0 ? Replaced::done : Replaced::not_written;
+    }
+    if (::renameat2(AT_FDCWD, finished.c_str(), AT_FDCWD, path.c_str(), RENAME_NOREPLACE) == 0) return Replaced::done;
+    if (errno == EEXIST) return Replaced::is_something_else;
+    // A file system that cannot rename so: a second name for the file is refused as well where one is there.
+    if (::link(finished.c_str(), path.c_str()) != 0)
+        return errno == EEXIST ? Replaced::is_something_else : Replaced::not_written;
+    std::remove(finished.c_str());
+    return Replaced::done;
 }
 
 }  // namespace vantlo

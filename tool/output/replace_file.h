@@ -15,4 +15,12 @@ enum class Replaced {
 /// `beginning` is how such files begin: what is there under the name is replaced only if it is empty or begins so too.
 Replaced replace_file(const std::string& path, std::string_view beginning, const std::string& content);
 
+/// Gives a finished file the name `path`. Where the name is taken, only if `replaces`, and only if what is there is a file
+/// that begins so, or an empty one.
+Replaced move_into_place(const std::string& finished, const std::string& path, std::string_view beginning,
+                         bool replaces);
+
+/// A name beside a file for the new one that is to take its place; no other process uses it.
+std::string name_beside(const std::string& path);
+
 }  // namespace vantlo

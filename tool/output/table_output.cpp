@@ -6,12 +6,19 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "tool/output/visible.h"
+
 namespace vantlo {
 
 std::size_t cell_width(const std::string& text) {
     // libunistring takes the width of ambiguous characters from the encoding's name: narrow for UTF-8.
     const auto* const bytes = reinterpret_cast<const std::uint8_t*>(text.data());
     return static_cast<std::size_t>(std::max(0, u8_width(bytes, text.size(), "UTF-8")));
+}
+
+void TableOutput::add_row(const std::vector<std::string>& cells) {
+    std::vector<std::string>& row = rows_.emplace_back();
+    for (const std::string& cell : cells) row.push_back(visible(cell));
 }
 
 std::string TableOutput::text() const {

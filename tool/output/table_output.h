@@ -19,7 +19,8 @@ public:
     explicit TableOutput(std::vector<Column> columns, bool has_colour = false)
         : columns_(std::move(columns)), has_colour_(has_colour) {}
 
-    void add_row(std::vector<std::string> cells) { rows_.push_back(std::move(cells)); }
+    /// Control characters in cells are spelled out.
+    void add_row(const std::vector<std::string>& cells);
 
     /// Adds a rule and a row below it.
     void set_totals(std::vector<std::string> cells) { totals_ = std::move(cells); }
