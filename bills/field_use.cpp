@@ -10,7 +10,7 @@ namespace {
 
 // clang-format off
 constexpr FieldUse uses[] = {
-    // kind                 warehouses              ignored                                          minus minus
+    // kind                 warehouses              ignored                                          minus minus, converts, inserts as it updates
     {"stock",               "receiver supplier",    ".status status"},
     {"stock-in",            "receiver",             "supplier status"},
     {"stock-out",           "supplier",             "receiver status"},
@@ -23,13 +23,13 @@ constexpr FieldUse uses[] = {
     {"repair-in-status",    "status_warehouse",     ".receiver .supplier warehouse"},
     {"repair-out",          "warehouse",            ".receiver .supplier status_warehouse status"},
     {"transfer",            ".receiver .supplier",  "warehouse status_warehouse status"},
-    {"repaired-in",         "warehouse",            ".receiver .supplier status_warehouse"},
+    {"repaired-in",         "warehouse",            ".receiver .supplier status_warehouse",              "", true, false},
     {"repaired-out",        "warehouse",            ".receiver .supplier status_warehouse"},
     {"conversion",          "receiver supplier",    "status",                                        "", false},
     {"borrow-out",          "supplier",             "receiver"},
     {"borrow-in",           "receiver",             "supplier"},
-    {"assembly",            ".warehouse warehouse", "",                                              ".quantity"},
-    {"disassembly",         ".warehouse warehouse", "",                                              ".quantity quantity"},
+    {"assembly",            ".warehouse warehouse", "",                                              ".quantity", true, false},
+    {"disassembly",         ".warehouse warehouse", "",                                              ".quantity quantity", true, false},
 };
 // clang-format on
 

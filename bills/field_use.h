@@ -22,6 +22,9 @@ struct FieldUse {
     std::string_view minus_minus = {};  ///< negative, they put two minus signs side by side when the bill is taken back
     bool converts_quantities = true;    ///< of lines, by the factors of their units
 
+    /// Whether a line moves a row that it inserts by the quantity by which it would update one: both converted, or neither.
+    bool inserts_as_it_updates = true;
+
     [[nodiscard]] bool is_warehouse(BillPart part, std::string_view field) const;
     [[nodiscard]] bool is_ignored(BillPart part, std::string_view field) const;
     [[nodiscard]] bool puts_minus_signs_together(BillPart part) const;

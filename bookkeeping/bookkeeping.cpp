@@ -93,6 +93,8 @@ public:
     /// `posted` is called after each call of a member, with the line's number or 0 for the whole bill.
     void post(std::span<const MemberCall> calls, const Bill& bill,
               const std::function<void(const MemberCall& call, std::int32_t item)>& posted = {});
+    /// Posts the reversal. Errors: if there is a guard, PostingGuard::require_opposite.
+    void take_back(const Bill& bill);
     void enter_into_journal(const Bill& bill, const MemberCall& call, std::int32_t item, const Text& content);
     void erase_from_journal(const Bill& bill);
     void replace(const MasterRow& row);
@@ -155,7 +157,7 @@ Bill Bookkeeping::reverse(const BillKind& kind, const Text& id) {
     Bill bill;
     in_transaction({{name_of(kind, id), [&](Session& session) {
                          bill = session.stored(kind, id);
-                         session.post(kind.reversal, bill);
+                         session.take_back(bill);
                          session.erase_from_journal(bill);
                          session.erase(*kind.lines, id);
                          session.erase(*kind.header, id);
@@ -307,6 +309,13 @@ void Bookkeeping::Session::post(std::span<const MemberCall> calls, const Bill& b
         }
     }
     note_.end_bill();
+}
+
+void Bookkeeping::Session::take_back(const Bill& bill) {
+    std::vector<PostedQuantity> posted;
+    if (posting_guard_ != nullptr) posted = posted_quantities(connection_, bill);
+    post(bill.kind->reversal, bill);
+    if (posting_guard_ != nullptr) posting_guard_->require_opposite(bill, posted);
 }
 
 std::string Bookkeeping::Session::account_of_failure() const {

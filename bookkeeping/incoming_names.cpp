@@ -11,6 +11,7 @@
 #include "automation/error.h"
 #include "automation/number_text.h"
 #include "bills/field_use.h"
+#include "bookkeeping/bill_goods.h"
 #include "dataaccess/sql_literals.h"
 
 namespace vantlo {
@@ -34,15 +35,12 @@ std::vector<std::vector<Variant>> rows_named(NativeConnection& database, const M
     Text columns;
     for (const BillColumn& column : table.columns) columns += (columns.empty() ? u"" : u",") + Text(column.column);
     std::vector<std::vector<Variant>> rows;
-    for (auto name = names.begin(); name != names.end();) {
-        Text list;
-        for (std::size_t count = 0; count < names_a_statement && name != names.end(); ++count, ++name) {
-            list += (list.empty() ? u"" : u",") + GetSqlVal(*name);
-        }
-        for (auto& row : database
-                             .run(u"select " + columns + u" from " + table.name + u" where " +
-                                  table.columns.front().column + u" in (" + list + u")")
-                             .rows) {
+    const std::vector<Text> all(names.begin(), names.end());
+    for (std::span<const Text> left = all; !left.empty();) {
+        const auto chunk = left.first(std::min(left.size(), names_a_statement));
+        left = left.subspan(chunk.size());
+        const Text condition = Text(u" where ") + table.columns.front().column + u" in (" + literal_list(chunk) + u")";
+        for (auto& row : database.run(u"select " + columns + u" from " + table.name + condition).rows) {
             rows.push_back(std::move(row));
         }
     }

@@ -1,5 +1,7 @@
 #include "bookkeeping/posting_guard.h"
 
+#include <fmt/ranges.h>
+
 #include <algorithm>
 
 #include "automation/message.h"
@@ -36,6 +38,10 @@ constexpr Message several_rows   = {
 constexpr Message not_written    = {
     "数据库接受了语句却没有改动台账，可能是触发器、规则或视图吞掉了它：{}",
     "the database took the statement and left the ledger as it was; a trigger, a rule or a view may swallow it: {}"};
+constexpr Message other_row      = {"{} 过账 {}，冲回 {}", "{}: {} was posted, {} is taken back"};
+constexpr Message other_quantity = {
+    "冲回的数量与过账的不同：单位换算率或单据后来被改动过（--force 仍然冲回）：{}",
+    "taking it back moves other quantities than were posted: a unit's factor or the bill was changed since (--force takes it back all the same): {}"};
 constexpr Message comment_in_statement = {
     "数量为负：两个减号之后的部分连同 WHERE 子句都会被当作注释，每一行台账都会改变（--force 仍然执行）：{}",
     "the quantity is negative, so that everything behind the two minus signs would be a comment, the WHERE clause too, and every row of the ledger would change (--force sends it all the same): {}"};
@@ -162,6 +168,43 @@ void PostingGuard::require_reversible(const Bill& bill) {
     };
     require(bill.header, BillPart::header, 0);
     for (std::size_t i = 0; i < bill.lines.size(); ++i) require(bill.lines[i], BillPart::line, i + 1);
+}
+
+void PostingGuard::require_opposite(const Bill& bill, const std::vector<PostedQuantity>& posted) {
+    if (posted.empty()) return;
+    constexpr std::size_t most_rows = 5;
+    std::vector<std::string> rows;
+    std::vector<LedgerRow> seen;
+    const auto look_at = [&](const LedgerRow& key, const std::vector<LedgerChange>& all) {
+        if (std::ranges::any_of(seen, [&](const LedgerRow& row) { return have_same_key(row, key); })) return;
+        seen.push_back(key);
+        Currency opposite, moved;  // of what was posted, and what is
+        for (const PostedQuantity& quantity : posted) {
+            if (have_same_key(quantity.key, key)) opposite = opposite - quantity.on_hand;
+        }
+        for (const auto& [before, after] : all) {
+            const std::optional<LedgerRow>& row = after ? after : before;
+            if (!row || !have_same_key(*row, key)) continue;
+            moved = moved - ((before ? before->on_hand : Currency()) - (after ? after->on_hand : Currency()));
+        }
+        if (moved == opposite) return;
+        rows.push_back(say(language_, words::other_row, key_text(key, language_), quantity_text(Currency() - opposite),
+                           quantity_text(moved)));
+    };
+    const std::vector<LedgerChange> all = changes();
+    for (const PostedQuantity& quantity : posted) look_at(quantity.key, all);
+    for (const auto& [before, after] : all) {
+        if (after || before) look_at(after ? *after : *before, all);
+    }
+    if (rows.empty()) return;
+    const bool is_whole = rows.size() <= most_rows;
+    if (!is_whole) rows.resize(most_rows);
+    const std::string what = say(language_, words::other_quantity, fmt::join(rows, "; ")) + (is_whole ? "" : "; ...");
+    if (!field_use_of(*bill.kind).inserts_as_it_updates) {
+        findings_.warnings.push_back(what);
+        return;
+    }
+    refuse_unless_forced(what);
 }
 
 void PostingGuard::before(TextView statement) {

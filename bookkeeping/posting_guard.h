@@ -9,12 +9,13 @@
 #include "automation/error_text.h"
 #include "bills/bill.h"
 #include "bills/ledger_row.h"
+#include "bookkeeping/posted_quantities.h"
 
 namespace vantlo {
 
 /// What the host refuses, since the component by design does not check it.
 struct GuardRules {
-    bool is_forced = false;         ///< `--force`: sends statements that change more ledger rows than the one they mean
+    bool is_forced = false;         ///< `--force`: what is refused for what it would do to ledger rows is sent all the same
     bool refuses_negative = false;  ///< `--fail-on-negative`
 };
 
@@ -60,6 +61,11 @@ public:
     /// Errors   TaskError with Reason::refused for a bill that could be saved, but whose taking back would send a statement
     ///          with two minus signs.
     void require_reversible(const Bill& bill);
+
+    /// To be called when a bill has been taken back, with what the journal of movements knew of it before.
+    /// Errors   TaskError with Reason::refused, if that has moved other quantities than were posted. A warning alone for kinds
+    ///          that by design insert another quantity than they update by.
+    void require_opposite(const Bill& bill, const std::vector<PostedQuantity>& posted);
 
     /// Errors   TaskError with Reason::refused for a statement whose end, WHERE clause included, the engine would take for a
     ///          comment; for any where a table of the system keeps what is rolled back.

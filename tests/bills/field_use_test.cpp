@@ -178,6 +178,8 @@ TEST_CASE("The kinds that convert quantities, and those that put two minus signs
         const Bill bill = planted_bill(kind);
         CHECK(field_use_of(kind).converts_quantities == has(statements_of(bill), u"700"));
         CHECK(!has(statements_of(bill), u"300"));
+        CHECK(field_use_of(kind).inserts_as_it_updates == (has(statements_of(kind.post, bill, false), u"700") ==
+                                                           has(statements_of(kind.post, bill, true), u"700")));
         for (const BillPart part : {BillPart::header, BillPart::line}) {
             const Bill negative = with(bill, part, "quantity", zero_minus);
             CHECK(field_use_of(kind).puts_minus_signs_together(part) ==

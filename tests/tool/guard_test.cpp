@@ -112,9 +112,44 @@ TEST_CASE_FIXTURE(Shop, "A bill that could only be taken back with two minus sig
     CHECK(shell.vantlo("delete stock-in B9").exit_code == 0);
 }
 
+TEST_CASE_FIXTURE(Shop, "Taking back another quantity than was posted is refused unless forced") {
+    const auto save_box = [&](const std::string& factor, const std::string& id) {
+        shell.file("box.json", R"({"units": [{"goods": "G5", "unit": "box", "factor": )" + factor +
+                                   R"(}], "bills": [{"kind": "stock-in", "id": ")" + id + R"(", "lines": [
+            {"goods": "G5", "unit": "box", "quantity": 2, "receiver": "W1"},
+            {"goods": "G1", "quantity": 1, "receiver": "W1"}]}]})");
+        return shell.vantlo("save --yes box.json").exit_code;
+    };
+    REQUIRE(save_box("10", "C1") == 0);
+    CHECK(shell.vantlo("delete --dry-run stock-in C1").exit_code == 0);
+    REQUIRE(save_box("99", "C2") == 0);
+    const std::string before = shell.vantlo("ledger").output;
+    const Finished refused = shell.vantlo("delete stock-in C1");
+    CHECK(refused.exit_code == 7);
+    CHECK_MESSAGE(
+        refused.has("stock-in C1: taking it back moves other quantities than were posted: a unit's factor or the "
+                    "bill was changed since (--force takes it back all the same): W1 G5, status 0: 20 was posted, "
+                    "-198 is taken back\n"),
+        refused.output);
+    CHECK(shell.vantlo("ledger").output == before);
+    CHECK(shell.vantlo("bill stock-in C1").exit_code == 0);
+    CHECK(shell.vantlo("delete stock-in C2").exit_code == 0);
+
+    // Without a journal nothing is known of what was posted.
+    shell.vantlo("journal off");
+    const Finished forced = shell.vantlo("delete --force stock-in C1");
+    CHECK(forced.exit_code == 0);
+    CHECK(forced.has("warning: stock-in C1: taking it back moves other quantities"));
+    shell.vantlo("leave --yes");
+    shell.vantlo("init --no-journal");
+    REQUIRE(save_box("10", "C3") == 0);
+    REQUIRE(save_box("99", "C4") == 0);
+    CHECK(shell.vantlo("delete stock-in C3").exit_code == 0);
+}
+
 TEST_CASE_FIXTURE(Shop, "A stored bill without its warehouse, or with one that its kind does not read, is warned of") {
     shell.run("sqlite3 vantlo.db \"update StockBillItems set Receiver='', Supplier='W7' where BillId='B1'\"");
-    const Finished taken_back = shell.vantlo("delete --dry-run stock-in B1");
+    const Finished taken_back = shell.vantlo("delete --force --dry-run stock-in B1");
     CHECK(taken_back.exit_code == 0);
     CHECK_MESSAGE(taken_back.has("warning: stock-in B1: line 1 has no \"receiver\": that stock is posted to the "
                                  "warehouse without a name\n"),

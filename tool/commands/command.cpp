@@ -25,7 +25,7 @@ constexpr Message command_footer   = {
     "The options of every command: vantlo --help."};
 constexpr Message unknown_kind   = {"没有“{}”这种单据；单据种类有", "there is no kind of bill \"{}\"; the kinds are"};
 constexpr Message warning        = {"警告：{}：{}", "warning: {}: {}"};
-constexpr Message force_option   = {"即使语句会改变每一行台账，或同一键的几行，也执行", "Send even a statement that changes every row of the ledger, or several rows of one key"};
+constexpr Message force_option   = {"即使会改变每一行台账或同一键的几行、冲回的数量不同，也执行", "Send even a statement that changes every row of the ledger, or several rows of one key, and take back other quantities than were posted"};
 constexpr Message negative_option = {"拒绝使结存变为负数的单据", "Refuse bills that take stock below zero"};
 constexpr Message dry_run_option = {"只显示将发出的语句以及台账的前后变化，不写入任何数据", "Show the statements and what they change in the ledger, and write nothing"};
 constexpr Message change_of_row  = {"{}：收入 {} → {}，发出 {} → {}，结存 {} → {}", "{}: received {} → {}, issued {} → {}, on hand {} → {}"};
