@@ -15,7 +15,7 @@ namespace vantlo {
 
 /// What the host refuses, since the component by design does not check it.
 struct GuardRules {
-    bool is_forced = false;         ///< `--force`: what is refused for what it would do to ledger rows is sent all the same
+    bool is_forced = false;  ///< `--force`: what is refused for what it would do to ledger rows is sent all the same
     bool refuses_negative = false;  ///< `--fail-on-negative`
 };
 

@@ -11,6 +11,9 @@ namespace vantlo {
 /// Opens an SQLite file, or `:memory:`; the path is UTF-8. `may_create` says whether a missing file is made. Errors: Failure.
 Owned<NativeConnection> open_sqlite(std::string_view file, bool may_create);
 
+/// Opens an SQLite file without writing anything. Errors: Failure.
+Owned<NativeConnection> open_sqlite_for_reading(std::string_view file);
+
 /// Opens what an ODBC connection string names. Errors: Failure.
 Owned<NativeConnection> open_odbc(std::string_view connection_string);
 

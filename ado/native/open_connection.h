@@ -11,4 +11,7 @@ namespace vantlo {
 /// Errors   Failure, as the adapters raise it; bad_argument for a text that is neither.
 Owned<NativeConnection> open_connection(std::string_view database, bool may_create = true);
 
+/// Opens a database that is only to be read: an SQLite file without the right to write it, too. Errors: as above.
+Owned<NativeConnection> open_for_reading(std::string_view database);
+
 }  // namespace vantlo

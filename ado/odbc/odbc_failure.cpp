@@ -50,6 +50,7 @@ constexpr MeaningRow meanings[] = {
     {"42000",   229,          {error::permission_denied,    Remedy::none}},           // SQL Server: the object
     {"42000",   230,          {error::permission_denied,    Remedy::none}},           // the column
     {"25006",   {},           {error::permission_denied,    Remedy::none}},           // a read-only transaction
+    {"HY000",   1290,         {error::permission_denied,    Remedy::none}},           // MariaDB: a read-only server
     {"42804",   {},           {error::cannot_convert_value, Remedy::none}},
     {"42",      {},           {error::syntax_error,         Remedy::none}},
     {"37000",   {},           {error::syntax_error,         Remedy::none}},

@@ -3,7 +3,10 @@
 #include <sqlite3.h>
 
 #include <algorithm>
+#include <array>
 #include <chrono>
+#include <filesystem>
+#include <fstream>
 #include <optional>
 #include <string_view>
 #include <thread>
@@ -63,28 +66,85 @@ int switch_to_wal(sqlite3* database, std::chrono::milliseconds time_limit) {
     }
 }
 
+/// Whether a database file says that it has a write-ahead log.
+/// Source   https://www.sqlite.org/fileformat.html: the read version at offset 19 is 2.
+bool needs_log(const std::string& file) {
+    constexpr std::size_t head_size = 20;
+    std::array<char, head_size> head{};
+    std::ifstream(file, std::ios::binary).read(head.data(), head_size);
+    return head.back() == 2;
+}
+
+/// Whether another connection has the file open, or has left its log behind.
+bool is_open_elsewhere(const std::string& file) {
+    std::error_code ignored;
+    return std::filesystem::exists(file + "-wal", ignored) || std::filesystem::exists(file + "-shm", ignored);
+}
+
+/// The file as a URI by which the engine takes it for one that nobody changes: no log and no locks.
+std::string immutable_name(const std::string& file) {
+    std::string name = "file:";
+    for (const char character : std::filesystem::absolute(file).string()) {
+        if (character == '%' || character == '?' || character == '#') {
+            constexpr std::string_view digits = "0123456789ABCDEF";
+            const auto byte = static_cast<unsigned char>(character);
+            name += {'%', digits[byte / 16], digits[byte % 16]};
+        } else {
+            name += character;
+        }
+    }
+    return name + "?immutable=1";
+}
+
 }  // namespace
 
 void SqliteConnection::Closer::operator()(sqlite3* database) const noexcept { sqlite3_close(database); }
 
-SqliteConnection::SqliteConnection(const std::string& file, const SqliteOptions& options) {
-    // For an empty name the engine makes a temporary database, which is gone at the end.
+SqliteConnection::SqliteConnection(const std::string& file, const SqliteOptions& options)
+    : is_for_reading_(options.is_for_reading) {
+    // The engine would take an empty name for a temporary database and forget all of it at the end.
     if (file.empty()) throw Failure(error::bad_argument, "the name of the database file is empty");
 
-    sqlite3* database = nullptr;
-    const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE |
-                      (options.may_create ? SQLITE_OPEN_CREATE : 0);
-    const int result = sqlite3_open_v2(file.c_str(), &database, flags, nullptr);
-    database_.reset(database);
-    if (result != SQLITE_OK) throw sqlite_failure(database, "opening " + file);
-
+    if (is_for_reading_)
+        open_for_reading(file);
+    else
+        open(file, file, SQLITE_OPEN_READWRITE | (options.may_create ? SQLITE_OPEN_CREATE : 0));
+    sqlite3* const database = database_.get();
     sqlite3_busy_timeout(database, static_cast<int>(options.busy_time_out.count()));
     // Otherwise a misspelt name in double quotes counts as a text.
     sqlite3_db_config(database, SQLITE_DBCONFIG_DQS_DML, 0, nullptr);
     sqlite3_db_config(database, SQLITE_DBCONFIG_DQS_DDL, 0, nullptr);
-    if (switch_to_wal(database, options.busy_time_out) != SQLITE_OK) throw sqlite_failure(database, "opening " + file);
-    run_script("pragma synchronous = full");
+    if (is_for_reading_) {
+        run_script("pragma query_only = on");
+    } else {
+        if (switch_to_wal(database, options.busy_time_out) != SQLITE_OK)
+            throw sqlite_failure(database, "opening " + file);
+        run_script("pragma synchronous = full");
+    }
     if (options.parameterizes_literals) statement_cache_.emplace(database);
+}
+
+void SqliteConnection::open(const std::string& name, const std::string& file, int flags) {
+    sqlite3* database = nullptr;
+    const int result =
+        sqlite3_open_v2(name.c_str(), &database, flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, nullptr);
+    database_.reset(database);
+    if (result != SQLITE_OK) throw sqlite_failure(database, "opening " + file);
+}
+
+void SqliteConnection::open_for_reading(const std::string& file) {
+    open(file, file, SQLITE_OPEN_READWRITE);  // which for a file without the right to write is for reading, too
+    const bool may_write = sqlite3_db_readonly(database_.get(), "main") == 0;
+    if (may_write || !needs_log(file) || is_open_elsewhere(file)) {
+        const int result =
+            sqlite3_exec(database_.get(), "select count(*) from sqlite_schema", nullptr, nullptr, nullptr);
+        const int code = result & 0xFF;
+        if (code != SQLITE_CANTOPEN && code != SQLITE_READONLY) return;
+        if (is_open_elsewhere(file))
+            throw sqlite_failure(database_.get(), "reading " + file + ", whose log " + file +
+                                                      "-wal cannot be read without the right to write it");
+    }
+    open(immutable_name(file), file, SQLITE_OPEN_READONLY | SQLITE_OPEN_URI);
 }
 
 ResultTable SqliteConnection::run(TextView statement) {
@@ -102,7 +162,7 @@ ResultTable SqliteConnection::run(TextView statement) {
     return prepared.read_to_end(sqlite3_sql(prepared.get()));
 }
 
-void SqliteConnection::begin() { run_script("begin immediate"); }
+void SqliteConnection::begin() { run_script(is_for_reading_ ? "begin" : "begin immediate"); }
 
 void SqliteConnection::commit() { run_script("commit"); }
 
@@ -132,6 +192,10 @@ void SqliteConnection::run_script(const std::string& script) {
 
 Owned<NativeConnection> open_sqlite(std::string_view file, bool may_create) {
     return Owned<NativeConnection>(new SqliteConnection(std::string(file), {.may_create = may_create}));
+}
+
+Owned<NativeConnection> open_sqlite_for_reading(std::string_view file) {
+    return Owned<NativeConnection>(new SqliteConnection(std::string(file), {.is_for_reading = true}));
 }
 
 }  // namespace vantlo

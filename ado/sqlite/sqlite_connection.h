@@ -14,6 +14,7 @@ namespace vantlo {
 
 struct SqliteOptions {
     bool may_create = true;                         ///< whether a file that does not exist is made
+    bool is_for_reading = false;                    ///< whether nothing is written, neither the file nor beside it
     std::chrono::milliseconds busy_time_out{5000};  ///< how long a statement waits for another connection's lock
     bool parameterizes_literals = true;             ///< whether statements that differ only in literals share one plan
 };
@@ -22,6 +23,9 @@ struct SqliteOptions {
 ///
 /// A file is kept with a write-ahead log, so that readers and the one writer do not wait for each other, and a commit
 /// returns once it is on the disk: a saved bill survives a power cut.
+///
+/// A connection for reading leaves the file as it is and needs no right to write it or its folder. Without those it takes a
+/// file that nobody else has open for one that nobody changes meanwhile.
 ///
 /// Statements that differ only in their literals share one prepared statement. Results, failures and what is stored are
 /// those of the plain text; only the order of rows that no `order by` asks for can be another, and that on tables with
@@ -64,7 +68,11 @@ private:
 
     ~SqliteConnection() override = default;
 
+    void open(const std::string& name, const std::string& file, int flags);
+    void open_for_reading(const std::string& file);
+
     std::unique_ptr<sqlite3, Closer> database_;
+    bool is_for_reading_;
     std::optional<StatementCache> statement_cache_;  // after the database: it ends first
 };
 

@@ -1,6 +1,7 @@
 #include <iostream>
 
-#include "bookkeeping/rehearsal.h"
+#include "bookkeeping/rehearsal_copy.h"
+#include "bookkeeping/stored_bill.h"
 #include "tool/commands/command.h"
 #include "tool/output/table_output.h"
 
@@ -80,12 +81,17 @@ void write_moves(const std::vector<LedgerChange>& changes, const CommonOptions& 
     std::cout << '\n' << table.text();
 }
 
-/// Takes the bill back and posts it again, in a rehearsal: the second is what it moves.
+/// Takes the bill back and posts it again, on a copy in memory: the second is what it moves.
 ExitCode show_bill(const CommonOptions& common, const Named& named) {
     const BillKind* const kind = known_kind(common, named.kind);
     if (kind == nullptr) return ExitCode::usage;
+    const auto database = common.read();
+    const std::optional<Bill> stored = stored_bill(*database, *kind, from_utf8(named.id));
+    std::vector<const Bill*> copied;
+    if (stored) copied.push_back(&*stored);
+    const auto copy = copy_for_rehearsal(*database, {}, copied);
     const auto latest = std::make_shared<LatestChanges>();
-    Bookkeeping rehearsal(rehearsing(common.connect()), latest, common.language, GuardRules{.is_forced = true});
+    Bookkeeping rehearsal([&] { return copy; }, latest, common.language, GuardRules{.is_forced = true});
     const Bill bill = rehearsal.reverse(*kind, from_utf8(named.id));
     rehearsal.save(bill);
     write_header(bill);

@@ -8,7 +8,9 @@
 
 #include "ado/native/open_connection.h"
 #include "ado/odbc/connection_string.h"
+#include "automation/error.h"
 #include "bookkeeping/rehearsal.h"
+#include "bookkeeping/rehearsal_copy.h"
 #include "tool/output/sql_comment.h"
 
 namespace vantlo {
@@ -30,6 +32,7 @@ constexpr Message negative_option = {"拒绝使结存变为负数的单据", "Re
 constexpr Message dry_run_option = {"只显示将发出的语句以及台账的前后变化，不写入任何数据", "Show the statements and what they change in the ledger, and write nothing"};
 constexpr Message change_of_row  = {"{}：收入 {} → {}，发出 {} → {}，结存 {} → {}", "{}: received {} → {}, issued {} → {}, on hand {} → {}"};
 constexpr Message nothing        = {"无", "none"};
+constexpr Message rehearsed_in_memory = {"数据库只能读取；在内存中的副本上预演。", "The database may only be read: rehearsed in memory, on a copy of the rows concerned."};
 constexpr Message password_shown = {"命令行参数中不得有密码，本机的其他用户都能看到；请放入环境变量 VANTLO_PASSWORD，或将整个连接字符串放入 VANTLO_DB",
                                            "no passwords in arguments, where everybody on the machine can read them: put it into the environment's VANTLO_PASSWORD, or the whole connection string into VANTLO_DB"};
 constexpr Message database_is_url = {"不接受 URL 形式的数据库名称；请写 ODBC 连接字符串，例如 Driver={{PostgreSQL Unicode}};Server=localhost;Database=shop;UID=shop，密码放入环境变量 VANTLO_PASSWORD",
@@ -62,6 +65,15 @@ bool is_url(const std::string& database) {
     const std::size_t scheme_end =
         database.find_first_not_of("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789+-.");
     return scheme_end != std::string::npos && scheme_end > 0 && database.substr(scheme_end).starts_with("://");
+}
+
+bool may_only_read(const Connect& connect) {
+    try {
+        return is_read_only(*connect());
+    } catch (const Failure& failure) {  // an SQLite file
+        if (failure.number() != error::permission_denied) throw;
+        return true;
+    }
 }
 
 std::string change_text(const LedgerChange& change, const CommonOptions& common) {
@@ -144,8 +156,25 @@ std::string CommonOptions::engine() const {
     return is_named ? connect()()->engine() : open_connection("sqlite::memory:")->engine();
 }
 
-Bookkeeping CommonOptions::bookkeeping() const {
-    return Bookkeeping(connect(), std::make_shared<PostingReport>(*this), language, guard);
+Owned<NativeConnection> CommonOptions::read() const {
+    const std::vector<std::string> named = connection_texts();
+    for (std::size_t tried = 0;; ++tried) {
+        try {
+            return open_for_reading(named.at(tried));
+        } catch (const Failure&) {
+            if (tried + 1 == named.size()) throw;
+        }
+    }
+}
+
+Bookkeeping CommonOptions::bookkeeping(std::span<const Bill* const> bills, std::span<const Bill* const> stored) const {
+    Connect database = connect();
+    if (dry_run && may_only_read(database)) {
+        std::cerr << say(words::rehearsed_in_memory) << '\n';
+        database = [copy = copy_for_rehearsal(*read(), bills, stored)] { return copy; };
+        database = rehearsing(database);
+    }
+    return Bookkeeping(std::move(database), std::make_shared<PostingReport>(*this), language, guard);
 }
 
 void add_posting_options(CLI::App& command, CommonOptions& common) {

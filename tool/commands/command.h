@@ -34,6 +34,9 @@ struct CommonOptions {
     /// `may_create` says whether an SQLite file that does not exist is made.
     [[nodiscard]] Connect connect(bool may_create = false) const;
 
+    /// Opens the database for a command that only reads: a file, a folder or an account without the right to write will do.
+    [[nodiscard]] Owned<NativeConnection> read() const;
+
     /// The database's kind of SQL; a file of the embedded engine need not be there for it.
     [[nodiscard]] const Dialect& dialect() const;
 
@@ -44,8 +47,10 @@ struct CommonOptions {
     [[nodiscard]] std::vector<std::string> connection_texts() const;
 
     /// The bookkeeping of every command that posts or takes back, told all that these options say: it warns on stderr, shows
-    /// statements there, and in a dry run writes them to stdout with the rows that they change.
-    [[nodiscard]] Bookkeeping bookkeeping() const;
+    /// statements there, and in a dry run writes them to stdout with the rows that they change. A dry run on a database that
+    /// may only be read goes on in memory, on a copy of what it needs for `bills` and for those that are `stored`.
+    [[nodiscard]] Bookkeeping bookkeeping(std::span<const Bill* const> bills,
+                                          std::span<const Bill* const> stored = {}) const;
 };
 
 /// One call of the program: what it was told, and the work of the command that it named.

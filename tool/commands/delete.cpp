@@ -1,5 +1,6 @@
 #include <iostream>
 
+#include "bookkeeping/stored_bill.h"
 #include "tool/commands/command.h"
 
 namespace vantlo {
@@ -25,7 +26,11 @@ struct Named {
 ExitCode reverse(const CommonOptions& common, const Named& bill) {
     const BillKind* const kind = known_kind(common, bill.kind);
     if (kind == nullptr) return ExitCode::usage;
-    common.bookkeeping().reverse(*kind, from_utf8(bill.id));
+    const Text id = from_utf8(bill.id);
+    const std::optional<Bill> stored = common.dry_run ? stored_bill(*common.read(), *kind, id) : std::nullopt;
+    std::vector<const Bill*> copied;
+    if (stored) copied.push_back(&*stored);
+    common.bookkeeping({}, copied).reverse(*kind, id);
     std::cerr << common.say(common.dry_run ? words::would_take_back : words::taken_back, kind->name, bill.id) << '\n';
     return ExitCode::done;
 }

@@ -91,7 +91,7 @@ public:
         : common_(common),
           shop_(shop),
           bills_(bills),
-          bookkeeping_(common.bookkeeping()),
+          bookkeeping_(common.bookkeeping(bills)),
           progress_(shop.master.size() + lines_of(bills), common.language) {}
 
     /// Errors   those of Bookkeeping, with what was imported before.
@@ -159,7 +159,7 @@ ExitCode import(const CommonOptions& common, const ImportOptions& options, const
     reader.errors().raise();
     std::vector<const Bill*> bills;
     {
-        const auto database = common.connect()();
+        const auto database = common.read();
         bills = bills_to_import(*database, reader);
         reader.errors().raise();
         const std::vector<MasterRow>& master = reader.shop().master;

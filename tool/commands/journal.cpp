@@ -28,8 +28,8 @@ ExitCode report_status(NativeConnection& database, const CommonOptions& common) 
 }
 
 ExitCode journal(const CommonOptions& common, const std::string& action) {
+    if (action == "status") return report_status(*common.read(), common);
     const auto database = common.connect()();
-    if (action == "status") return report_status(*database, common);
     const JournalState before = journal_state(*database);
     if (before == JournalState::unsupported) {
         std::cerr << "vantlo: " << common.say(words::no_journal_here, database->engine()) << '\n';

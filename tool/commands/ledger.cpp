@@ -77,7 +77,7 @@ void write_picture(NativeConnection& database, const Wanted& wanted, const Commo
 }
 
 ExitCode show_ledger(const CommonOptions& common, const Wanted& wanted) {
-    const auto database = common.connect()();
+    const auto database = common.read();
     if (!wanted.picture.empty()) {
         write_picture(*database, wanted, common);
     } else {

@@ -106,11 +106,11 @@ ExitCode save(const CommonOptions& common, const std::vector<std::string>& paths
         file.reader.errors().raise();
     }
     std::size_t passed_over = 0;
+    std::vector<const Bill*> bills;
     {
-        const auto database = common.connect()();
+        const auto database = common.read();
         std::map<std::string, const Bill*> chosen;
         std::vector<MasterRow> master;
-        std::vector<const Bill*> bills;
         for (FileToSave& file : files) {
             passed_over += choose_bills(*database, file, chosen);
             file.reader.errors().raise();
@@ -120,7 +120,7 @@ ExitCode save(const CommonOptions& common, const std::vector<std::string>& paths
         check_names(*database, master, bills, options, common);
         if (const auto exit_code = master_not_confirmed(*database, master, options, common)) return *exit_code;
     }
-    Bookkeeping bookkeeping = common.bookkeeping();
+    Bookkeeping bookkeeping = common.bookkeeping(bills);
     Saved saved;
     const auto report = [&](const Message& wording) {
         std::cerr << common.say(wording, Count(saved.bills), Count(saved.lines))

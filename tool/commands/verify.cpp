@@ -20,7 +20,7 @@ constexpr Message verify_example = {"核对 vantlo.db 的台账", "Verify the le
 namespace {
 
 ExitCode verify_ledger(const CommonOptions& common) {
-    const auto database = common.connect()();
+    const auto database = common.read();
     std::cerr << report_of(ledger_conditions(*database), common.language);
     const Verification verification = verify(*database, common.language);
     std::cout << report_of(verification.findings, verification.timeline, verification.stored.size(), common.language)
