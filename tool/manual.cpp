@@ -148,16 +148,16 @@ struct CompletionCases {
 
 CompletionCases completion_cases(const CLI::App& app) {
     CompletionCases cases;
-    const auto add_values = [&](const CLI::App& of) {
+    const auto add_values = [&](const CLI::App& of, const std::string& command) {
         for (const CLI::Option* const option : shown_options(of, false)) {
             if (option->get_type_name().empty()) continue;  // a flag
-            cases.values += fmt::format("        {}) _vantlo_reply {} \"$current\"; return ;;\n",
+            cases.values += fmt::format("        {}' {}') _vantlo_reply {} \"$current\"; return ;;\n", command,
                                         option->get_name(false, true), value_of(*option));
         }
     };
-    add_values(app);
+    add_values(app, "*");
     for (const CLI::App* const command : app.get_subcommands({})) {
-        add_values(*command);
+        add_values(*command, command->get_name());
         cases.options += fmt::format("        {}) options+=' {}' ;;\n", command->get_name(), option_names(*command));
         const std::string argument = first_argument(*command);
         if (argument.empty()) continue;
@@ -185,7 +185,7 @@ _vantlo() {{
     for word in "${{COMP_WORDS[@]:1:COMP_CWORD-1}}"; do
         case $word in {1}) command=$word; break ;; esac
     done
-    case $previous in
+    case "$command $previous" in
 {2}    esac
     case $command in
 {3}    esac

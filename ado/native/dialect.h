@@ -34,6 +34,14 @@ struct Dialect {
     /// Whether the engine runs in this process. Each connection in memory then has its own database.
     bool is_embedded;
 
+    /// The exact sum of a column of quantities, whose name takes the place of `?`. A sum of floating-point numbers drifts.
+    const char16_t* exact_sum;
+
+    /// The day, as the text `yyyy-MM-dd`, of a column that the engine filled with the time of its clock, whose name takes
+    /// the place of `?`; and whether that clock goes by UTC, not by local time.
+    const char16_t* day_of_clock;
+    bool has_utc_clock;
+
     /// A select of the columns of all tables: T the table, C the column, Y the type with its digits, S the character set,
     /// encoding or collation of texts. Null for an engine that does not describe its columns.
     const char16_t* columns_query;

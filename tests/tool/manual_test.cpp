@@ -41,6 +41,7 @@ TEST_CASE("bash completes commands, options, their values, kinds of bills, membe
         {"vantlo ledger --form", "--format"},
         {"vantlo ledger --format ''", "table json jsonl csv"},
         {"vantlo ledger --format j", "json jsonl"},
+        {"vantlo new loss --format ''", "json csv"},
         {"vantlo save --dry", "--dry-run"},
         {"vantlo save bi", "bills.json"},
         {"vantlo delete ''", kinds},

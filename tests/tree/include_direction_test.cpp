@@ -95,7 +95,7 @@ const std::vector<std::vector<std::string>> levels = {
     {"component"},
     {"bills", "com"},
     {"bookkeeping"},
-    {"audit", "import"},
+    {"audit", "import", "reports"},
     {"tool/output"},
     {"tool/commands"},
     {"tool"},

@@ -11,6 +11,7 @@
 #include "automation/error.h"
 #include "bookkeeping/rehearsal.h"
 #include "bookkeeping/rehearsal_copy.h"
+#include "tool/output/closest_name.h"
 #include "tool/output/sql_comment.h"
 
 namespace vantlo {
@@ -26,6 +27,7 @@ constexpr Message command_footer   = {
     "对所有命令都有效的选项见 vantlo --help。",
     "The options of every command: vantlo --help."};
 constexpr Message unknown_kind   = {"没有“{}”这种单据；单据种类有", "there is no kind of bill \"{}\"; the kinds are"};
+constexpr Message did_you_mean   = {"是否想写“{}”？", "Did you mean \"{}\"?"};
 constexpr Message warning        = {"警告：{}：{}", "warning: {}: {}"};
 constexpr Message force_option   = {"即使会改变每一行台账或同一键的几行、冲回的数量不同，也执行", "Send even a statement that changes every row of the ledger, or several rows of one key, and take back other quantities than were posted"};
 constexpr Message negative_option = {"拒绝使结存变为负数的单据", "Refuse bills that take stock below zero"};
@@ -198,11 +200,20 @@ std::optional<ExitCode> not_confirmed(const CommonOptions& common, const std::st
     return ExitCode::usage;
 }
 
+std::string CommonOptions::did_you_mean(const std::string& typed, const std::vector<std::string>& names) const {
+    const std::string closest = closest_name(typed, names);
+    return closest.empty() ? "" : " " + say(words::did_you_mean, closest);
+}
+
 const BillKind* known_kind(const CommonOptions& common, const std::string& name) {
     const BillKind* const kind = find_bill_kind(name);
     if (kind != nullptr) return kind;
+    std::vector<std::string> names;
+    for (const BillKind& known : bill_kinds()) names.emplace_back(known.name);
     std::cerr << "vantlo: " << common.say(words::unknown_kind, name) << '\n';
     for (const BillKind& known : bill_kinds()) std::cerr << fmt::format("  {:20} {}\n", known.name, known.chinese_name);
+    const std::string question = common.did_you_mean(name, names);
+    if (!question.empty()) std::cerr << "vantlo:" << question << '\n';
     return nullptr;
 }
 

@@ -27,6 +27,9 @@ struct CommonOptions {
         return vantlo::say(language, wording, values...);
     }
 
+    /// The question whether the closest of these names was meant, a blank before it; empty if none is close.
+    [[nodiscard]] std::string did_you_mean(const std::string& typed, const std::vector<std::string>& names) const;
+
     /// What is wrong with the names of the databases; null if nothing is.
     [[nodiscard]] const Message* fault_of_databases() const;
 
@@ -91,7 +94,15 @@ void add_import(CLI::App& app, CommandCall& call);
 void add_delete(CLI::App& app, CommandCall& call);
 void add_bill(CLI::App& app, CommandCall& call);
 void add_explain(CLI::App& app, CommandCall& call);
+void add_new(CLI::App& app, CommandCall& call);
+void add_fields(CLI::App& app, CommandCall& call);
 void add_ledger(CLI::App& app, CommandCall& call);
+void add_card(CLI::App& app, CommandCall& call);
+void add_report(CLI::App& app, CommandCall& call);
+void add_bills(CLI::App& app, CommandCall& call);
+void add_goods(CLI::App& app, CommandCall& call);
+void add_warehouses(CLI::App& app, CommandCall& call);
+void add_units(CLI::App& app, CommandCall& call);
 void add_verify(CLI::App& app, CommandCall& call);
 void add_repair(CLI::App& app, CommandCall& call);
 void add_backup(CLI::App& app, CommandCall& call);
@@ -101,7 +112,8 @@ void add_leave(CLI::App& app, CommandCall& call);
 
 /// The commands in the order in which the help lists them.
 inline constexpr void (*add_commands[])(CLI::App&, CommandCall&) = {
-    add_init,   add_save,   add_import, add_delete, add_ledger,  add_bill, add_explain,
-    add_verify, add_repair, add_backup, add_adopt,  add_journal, add_leave};
+    add_init,   add_new,    add_fields, add_save,   add_import,  add_delete, add_bill,
+    add_bills,  add_ledger, add_card,   add_report, add_goods,   add_units,  add_warehouses,
+    add_verify, add_repair, add_backup, add_adopt,  add_journal, add_leave,  add_explain};
 
 }  // namespace vantlo

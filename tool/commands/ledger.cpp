@@ -23,7 +23,6 @@ constexpr Message ledger_example = {"显示仓库 W01 的台账", "Show the ledg
 constexpr Message only_class     = {"只显示此类别", "Only this goods class"};
 constexpr Message only_status    = {"只显示此状态", "Only this status"};
 constexpr Message format_option  = {"输出格式：table、json、jsonl 或 csv", "Output: table, json, jsonl or csv"};
-constexpr Message exact_cells_option = {"CSV 单元格原样输出；否则以 = + - @ 等开头、会被电子表格当作公式的文字前加单引号", "CSV cells as they are; otherwise a text that a spreadsheet would take for a formula, since it begins with = + - @ or the like, has a ' before it"};
 constexpr Message picture_option = {"改为写入图片文件：.svg 或 .html", "Write a picture instead: an .svg drawing or an .html page"};
 constexpr Message ledger_csv_example = {"将台账写成 CSV", "Write the ledger as CSV"};
 constexpr Message ledger_picture_example = {"画出各仓库的库存和每日进出", "Draw the stock of each warehouse and the movement by day"};

@@ -36,7 +36,7 @@ std::string ledger_table(const std::vector<LedgerRow>& rows, Language language, 
         on_hand += row.on_hand.ten_thousandths();
     }
     const auto total = [](std::int64_t sum) { return quantity_text(Currency::from_ten_thousandths(sum)); };
-    table.set_totals({say(language, words::total_of_rows, Count(rows.size())), "", "", "", "", total(received),
+    table.add_totals({say(language, words::total_of_rows, Count(rows.size())), "", "", "", "", total(received),
                       total(issued), total(on_hand)});
     return table.text();
 }

@@ -21,12 +21,17 @@ void TableOutput::add_row(const std::vector<std::string>& cells) {
     for (const std::string& cell : cells) row.push_back(visible(cell));
 }
 
+void TableOutput::add_totals(const std::vector<std::string>& cells) {
+    std::vector<std::string>& row = totals_.emplace_back();
+    for (const std::string& cell : cells) row.push_back(visible(cell));
+}
+
 std::string TableOutput::text() const {
     std::vector<std::size_t> widths;
     for (std::size_t i = 0; i < columns_.size(); ++i) {
         std::size_t width = cell_width(columns_[i].title);
         for (const auto& row : rows_) width = std::max(width, cell_width(row[i]));
-        if (!totals_.empty()) width = std::max(width, cell_width(totals_[i]));
+        for (const auto& row : totals_) width = std::max(width, cell_width(row[i]));
         widths.push_back(width);
     }
     std::string text;
@@ -55,10 +60,8 @@ std::string TableOutput::text() const {
     add([&](std::size_t i) -> const std::string& { return columns_[i].title; }, true);
     add_rule();
     for (const auto& row : rows_) add([&](std::size_t i) -> const std::string& { return row[i]; });
-    if (!totals_.empty()) {
-        add_rule();
-        add([&](std::size_t i) -> const std::string& { return totals_[i]; });
-    }
+    if (!totals_.empty()) add_rule();
+    for (const auto& row : totals_) add([&](std::size_t i) -> const std::string& { return row[i]; });
     return text;
 }
 

@@ -22,8 +22,8 @@ public:
     /// Control characters in cells are spelled out.
     void add_row(const std::vector<std::string>& cells);
 
-    /// Adds a rule and a row below it.
-    void set_totals(std::vector<std::string> cells) { totals_ = std::move(cells); }
+    /// Adds a row below the table, and a rule before the first of these; control characters as above.
+    void add_totals(const std::vector<std::string>& cells);
 
     [[nodiscard]] std::string text() const;
 
@@ -31,7 +31,7 @@ private:
     std::vector<Column> columns_;
     bool has_colour_;
     std::vector<std::vector<std::string>> rows_;
-    std::vector<std::string> totals_;
+    std::vector<std::vector<std::string>> totals_;
 };
 
 /// How many terminal cells a text takes: two for each Chinese character, none for marks.

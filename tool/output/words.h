@@ -22,6 +22,8 @@ inline constexpr Message bill_kind      = {"单据种类", "Kind of bill"};
 inline constexpr Message bill_id        = {"单据编号", "The bill's identifier"};
 inline constexpr Message interrupted_rehearsal = {"已中断；未写入任何数据。", "Interrupted; nothing was written."};
 
+inline constexpr Message exact_cells_option = {"CSV 单元格原样输出；否则以 = + - @ 等开头、会被电子表格当作公式的文字前加单引号", "CSV cells as they are; otherwise a text that a spreadsheet would take for a formula, since it begins with = + - @ or the like, has a ' before it"};
+
 // The ledger's columns
 inline constexpr Message warehouse      = {"仓库", "Warehouse"};
 inline constexpr Message goods          = {"商品", "Goods"};

@@ -18,7 +18,7 @@ TEST_CASE("A table aligns its columns by cells, numbers to the right, totals bel
     TableOutput table({{"仓库"}, {"结存", TableOutput::Align::right}});
     table.add_row({"主仓库", "7"});
     table.add_row({"W2", "-12.5"});
-    table.set_totals({"合计", "-5.5"});
+    table.add_totals({"合计", "-5.5"});
     CHECK(table.text() ==
           "仓库     结存\n"
           "------  -----\n"

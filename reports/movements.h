@@ -1,0 +1,29 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include "ado/native/native_connection.h"
+#include "reports/selection.h"
+
+namespace vantlo {
+
+/// The movements of a period, by their numbers: from the first one, included, to the other, excluded.
+struct MovementRange {
+    std::int64_t from;
+    std::int64_t until;
+};
+
+/// The movements of the days of a period, as the local calendar has them. Numbers rise with time, so the ends are found by
+/// halving, without an index on times.
+/// Errors   Failure, if there is no journal of movements.
+MovementRange movements_within(NativeConnection& database, const Period& period);
+
+/// The local time at which the journal's clock showed `clock`.
+Date local_time(const Dialect& dialect, Date clock);
+
+/// When the journal begins: the local time of its first movement; nothing if it has none.
+/// Errors   Failure, if there is no journal of movements.
+std::optional<Date> journal_begins(NativeConnection& database);
+
+}  // namespace vantlo
