@@ -15,24 +15,23 @@ namespace {
 
 using Action = BillEvent::Action;
 
-/// A bill's name: its kind and its id.
-using BillName = std::pair<Text, Text>;
-
 struct HistoryEntry {
     BillName bill;
     Text number;
     Text action;
     Text content;
+    std::optional<Date> done_at;
 };
 
-Text text_of(const Variant& value) { return value.is<Null>() ? Text() : to_text(value); }
-
-std::string shown(const Text& first, const Text& second) { return to_utf8(first + u" " + second); }
+std::optional<Date> date_or_nothing(const Variant& value) {
+    const Date* const date = value.get_if<Date>();
+    return date == nullptr ? std::nullopt : std::optional(*date);
+}
 
 /// A value as the tables of this system keep it, whatever the type of the column that it comes from. A number that stands
 /// as a text stays one.
 Variant in_own_type(const Variant& value, ColumnType type) {
-    if (value.is<Null>()) return value;
+    if (value.is<Null>() || !is_of_type(value, type)) return value;
     const Text* const text = value.get_if<Text>();
     switch (type) {
         case ColumnType::text: return to_text(value);
@@ -44,21 +43,46 @@ Variant in_own_type(const Variant& value, ColumnType type) {
     return date ? Variant(*date) : value;
 }
 
-Record read_record(Recordset& rows, std::span<const BillColumn> columns) {
-    const Record read = read_row(rows, columns);
-    Record record;
-    for (const BillColumn& column : columns) {
-        record.set(column.column, in_own_type(read.value(column.column), column.type));
-    }
-    return record;
-}
+/// Reads headers and lines, and keeps apart what in them is broken.
+class RecordReader {
+public:
+    RecordReader(const BillTable& table, std::vector<BrokenValue>& broken) : table_(table), broken_(broken) {}
 
-std::map<Text, std::vector<Record>> read_lines(NativeConnection& database, const BillSource& source) {
+    Record read(Recordset& rows, const Text& row) {
+        const Record read = read_row(rows, table_.columns);
+        Record record;
+        for (const BillColumn& column : table_.columns) {
+            const Variant& value = read.value(column.column);
+            if (!is_of_type(value, column.type)) broken_.push_back({table_.name, row, column.column, value});
+            record.set(column.column, in_own_type(value, column.type));
+        }
+        return record;
+    }
+
+    /// The text of a column by which rows are told apart; nothing if it has none.
+    std::optional<Text> name(Recordset& rows, const char16_t* column) {
+        const Variant value = rows.field(column);
+        std::optional<Text> text = text_or_nothing(value);
+        if (!text) broken_.push_back({table_.name, u"", column, value});
+        return text;
+    }
+
+private:
+    const BillTable& table_;
+    std::vector<BrokenValue>& broken_;
+};
+
+std::map<Text, std::vector<Record>> read_lines(NativeConnection& database, const BillSource& source,
+                                               std::vector<BrokenValue>& broken) {
     const BillTable& table = *source.lines;
     std::map<Text, std::vector<Record>> lines;
+    RecordReader reader(table, broken);
     const RecordsetVariable rows = database.execute(source.select_lines);
     for (; !rows->eof(); rows->move_next()) {
-        lines[text_of(rows->field(table.id_column))].push_back(read_record(*rows, table.columns));
+        const std::optional<Text> id = reader.name(*rows, table.id_column);
+        if (!id) continue;
+        const Text number = text_or_nothing(rows->field(u"ItemNo")).value_or(u"?");
+        lines[*id].push_back(reader.read(*rows, *id + u" " + number));
     }
     return lines;
 }
@@ -93,35 +117,45 @@ public:
 private:
     void read_source(NativeConnection& database, const BillSource& source, BillTimeline& timeline) {
         const BillTable& header = *source.header;
-        std::map<Text, std::vector<Record>> lines_of = read_lines(database, source);
+        std::map<Text, std::vector<Record>> lines_of = read_lines(database, source, timeline.broken);
+        RecordReader reader(header, timeline.broken);
         const RecordsetVariable rows = database.execute(source.select_headers);
         for (; !rows->eof(); rows->move_next()) {
-            const Text id = text_of(rows->field(header.id_column));
-            const Text kind_name = text_of(rows->field(u"Kind"));
+            const std::optional<Text> id = reader.name(*rows, header.id_column);
+            if (!id) continue;
+            const Text kind_name = reader.name(*rows, u"Kind").value_or(u"?");
             const BillKind* const kind = find_bill_kind(to_utf8(kind_name));
-            auto own_lines = lines_of.extract(id);
+            auto own_lines = lines_of.extract(*id);
             if (kind == nullptr || kind->header->name != header.name) {
-                timeline.unknown_kind.push_back(shown(kind_name, id));
+                timeline.unknown_kind.push_back({{kind_name, *id}});
                 continue;
             }
-            Bill bill{kind, id, read_record(*rows, header.columns), {}};
+            Bill bill{kind, *id, reader.read(*rows, *id), {}};
             if (!own_lines.empty()) bill.lines = std::move(own_lines.mapped());
-            bills_.insert_or_assign(BillName{kind_name, id}, std::move(bill));
+            bills_.insert_or_assign(BillName{kind_name, *id}, std::move(bill));
         }
-        for (const auto& [id, rest] : lines_of) timeline.headless.push_back(shown(source.lines->name, id));
+        for (const auto& [id, rest] : lines_of) timeline.headless.push_back({{source.lines->name, id}});
     }
 
     std::map<BillName, Bill> bills_;
 };
 
-std::vector<HistoryEntry> read_history(NativeConnection& database) {
+std::vector<HistoryEntry> read_history(NativeConnection& database, std::vector<BrokenValue>& broken) {
     std::vector<HistoryEntry> history;
     const RecordsetVariable rows = database.execute(u"select * from BillHistory order by EntryNo");
     for (; !rows->eof(); rows->move_next()) {
-        history.push_back({{text_of(rows->field(u"Kind")), text_of(rows->field(u"BillId"))},
-                           text_of(rows->field(u"EntryNo")),
-                           text_of(rows->field(u"Action")),
-                           text_of(rows->field(u"Content"))});
+        const Text number = text_or_nothing(rows->field(u"EntryNo")).value_or(u"?");
+        const auto text = [&](const char16_t* column) {
+            const Variant value = rows->field(column);
+            const std::optional<Text> read = text_or_nothing(value);
+            if (!read) broken.push_back({u"BillHistory", number, column, value});
+            return read.value_or(u"");
+        };
+        history.push_back({{text(u"Kind"), text(u"BillId")},
+                           number,
+                           text(u"Action"),
+                           text(u"Content"),
+                           date_or_nothing(rows->field(u"DoneAt"))});
     }
     return history;
 }
@@ -129,7 +163,8 @@ std::vector<HistoryEntry> read_history(NativeConnection& database) {
 /// Makes the timeline backwards, as what a saved bill held is told by the entry that reversed it, or else by the tables.
 class Timeline {
 public:
-    explicit Timeline(NativeConnection& database) : stored_(database, timeline_), history_(read_history(database)) {}
+    explicit Timeline(NativeConnection& database)
+        : stored_(database, timeline_), history_(read_history(database, timeline_.broken)) {}
 
     BillTimeline read() {
         for (auto entry = history_.rbegin(); entry != history_.rend(); ++entry) take(*entry);
@@ -156,7 +191,7 @@ private:
         std::string account;
         std::optional<Bill> bill = bill_from_content(kind, entry.bill.second, entry.content, account);
         if (bill) {
-            timeline_.events.push_back({Action::reverse, *bill, true});
+            timeline_.events.push_back({Action::reverse, *bill, true, entry.done_at});
         } else {
             note_unreadable(entry, account);
         }
@@ -167,9 +202,9 @@ private:
         auto reversed = reversed_.extract(entry.bill);
         std::optional<Bill> bill = reversed.empty() ? stored_.take(entry.bill) : std::move(reversed.mapped());
         if (bill) {
-            timeline_.events.push_back({Action::save, *std::move(bill), true});
+            timeline_.events.push_back({Action::save, *std::move(bill), true, entry.done_at});
         } else if (reversed.empty()) {
-            timeline_.lost.push_back(shown(entry.bill.first, entry.bill.second));
+            timeline_.lost.push_back({entry.bill, entry.done_at});
         }
     }
 
@@ -185,8 +220,8 @@ private:
     }
 
     void note_unreadable(const HistoryEntry& entry, const std::string& why) {
-        timeline_.unreadable.push_back(shown(entry.bill.first, entry.bill.second) + " (BillHistory " +
-                                       to_utf8(entry.number) + "): " + why);
+        timeline_.unreadable.push_back(
+            {entry.bill, entry.done_at, "(BillHistory " + to_utf8(entry.number) + "): " + why});
     }
 
     BillTimeline timeline_;
@@ -196,6 +231,8 @@ private:
 };
 
 }  // namespace
+
+BillName name_of(const Bill& bill) { return {from_utf8(bill.kind->name), bill.id}; }
 
 BillTimeline read_timeline(NativeConnection& database) { return Timeline(database).read(); }
 

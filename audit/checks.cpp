@@ -42,15 +42,45 @@ int scale_of(const std::string& type) {
     return comma == std::string::npos ? 0 : std::atoi(type.c_str() + comma + 1);
 }
 
+struct RemarkName {
+    Remark remark;
+    std::string_view name;
+};
+constexpr RemarkName remark_names[] = {
+    {Remark::negative_by_bills, "negative-by-bills"},
+    {Remark::unbalanced_by_design, "unbalanced-by-design"},
+    {Remark::several_by_design, "several-by-design"},
+    {Remark::keys_look_alike, "keys-look-alike"},
+    {Remark::lost_bill, "lost-bill"},
+    {Remark::unknown_kind, "unknown-kind"},
+    {Remark::headless_lines, "headless-lines"},
+    {Remark::not_in_journal, "not-in-journal"},
+    {Remark::empty_literal, "empty-literal"},
+    {Remark::loses_digits, "loses-digits"},
+    {Remark::loses_characters, "loses-characters"},
+};
+static_assert(std::size(remark_names) == static_cast<std::size_t>(Remark::loses_characters) + 1);
+
 std::string shown(const LedgerKey& key) { return to_utf8(condition_of(key)); }
 
-void add_bill_notes(const BillTimeline& timeline, std::vector<Note>& notes) {
-    for (const std::string& bill : timeline.lost) notes.push_back({Remark::lost_bill, bill});
-    for (const std::string& bill : timeline.unknown_kind) notes.push_back({Remark::unknown_kind, bill});
-    for (const std::string& lines : timeline.headless) notes.push_back({Remark::headless_lines, lines});
+void add_bill_notes(const Verification& verification, std::vector<Note>& notes) {
+    const BillTimeline& timeline = verification.timeline;
+    const auto is_found = [&](const BillTrace& trace) {
+        return std::ranges::count(verification.findings, trace.bill, &Finding::bill) > 0;
+    };
+    const auto add = [&](Remark remark, const std::vector<BillTrace>& traces) {
+        for (const BillTrace& trace : traces) {
+            if (!is_found(trace)) notes.push_back({remark, to_utf8(trace.bill.first + u" " + trace.bill.second)});
+        }
+    };
+    add(Remark::lost_bill, timeline.lost);
+    add(Remark::unknown_kind, timeline.unknown_kind);
+    add(Remark::headless_lines, timeline.headless);
 }
 
 }  // namespace
+
+std::string_view name_of(Remark remark) { return std::ranges::find(remark_names, remark, &RemarkName::remark)->name; }
 
 std::vector<Note> notes_of(const Verification& verification) {
     std::vector<Note> notes;
@@ -66,7 +96,8 @@ std::vector<Note> notes_of(const Verification& verification) {
             notes.push_back({Remark::keys_look_alike, shown(like->second) + "  |  " + shown(entry.key)});
         }
     }
-    add_bill_notes(verification.timeline, notes);
+    add_bill_notes(verification, notes);
+    for (const LedgerKey& key : verification.unjournaled) notes.push_back({Remark::not_in_journal, shown(key)});
     const std::vector<Note> of_columns = column_notes(verification.columns);
     notes.insert(notes.end(), of_columns.begin(), of_columns.end());
     std::ranges::stable_sort(notes, {}, &Note::remark);

@@ -8,7 +8,7 @@
 
 namespace vantlo {
 
-/// What deserves a look though ledger and bills agree in it.
+/// What deserves a look, and is no difference by itself.
 enum class Remark {
     negative_by_bills,     ///< stock is negative, and the bills say so too
     unbalanced_by_design,  ///< received less issued is not on hand, by what the members do
@@ -17,10 +17,14 @@ enum class Remark {
     lost_bill,             ///< the history knows it, and the tables do not
     unknown_kind,
     headless_lines,
+    not_in_journal,    ///< rows that are not the sum of their movements
     empty_literal,     ///< a column whose values the component writes as nothing: its statement fails
     loses_digits,      ///< a column that does not keep four decimals
     loses_characters,  ///< a text column without Chinese characters
 };
+
+/// The name by which other programs know a remark. Example: `lost-bill`
+std::string_view name_of(Remark remark);
 
 struct Note {
     Remark remark;

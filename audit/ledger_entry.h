@@ -3,10 +3,12 @@
 #include <array>
 #include <compare>
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <vector>
 
 #include "ado/native/native_connection.h"
+#include "audit/broken_value.h"
 
 namespace vantlo {
 
@@ -33,18 +35,26 @@ inline Amounts operator-(const Amounts& amounts) { return Amounts{} - amounts; }
 /// Whether received less issued is on hand.
 inline bool is_balanced(const Amounts& amounts) { return amounts[0] - amounts[1] == amounts[2]; }
 
+using AmountsByKey = std::map<LedgerKey, Amounts>;
+
 /// A row of the ledger as it is stored.
 struct LedgerEntry {
     LedgerKey key;
     std::array<std::optional<std::int64_t>, quantity_columns.size()> quantities;  ///< nothing for null and no number
     std::array<Variant, detail_columns.size()> details;
+    std::vector<BrokenValue> broken = {};  ///< in the key and the quantities; a part of the key without a text is null
 
     /// The quantities, null counted as 0.
     [[nodiscard]] Amounts amounts() const;
     [[nodiscard]] bool has_null() const;
+    /// Whether a part of the key has no text, so that no condition finds the row.
+    [[nodiscard]] bool has_no_key() const;
 
     friend bool operator==(const LedgerEntry&, const LedgerEntry&) = default;
 };
+
+/// The key of the row that a recordset stands on; what is broken in it is added to `broken`.
+LedgerKey read_key(Recordset& rows, std::vector<BrokenValue>& broken);
 
 /// The row that a recordset of whole ledger rows stands on.
 LedgerEntry read_entry(Recordset& rows);
@@ -55,6 +65,9 @@ std::vector<LedgerEntry> read_entries(NativeConnection& database);
 /// The key as a condition that finds exactly this row's like: nothing trimmed, null as `is null`.
 /// Example  `WID='W1' and GId='G1 ' and Model1='' and Model2 is null and Status=0`
 Text condition_of(const LedgerKey& key);
+
+/// Whether a text is a whole number of any size, as a status is written without quotes.
+bool is_whole_number(TextView text);
 
 /// A text as an SQL literal, as it stands: quotes doubled, blanks kept.
 Text exact_literal(TextView text);

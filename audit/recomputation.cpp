@@ -4,6 +4,7 @@
 #include <set>
 
 #include "ado/native/open_connection.h"
+#include "automation/number_text.h"
 #include "bills/schema.h"
 #include "bookkeeping/bookkeeping.h"
 
@@ -28,7 +29,8 @@ void copy_units(NativeConnection& from, NativeConnection& to) {
     const RecordsetVariable rows = from.execute(u"select id,Unit,UnitConverter from GoodsUnit");
     const auto literal = [&](TextView column) {
         const Variant value = rows->field(column);
-        return value.is<Null>() ? Text(u"null") : exact_literal(to_text(value));
+        // What has no text fails in the component as it does in the database.
+        return value.is<Null>() ? Text(u"null") : exact_literal(text_or_nothing(value).value_or(u"?"));
     };
     for (; !rows->eof(); rows->move_next()) {
         to.run(u"insert or ignore into GoodsUnit(id,Unit,UnitConverter) values(" + literal(u"id") + u"," +
@@ -36,14 +38,41 @@ void copy_units(NativeConnection& from, NativeConnection& to) {
     }
 }
 
+/// An account without the line ends behind it.
+std::string without_line_ends(std::string account) {
+    account.erase(account.find_last_not_of("\r\n") + 1);
+    return account;
+}
+
+Text opening_statement(const LedgerEntry& entry) {
+    Text values;
+    for (const std::optional<Text>& part : entry.key.parts) {
+        values += (values.empty() ? u"" : u",") + (part ? exact_literal(*part) : u"null");
+    }
+    for (const std::optional<std::int64_t>& quantity : entry.quantities) {
+        values += u"," + (quantity ? number_text(Currency::from_ten_thousandths(*quantity)) : u"null");
+    }
+    return u"insert into Inventory(WID,GId,Model1,Model2,Status,InQty,OutQty,CurrentQty) values(" + values + u")";
+}
+
+Text factor_statement(const UnitFactor& factor) {
+    return u"insert or replace into GoodsUnit(id,Unit,UnitConverter) values(" + exact_literal(factor.goods) + u"," +
+           exact_literal(factor.unit) + u"," + number_text(factor.factor) + u")";
+}
+
 /// Posts the events of a timeline in a database of its own, and keeps what each of them added to which row.
 class Replay {
 public:
-    Replay(NativeConnection& units, Language language)
-        : memory_(open_connection("sqlite::memory:")), bookkeeping_([this] { return memory_; }, {}, language) {
+    Replay(NativeConnection& units, Language language, const std::vector<LedgerEntry>& opening,
+           const std::vector<UnitFactor>& other_factors)
+        : memory_(open_connection("sqlite::memory:")),
+          bookkeeping_([this] { return memory_; }, {}, language),
+          language_(language) {
         memory_->run_script(schema_for("sqlite"));
-        memory_->run_script(note_steps);
         copy_units(units, *memory_);
+        for (const UnitFactor& factor : other_factors) memory_->run(factor_statement(factor));
+        for (const LedgerEntry& entry : opening) memory_->run(opening_statement(entry));
+        memory_->run_script(note_steps);
     }
 
     Recomputation run(const BillTimeline& timeline) {
@@ -57,10 +86,10 @@ public:
 private:
     /// Posts one event. Returns false if the component does not post its bill.
     bool is_posted(const BillEvent& event, std::size_t number) {
-        const auto& [action, bill, is_recorded] = event;
+        const Bill& bill = event.bill;
         const std::pair name{bill.kind, bill.id};
         try {
-            if (action == BillEvent::Action::save) {
+            if (event.action == BillEvent::Action::save) {
                 refused_.erase(name);
                 bookkeeping_.save(bill);
             } else if (!refused_.contains(name)) {
@@ -70,9 +99,14 @@ private:
         } catch (const TaskError& error) {
             if (error.reason() == Reason::interrupted) throw;
             refused_.insert(name);
-            result_.refusals.push_back({number, error.what()});
-            return false;
+            result_.refusals.push_back({number, without_line_ends(error.what())});
+        } catch (const Failure& failure) {  // of a statement that a broken value makes
+            refused_.insert(name);
+            const std::string words = failure.what();
+            result_.refusals.push_back(
+                {number, words.empty() ? to_utf8(standard_text(failure.number(), language_)) : words});
         }
+        return false;
     }
 
     /// Takes over what the latest event added.
@@ -101,6 +135,7 @@ private:
 
     Owned<NativeConnection> memory_;
     Bookkeeping bookkeeping_;
+    Language language_;
     std::set<std::pair<const BillKind*, Text>> refused_;
     std::vector<std::int32_t> rowid_of_step_;
     Recomputation result_;
@@ -108,8 +143,9 @@ private:
 
 }  // namespace
 
-Recomputation recompute(NativeConnection& database, const BillTimeline& timeline, Language language) {
-    return Replay(database, language).run(timeline);
+Recomputation recompute(NativeConnection& database, const BillTimeline& timeline, Language language,
+                        const std::vector<LedgerEntry>& opening, const std::vector<UnitFactor>& other_factors) {
+    return Replay(database, language, opening, other_factors).run(timeline);
 }
 
 }  // namespace vantlo

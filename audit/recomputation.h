@@ -28,9 +28,20 @@ struct Recomputation {
     std::vector<Refusal> refusals;  ///< bills that the component does not post; nothing of them is in the rows
 };
 
-/// Posts all bills of the timeline, through the component's own code, into an empty ledger in memory.
+/// How many base units one unit of some goods holds.
+struct UnitFactor {
+    Text goods;
+    Text unit;
+    double factor;
+
+    friend bool operator==(const UnitFactor&, const UnitFactor&) = default;
+};
+
+/// Posts all bills of the timeline, through the component's own code, into a ledger in memory that begins with `opening`.
 ///
-/// Units are those that `database` stores now. `language` is that of the error texts in refusals.
-Recomputation recompute(NativeConnection& database, const BillTimeline& timeline, Language language);
+/// Units are those that `database` stores now, but for `other_factors`. `language` is that of the error texts in refusals.
+Recomputation recompute(NativeConnection& database, const BillTimeline& timeline, Language language,
+                        const std::vector<LedgerEntry>& opening = {},
+                        const std::vector<UnitFactor>& other_factors = {});
 
 }  // namespace vantlo

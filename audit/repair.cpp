@@ -21,7 +21,7 @@ Text literal_of(const Variant& detail) { return detail.is<Null>() ? Text(u"null"
 Text literal_of(const LedgerKey& key, std::size_t part) {
     const std::optional<Text>& text = key.parts[part];
     if (!text) return u"null";
-    return part == status_part && long_from_text(*text) ? *text : exact_literal(*text);
+    return part == status_part && is_whole_number(*text) ? *text : exact_literal(*text);
 }
 
 void add(Text& list, const Text& item) { list += list.empty() ? item : u"," + item; }

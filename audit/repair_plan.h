@@ -8,7 +8,7 @@ namespace vantlo {
 
 /// What a person has named to be repaired.
 struct RepairChoice {
-    std::vector<Cause> causes;     ///< empty: every cause
+    std::vector<Cause> causes;     ///< empty: with a journal what was changed outside any bill, without one every cause
     std::vector<Text> goods;       ///< by id; empty: all
     std::vector<Text> warehouses;  ///< by id; empty: all
 };
@@ -17,13 +17,16 @@ struct RepairChoice {
 struct RepairPlan {
     std::vector<Finding> chosen;
     std::vector<Finding> not_chosen;  ///< differ, but were not named
-    std::vector<Finding> unjudged;    ///< would be chosen, but the bills do not tell what is right
+    std::vector<Finding> unjudged;    ///< would be chosen, but it is not known that the bills are right there
+    bool is_by_journal = false;       ///< whether, without a cause named, the journal chose
 };
 
 /// Chooses among the findings of a verified ledger. A finding is taken whole or not at all: half of a repair moves stock.
 ///
-/// Bills tell nothing of rows that no bill touches (opening stock, archived years), and nothing certain of any row while
-/// some bill or an entry of the history cannot be read, or some bill cannot be posted, is lost, or has no header. Such findings are chosen only if their goods are named.
+/// With a journal, unless causes are named, exactly those findings are chosen whose rows no bill changed. What else is
+/// named is chosen only if the bills can be trusted in it, or if its goods are named too. Bills cannot be trusted in rows
+/// that none of them touches (opening stock, archived years), in rows of a bill that was edited or deleted or cannot be
+/// read, under a changed unit, and nowhere while a bill or an entry of the history is not known in full.
 RepairPlan plan_repairs(const Verification& verification, const RepairChoice& choice);
 
 }  // namespace vantlo

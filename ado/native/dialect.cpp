@@ -42,6 +42,9 @@ constexpr auto sqlserver_columns =
 constexpr auto postgresql_lock = u"lock table Inventory in share row exclusive mode";
 constexpr auto mariadb_lock = u"select count(*) as n from Inventory for update";
 constexpr auto sqlserver_lock = u"select count(*) as n from Inventory with (tablockx, holdlock)";
+constexpr auto plain_begin = u"begin";  // of SQLite, where the first read sets the state
+constexpr auto repeatable_read = u"begin isolation level repeatable read read only";
+constexpr auto consistent_snapshot = u"start transaction with consistent snapshot, read only";
 
 constexpr auto plain_sum = u"sum(?)";
 constexpr auto sum_of_ten_thousandths = u"sum(cast(round(coalesce(?,0)*10000) as integer))/10000.0";
@@ -56,13 +59,13 @@ constexpr std::string_view truncate = "truncate table Inventory";
 
 // clang-format off
 constexpr Dialect rows[] = {
-    // name        -- is a comment            dates             transaction of a script           backslashes           quote empty ledger embedded exact sum               day of the clock UTC   columns             without rollback          lock of the ledger
-    {"sqlite",     CommentRule::anywhere,     sql_server_dates, "begin;\n",             "commit;\n", nullptr,              u'"', delete_all,  true,  sum_of_ten_thousandths, sqlite_day,      true,  sqlite_columns,     nullptr,                  nullptr},
-    {"postgresql", CommentRule::anywhere,     sql_server_dates, "begin;\n",             "commit;\n", nullptr,              u'"', truncate,    false, plain_sum,              postgresql_day,  false, postgresql_columns, nullptr,                  postgresql_lock},
-    {"mariadb",    CommentRule::before_blank, sql_server_dates, "begin;\n",             "commit;\n", no_backslash_escapes, u'`', truncate,    false, plain_sum,              mariadb_day,     false, mariadb_columns,    mariadb_without_rollback, mariadb_lock},
-    {"sqlserver",  CommentRule::anywhere,     sql_server_dates, "begin transaction;\n", "commit;\n", nullptr,              u'"', truncate,    false, plain_sum,              sqlserver_day,   false, sqlserver_columns,  nullptr,                  sqlserver_lock},
-    {"access",     CommentRule::nowhere,      access_dates,     "",                     "",          nullptr,              u'`', delete_all,  false, plain_sum,              sqlserver_day,   false, nullptr,            nullptr,                  nullptr},
-    {"unknown",    CommentRule::anywhere,     sql_server_dates, "begin;\n",             "commit;\n", nullptr,              u'"', delete_all,  false, plain_sum,              sqlserver_day,   false, nullptr,            nullptr,                  nullptr},
+    // name        -- is a comment            dates             transaction of a script           snapshot             backslashes           quote empty ledger embedded exact sum               day of the clock UTC   columns             without rollback          lock of the ledger
+    {"sqlite",     CommentRule::anywhere,     sql_server_dates, "begin;\n",             "commit;\n", plain_begin,         nullptr,              u'"', delete_all,  true,  sum_of_ten_thousandths, sqlite_day,      true,  sqlite_columns,     nullptr,                  nullptr},
+    {"postgresql", CommentRule::anywhere,     sql_server_dates, "begin;\n",             "commit;\n", repeatable_read,     nullptr,              u'"', truncate,    false, plain_sum,              postgresql_day,  false, postgresql_columns, nullptr,                  postgresql_lock},
+    {"mariadb",    CommentRule::before_blank, sql_server_dates, "begin;\n",             "commit;\n", consistent_snapshot, no_backslash_escapes, u'`', truncate,    false, plain_sum,              mariadb_day,     false, mariadb_columns,    mariadb_without_rollback, mariadb_lock},
+    {"sqlserver",  CommentRule::anywhere,     sql_server_dates, "begin transaction;\n", "commit;\n", nullptr,             nullptr,              u'"', truncate,    false, plain_sum,              sqlserver_day,   false, sqlserver_columns,  nullptr,                  sqlserver_lock},
+    {"access",     CommentRule::nowhere,      access_dates,     "",                     "",          nullptr,             nullptr,              u'`', delete_all,  false, plain_sum,              sqlserver_day,   false, nullptr,            nullptr,                  nullptr},
+    {"unknown",    CommentRule::anywhere,     sql_server_dates, "begin;\n",             "commit;\n", nullptr,             nullptr,              u'"', delete_all,  false, plain_sum,              sqlserver_day,   false, nullptr,            nullptr,                  nullptr},
 };
 // clang-format on
 

@@ -22,6 +22,10 @@ struct Dialect {
     std::string_view begin_transaction;
     std::string_view commit_transaction;
 
+    /// The statement that begins a transaction which reads one state of the database and writes nothing; `rollback` ends it.
+    /// Null for an engine that has none by itself.
+    const char16_t* begin_snapshot;
+
     /// The statement that makes a backslash in a literal an ordinary character; null where it is one by default.
     const char16_t* plain_backslashes;
 

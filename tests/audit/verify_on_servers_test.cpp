@@ -4,6 +4,7 @@
 #include <set>
 #include <thread>
 
+#include "ado/native/snapshot.h"
 #include "audit/repair.h"
 #include "tests/audit/repairs.h"
 #include "tests/audit/spoilings.h"
@@ -63,6 +64,27 @@ TEST_CASE("verify finds on every server what went wrong in the sample shop, and 
             CHECK(causes_on(*database).empty());
         }
         CHECK(database->run(u"select * from RepairJournal").rows.size() >= spoilings().size());
+    }
+}
+
+TEST_CASE("A snapshot reads one state of a server's database while others write") {
+    for (const Server& server : servers()) {
+        INFO(server.dialect);
+        const EmptyShop emptied(server, false);
+        const auto reader = open_connection(server.connection_string);
+        const auto writer = open_connection(server.connection_string);
+        const auto rows = [&] { return to_double(only_value(*reader, u"select count(*) from Inventory")); };
+        {
+            const Snapshot snapshot(*reader);
+            CHECK(rows() == 0);
+            writer->run(
+                u"insert into Inventory(WID,GId,Model1,Model2,Status,InQty,OutQty,CurrentQty) "
+                u"values('W1','G1','','',0,1,0,1)");
+            CHECK(rows() == 0);
+        }
+        CHECK(rows() == 1);
+        reader->run(u"delete from Inventory");
+        CHECK(rows() == 0);
     }
 }
 

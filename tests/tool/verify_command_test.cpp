@@ -14,8 +14,8 @@ void spoil(const Shell& shell, TextView statement) {
     open_connection("sqlite:" + shell.path("vantlo.db"))->run(statement);
 }
 
-void make_shop(const Shell& shell) {
-    CHECK(shell.vantlo("init").exit_code == 0);
+void make_shop(const Shell& shell, const std::string& init = "init --no-journal") {
+    CHECK(shell.vantlo(init).exit_code == 0);
     shell.file("bills.json", R"({"units": [{"goods": "G1", "unit": "箱", "factor": 12}], "bills": [)"
                              R"({"kind": "stock-in", "id": "R1", "date": "2024-03-05", "lines": [)"
                              R"({"goods": "G1", "unit": "箱", "quantity": 2, "receiver": "W1"}]},)"
@@ -42,7 +42,12 @@ TEST_CASE("vantlo verify ends with 0 if ledger and bills agree, and with 3 if th
           "   WID='W1' and GId='G1' and Model1='' and Model2='' and Status=0\n"
           "     ledger  received 25  issued 5  on hand 20\n"
           "     bills   received 24  issued 5  on hand 19\n"
-          "     touched by stock-in R1, stock-out C1\n");
+          "     touched by stock-in R1, stock-out C1\n"
+          "\n"
+          "There is no journal of movements: who changed a row and when, and whether a bill was edited or deleted "
+          "after it "
+          "was\n"
+          "posted, cannot be known (see vantlo journal on, vantlo adopt).\n");
     CHECK(shell.vantlo("--lang zh verify").has("1. 数量与单据不符 (1)\n"));
 }
 
@@ -149,6 +154,82 @@ TEST_CASE("vantlo repair judges no row while a bill is not known in full") {
         }
         CHECK(shell.vantlo("repair").has("Left alone, since the bills do not tell what is right"));
     }
+}
+
+TEST_CASE(
+    "vantlo verify tells by the journal what was changed outside any bill, which vantlo repair undoes by itself") {
+    const Shell shell;
+    make_shop(shell, "init");
+    const std::string before = ledger_of(shell);
+    spoil(shell, u"update Inventory set InQty=25,CurrentQty=20");
+    const Finished verified = shell.vantlo("verify");
+    CHECK(verified.exit_code == 3);
+    CHECK(verified.has("1. The ledger was changed outside any bill (1)\n"));
+    CHECK(verified.has(" by somebody unknown (update): Received 24 -> 25, On hand 19 -> 20\n"));
+    CHECK(!verified.has("There is no journal"));
+    CHECK(shell.vantlo("repair --apply --yes").exit_code == 0);
+    CHECK(ledger_of(shell) == before);
+    CHECK(shell.vantlo("verify").output == "The ledger agrees with the bills: 2 bills, 1 ledger row.\n");
+}
+
+TEST_CASE("vantlo verify tells which line of a bill was edited, and which factor was changed") {
+    const Shell shell;
+    make_shop(shell, "init");
+    spoil(shell, u"update StockBillItems set Actualqty=4 where BillId='C1'");
+    CHECK(shell.vantlo("verify").has(
+        "1. A bill was edited after it was posted (1)\n"
+        "   stock-out C1\n"
+        "     line 1: it moved received 0  issued 5  on hand -5; now it says received 0  issued 4  on hand -4\n"));
+    const std::string before = ledger_of(shell);
+    CHECK(shell.vantlo("repair --apply --yes --only edited-bill").exit_code == 3);
+    CHECK(ledger_of(shell) == before);
+    CHECK(shell.vantlo("repair --apply --yes --only edited-bill --goods G1").exit_code == 0);
+
+    spoil(shell, u"update GoodsUnit set UnitConverter=99");
+    CHECK(
+        shell.vantlo("verify").has("1. The factor of a unit was changed after bills were posted (1)\n"
+                                   "   goods G1, unit 箱: 12 when posted, 99 now; bills concerned 1: stock-in R1\n"));
+}
+
+TEST_CASE("vantlo verify compares with the bills since the opening, with --all-bills with all") {
+    const Shell shell;
+    make_shop(shell);
+    spoil(shell,
+          u"insert into Inventory(WID,GId,Model1,Model2,Status,InQty,OutQty,CurrentQty) "
+          u"values('W1','OPEN','','',0,8,0,8)");
+    CHECK(shell.vantlo("journal on").exit_code == 0);
+    CHECK(shell.vantlo("verify").exit_code == 0);
+    const Finished all = shell.vantlo("verify --all-bills");
+    CHECK(all.exit_code == 3);
+    CHECK(all.has("1. A row has no bill (1)\n   WID='W1' and GId='OPEN'"));
+}
+
+TEST_CASE("vantlo verify names the latest of equal bills that could explain a difference") {
+    const Shell shell;
+    CHECK(shell.vantlo("init --no-journal").exit_code == 0);
+    std::string bills;
+    for (const char* const id : {"A1", "A2", "A3", "A4", "A5"}) {
+        bills += (bills.empty() ? "" : ",") + std::string(R"({"kind": "stock-in", "id": ")") + id +
+                 R"(", "date": "2024-03-05", "lines": [{"goods": "G1", "quantity": 2, "receiver": "W1"}]})";
+    }
+    shell.file("bills.json", "{\"bills\": [" + bills + "]}");
+    CHECK(shell.vantlo("save bills.json").exit_code == 0);
+    spoil(shell, u"update Inventory set InQty=8,CurrentQty=8");
+    CHECK(shell.vantlo("verify").has("1. A stored bill is not posted (1)\n   stock-in A5\n"));
+}
+
+TEST_CASE("vantlo verify shows hints before it says that ledger and bills agree") {
+    const Shell shell;
+    CHECK(shell.vantlo("init").exit_code == 0);
+    shell.file("bill.json", R"({"bills": [{"kind": "stock-out", "id": "C1", "date": "2024-03-06", "lines": [)"
+                            R"({"goods": "G1", "quantity": 5, "supplier": "W1"}]}]})");
+    CHECK(shell.vantlo("save bill.json").exit_code == 0);
+    CHECK(shell.vantlo("verify").output ==
+          "Worth a look, though no difference by itself:\n"
+          "   Stock is negative, as the bills say\n"
+          "     WID='W1' and GId='G1' and Model1='' and Model2='' and Status=0\n"
+          "\n"
+          "The ledger agrees with the bills: 1 bill, 1 ledger row.\n");
 }
 
 TEST_CASE("vantlo repair asks on a terminal, and needs --yes where nobody can be asked") {

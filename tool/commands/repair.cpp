@@ -255,7 +255,8 @@ ExitCode repair_ledger(const CommonOptions& common, const RepairOptions& options
     const RepairChoice choice = options.choice();
     const Verification verification = verify(*database, common.language);
     const RepairPlan plan = plan_repairs(verification, choice);
-    if (options.applies && choice.causes.empty() && !(plan.chosen.empty() && plan.unjudged.empty())) {
+    if (options.applies && choice.causes.empty() && !plan.is_by_journal &&
+        !(plan.chosen.empty() && plan.unjudged.empty())) {
         std::cerr << "vantlo: " << common.say(words::name_causes, causes_of(verification.findings)) << '\n';
         return ExitCode::refused;
     }

@@ -12,8 +12,17 @@ namespace vantlo {
 std::string report_of(const std::vector<Finding>& findings, const BillTimeline& timeline, std::size_t ledger_rows,
                       Language language);
 
-/// The notes below the report; empty if there are none.
+/// The notes beside the report; empty if there are none.
 std::string report_of(const std::vector<Note>& notes, Language language);
+
+/// What the witnesses at hand cannot tell of a difference: a paragraph with an empty line before it, or nothing.
+std::string what_is_unknown(const Verification& verification, Language language);
+
+/// A value that its column is not for, as what it is. Example: `the text 'two'`
+std::string value_text(const Variant& value, Language language);
+
+/// The same, with its table, row and column.
+std::string broken_value_text(const BrokenValue& value, Language language);
 
 /// A cause in a few words.
 std::string cause_text(Cause cause, Language language);

@@ -1,0 +1,252 @@
+#include "audit/unit_changes.h"
+
+#include <algorithm>
+#include <cmath>
+#include <set>
+
+namespace vantlo {
+
+namespace {
+
+/// Goods and one of their units.
+using GoodsUnit = std::pair<Text, Text>;
+
+std::map<GoodsUnit, double> read_factors(NativeConnection& database) {
+    std::map<GoodsUnit, double> factors;
+    const RecordsetVariable rows = database.execute(u"select id,Unit,UnitConverter from GoodsUnit");
+    for (; !rows->eof(); rows->move_next()) {
+        const std::optional<Text> goods = text_or_nothing(rows->field(u"id"));
+        const std::optional<Text> unit = text_or_nothing(rows->field(u"Unit"));
+        const Variant factor = rows->field(u"UnitConverter");
+        if (!goods || !unit || factor.is<Null>() || !is_of_type(factor, ColumnType::single)) continue;
+        factors.emplace(GoodsUnit{*goods, *unit}, to_double(factor));
+    }
+    return factors;
+}
+
+constexpr TextView quantity_fields[] = {u"Actualqty", u"Qty", u"UQty"};
+
+std::optional<Text> text_in(const Record& record, TextView column) {
+    for (const Record::Field& field : record.fields()) {
+        if (equal_ignoring_case(field.column, column)) return text_or_nothing(field.value);
+    }
+    return std::nullopt;
+}
+
+/// What a bill's lines are counted in, and the main item of its header.
+std::set<GoodsUnit> units_of(const Bill& bill) {
+    std::set<GoodsUnit> units;
+    const auto add = [&](const Record& record) {
+        const std::optional<Text> goods = text_in(record, u"Gid");
+        const std::optional<Text> unit = text_in(record, u"Unit");
+        if (goods && unit) units.emplace(trim_blanks(*goods), trim_blanks(*unit));
+    };
+    add(bill.header);
+    for (const Record& line : bill.lines) add(line);
+    return units;
+}
+
+/// A number with as few decimals as the error allows.
+struct Rounded {
+    double number;
+    int decimals;
+};
+
+Rounded roundest(double number, double error) {
+    double scale = 1;
+    for (int decimals = 0; decimals <= 6; ++decimals, scale *= 10) {
+        const double rounded = std::round(number * scale) / scale;
+        if (std::abs(rounded - number) <= error) return {rounded, decimals};
+    }
+    return {number, 7};
+}
+
+/// What a bill's lines in one unit add up to, without signs, and how many they are.
+struct Lines {
+    double quantity = 0;
+    std::size_t count = 0;
+};
+
+Lines lines_in(const Bill& bill, const GoodsUnit& unit) {
+    Lines lines;
+    const auto add = [&](const Record& record) {
+        const std::optional<Text> goods = text_in(record, u"Gid");
+        const std::optional<Text> own_unit = text_in(record, u"Unit");
+        if (!goods || !own_unit || GoodsUnit(trim_blanks(*goods), trim_blanks(*own_unit)) != unit) return;
+        for (const Record::Field& field : record.fields()) {
+            const bool is_quantity = std::ranges::any_of(
+                quantity_fields, [&](TextView name) { return equal_ignoring_case(name, field.column); });
+            if (!is_quantity || field.value.is<Null>() || !is_of_type(field.value, ColumnType::single)) continue;
+            lines.quantity += std::abs(to_double(field.value));
+            ++lines.count;
+            return;
+        }
+    };
+    add(bill.header);
+    for (const Record& line : bill.lines) add(line);
+    return lines;
+}
+
+constexpr double quantum = 0.0001;  // of the ledger's quantities
+
+class UnitChanges {
+public:
+    UnitChanges(NativeConnection& database, Verification& verification, Language language)
+        : database_(database), verification_(verification), language_(language), factors_(read_factors(database)) {
+        for (std::size_t i = 0; i < verification.findings.size(); ++i) {
+            const Finding& finding = verification.findings[i];
+            if (finding.cause == Cause::edited_bill && finding.event && is_saved_once(*finding.event)) {
+                edited_.push_back({i, units_of(verification.timeline.events[*finding.event].bill)});
+            }
+        }
+    }
+
+    void find() {
+        for (const EditedBill& bill : edited_) suppose(bill);
+        // Each round drops a unit that a bill speaks against.
+        while (!then_.empty()) {
+            const std::vector<bool> is_explained = explained_bills();
+            std::set<GoodsUnit> refuted;
+            for (std::size_t i = 0; i < edited_.size(); ++i) {
+                if (!is_explained[i]) refuted.insert(edited_[i].units.begin(), edited_[i].units.end());
+            }
+            if (std::erase_if(then_, [&](const auto& unit) { return refuted.contains(unit.first); }) == 0) break;
+        }
+        if (!then_.empty()) regroup();
+    }
+
+private:
+    struct EditedBill {
+        std::size_t finding;
+        std::set<GoodsUnit> units;
+    };
+
+    [[nodiscard]] const Finding& finding_of(const EditedBill& bill) const {
+        return verification_.findings[bill.finding];
+    }
+
+    [[nodiscard]] bool is_saved_once(std::size_t event) const {
+        const std::vector<BillEvent>& events = verification_.timeline.events;
+        const BillName name = name_of(events[event].bill);
+        return events[event].action == BillEvent::Action::save &&
+               std::ranges::count(events, name, [](const BillEvent& other) { return name_of(other.bill); }) == 1;
+    }
+
+    /// A unit that is not stored, and a factor of 0, count as 1.
+    [[nodiscard]] double factor_now(const GoodsUnit& unit) const {
+        const auto found = factors_.find(unit);
+        return found == factors_.end() || found->second == 0 ? 1 : found->second;
+    }
+
+    void suppose(const EditedBill& bill) {
+        for (const GoodsUnit& unit : bill.units) {
+            if (unit.second.empty() || then_.contains(unit)) continue;
+            const auto row = std::ranges::find_if(
+                finding_of(bill).edited, [&](const EditedRow& edited) { return edited.key.parts[1] == unit.first; });
+            if (row == finding_of(bill).edited.end()) continue;
+            const std::optional<Rounded> then = factor_then(bill, *row, unit);
+            if (then && then->number != factor_now(unit) && is_likely(bill, *row, unit, *then))
+                then_.emplace(unit, then->number);
+        }
+    }
+
+    [[nodiscard]] const Bill& bill_of(const EditedBill& bill) const {
+        return verification_.timeline.events[*finding_of(bill).event].bill;
+    }
+
+    /// The factor under which a bill would have moved what it did in a row; nothing where the row does not tell.
+    [[nodiscard]] std::optional<Rounded> factor_then(const EditedBill& bill, const EditedRow& row,
+                                                     const GoodsUnit& unit) const {
+        const double moved = largest(row.moved);
+        const double says = largest(row.says);
+        if (moved == 0) return std::nullopt;
+        const double now = factor_now(unit);
+        if (says != 0) return roundest(now * moved / says, now * quantum / says * (1 + moved / says));
+        const double quantity = lines_in(bill_of(bill), unit).quantity;  // a broken factor moves nothing
+        if (quantity == 0) return std::nullopt;
+        return roundest(moved / quantity, quantum / quantity);
+    }
+
+    /// One line alone is rather a unit's change than an edited quantity if no other bill in the unit is as it was, and if
+    /// the factor is the rounder number of the two.
+    [[nodiscard]] bool is_likely(const EditedBill& bill, const EditedRow& row, const GoodsUnit& unit,
+                                 const Rounded& then) const {
+        std::size_t lines = 0;
+        for (const EditedBill& other : edited_) lines += lines_in(bill_of(other), unit).count;
+        if (lines > 1) return true;
+        const bool has_others = std::ranges::any_of(verification_.timeline.events, [&](const BillEvent& event) {
+            return name_of(event.bill) != name_of(bill_of(bill)) && lines_in(event.bill, unit).count > 0;
+        });
+        const double now = factor_now(unit);
+        return !has_others && then.decimals < roundest(largest(row.moved) / now, quantum / now).decimals;
+    }
+
+    static double largest(const Amounts& amounts) {
+        std::int64_t found = 0;
+        for (const std::int64_t amount : amounts) found = std::max(found, std::abs(amount));
+        return static_cast<double>(found) * quantum;
+    }
+
+    /// Which of the bills would have moved what they did, had the supposed factors been there.
+    [[nodiscard]] std::vector<bool> explained_bills() const {
+        BillTimeline timeline;
+        std::vector<UnitFactor> factors;
+        for (const EditedBill& bill : edited_) {
+            timeline.events.push_back(verification_.timeline.events[*finding_of(bill).event]);
+        }
+        for (const auto& [unit, factor] : then_) factors.push_back({unit.first, unit.second, factor});
+        const Recomputation posted =
+            recompute(database_, timeline, language_, verification_.movements.opening, factors);
+        const std::vector<Effect> then = effects_of(posted, edited_.size());
+        const std::vector<Effect> now = effects_of(verification_.expected, verification_.timeline.events.size());
+        std::vector<bool> is_explained;
+        for (std::size_t i = 0; i < edited_.size(); ++i) {
+            AmountsByKey moved = now[*finding_of(edited_[i]).event].from(0);
+            for (const EditedRow& row : finding_of(edited_[i]).edited) moved.insert_or_assign(row.key, row.moved);
+            std::erase_if(moved, [](const auto& entry) { return entry.second == Amounts{}; });
+            is_explained.push_back(then[i].from(0) == moved);
+        }
+        return is_explained;
+    }
+
+    /// Puts the findings of all bills of one unit together.
+    void regroup() {
+        std::map<GoodsUnit, Finding> of_units;
+        std::set<std::size_t> taken;
+        for (const EditedBill& bill : edited_) {
+            const auto unit = std::ranges::find_if(bill.units, [&](const GoodsUnit& u) { return then_.contains(u); });
+            if (unit == bill.units.end()) continue;
+            Finding& own = verification_.findings[bill.finding];
+            Finding& of_unit = of_units.emplace(*unit, Finding{Cause::unit_factor, {}, {}, 0, 0, {}}).first->second;
+            of_unit.unit = {unit->first, unit->second, then_.at(*unit), factor_now(*unit)};
+            of_unit.unit_events.push_back(*own.event);
+            std::ranges::move(own.differences, std::back_inserter(of_unit.differences));
+            taken.insert(bill.finding);
+        }
+        std::vector<Finding> findings;
+        for (auto& [unit, finding] : of_units) {
+            std::ranges::sort(finding.unit_events);
+            std::ranges::sort(finding.differences, {}, &Difference::key);
+            findings.push_back(std::move(finding));
+        }
+        for (std::size_t i = 0; i < verification_.findings.size(); ++i) {
+            if (!taken.contains(i)) findings.push_back(std::move(verification_.findings[i]));
+        }
+        verification_.findings = std::move(findings);
+    }
+
+    NativeConnection& database_;
+    Verification& verification_;
+    Language language_;
+    std::map<GoodsUnit, double> factors_;
+    std::vector<EditedBill> edited_;
+    std::map<GoodsUnit, double> then_;
+};
+
+}  // namespace
+
+void find_unit_changes(NativeConnection& database, Verification& verification, Language language) {
+    UnitChanges(database, verification, language).find();
+}
+
+}  // namespace vantlo
