@@ -65,8 +65,10 @@ public:
     [[nodiscard]] bool catches(int signal) const {
         const std::string process = "/proc/" + std::to_string(process_);
         std::error_code none;  // of a command that has ended
-        // Until the command itself runs there, the process is a copy of this one, with doctest's handlers.
-        if (std::filesystem::equivalent(process + "/exe", "/proc/self/exe", none) || none) return false;
+        // Until the command itself runs there, the process is a copy of this one, then the shell, which both have handlers.
+        for (const char* const before : {"/proc/self/exe", "/bin/sh"}) {
+            if (std::filesystem::equivalent(process + "/exe", before, none) || none) return false;
+        }
         std::ifstream status(process + "/status");
         for (std::string line; std::getline(status, line);) {
             if (!line.starts_with("SigCgt:")) continue;
