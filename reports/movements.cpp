@@ -1,7 +1,6 @@
 #include "reports/movements.h"
 
 #include <ctime>
-#include <limits>
 #include <string>
 
 #include "automation/calendar.h"
@@ -10,7 +9,7 @@ namespace vantlo {
 
 namespace {
 
-constexpr std::int64_t past_all = std::numeric_limits<std::int64_t>::max();
+constexpr std::int64_t past_all = all_movements.until;
 
 struct Movement {
     std::int64_t number;
@@ -91,6 +90,10 @@ MovementRange movements_within(NativeConnection& database, const Period& period)
     const Dialect& dialect = database.dialect();
     return {period.from ? first_at(database, clock_at(dialect, *period.from)) : 0,
             period.until ? first_at(database, clock_at(dialect, *period.until)) : past_all};
+}
+
+Text and_numbered(const MovementRange& range) {
+    return u" and MovementNo>=" + number_text_of(range.from) + u" and MovementNo<" + number_text_of(range.until);
 }
 
 Date local_time(const Dialect& dialect, Date clock) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <optional>
 
 #include "ado/native/native_connection.h"
@@ -14,10 +15,15 @@ struct MovementRange {
     std::int64_t until;
 };
 
+inline constexpr MovementRange all_movements{0, std::numeric_limits<std::int64_t>::max()};
+
 /// The movements of the days of a period, as the local calendar has them. Numbers rise with time, so the ends are found by
 /// halving, without an index on times.
 /// Errors   Failure, if there is no journal of movements.
 MovementRange movements_within(NativeConnection& database, const Period& period);
+
+/// The condition that a movement is one of the range, ` and ` before it.
+Text and_numbered(const MovementRange& range);
 
 /// The local time at which the journal's clock showed `clock`.
 Date local_time(const Dialect& dialect, Date clock);

@@ -3,6 +3,7 @@
 #include <map>
 
 #include "automation/currency.h"
+#include "reports/names.h"
 
 namespace vantlo {
 
@@ -65,8 +66,9 @@ public:
         std::map<RowKey, std::int64_t> closing;
         const RecordsetVariable stock = select(u"Inventory", group, sum(u"CurrentQty") + u" as Stock", u"");
         for (; !stock->eof(); stock->move_next()) closing[key(*stock)] += ten_thousandths(stock->field(u"Stock"));
+        const MovementRange since_end{range_.until, all_movements.until};
         const RecordsetVariable later = select(u"StockMovement", group, sum(u"CurrentChange") + u" as NetChange",
-                                               u" where MovementNo>=" + number(range_.until));
+                                               u" where 1=1" + and_numbered(since_end));
         for (; !later->eof(); later->move_next()) closing[key(*later)] -= ten_thousandths(later->field(u"NetChange"));
         return closing;
     }
@@ -80,8 +82,7 @@ public:
         const RecordsetVariable rows = select(u"StockMovement", group,
                                               sum(u"InChange") + u" as Received," + sum(u"OutChange") + u" as Issued," +
                                                   sum(u"CurrentChange") + u" as NetChange",
-                                              u" where MovementNo>=" + number(range_.from) + u" and MovementNo<" +
-                                                  number(range_.until) + u" and Action<>'opening'");
+                                              u" where Action<>'opening'" + and_numbered(range_));
         for (; !rows->eof(); rows->move_next()) {
             RowKey of_row = key(*rows);
             if (grouping_.by == ReportBy::month) of_row.group.resize(TextView(u"yyyy-MM").size());
@@ -94,8 +95,6 @@ public:
     }
 
 private:
-    static Text number(std::int64_t value) { return from_utf8(std::to_string(value)); }
-
     static RowKey key(Recordset& rows) {
         const Text without_unit = text_of(rows.field(u"WithoutUnit"));
         return {text_of(rows.field(u"Grp")),
@@ -117,14 +116,6 @@ private:
     const Grouping& grouping_;
     MovementRange range_;
 };
-
-std::map<Text, Text> read_names(NativeConnection& database, const char16_t* table) {
-    std::map<Text, Text> names;
-    if (table == nullptr) return names;
-    const RecordsetVariable rows = database.execute(Text(u"select ID,Name from ") + table);
-    for (; !rows->eof(); rows->move_next()) names[text_of(rows->field(u"ID"))] = text_of(rows->field(u"Name"));
-    return names;
-}
 
 /// Gives each row its opening: of its own stock, or by time what the row before of the same unit closed with.
 std::map<RowKey, Sums> with_openings(std::map<RowKey, Sums> rows, const std::map<RowKey, std::int64_t>& closings,
@@ -148,10 +139,11 @@ std::map<RowKey, Sums> with_openings(std::map<RowKey, Sums> rows, const std::map
 Listing report_period(NativeConnection& database, ReportBy by, const Period& period) {
     const Grouping& grouping = grouping_of(by);
     PeriodReport report(database, grouping, period);
-    const std::map<RowKey, Sums> rows = with_openings(report.movements(), report.closings(), grouping);
-    const std::map<Text, Text> names = read_names(database, grouping.name_table);
-    const bool has_names = grouping.name_table != nullptr;
     const bool has_stock = by != ReportBy::kind;
+    std::map<RowKey, Sums> rows = report.movements();
+    if (has_stock) rows = with_openings(std::move(rows), report.closings(), grouping);
+    const bool has_names = grouping.name_table != nullptr;
+    const std::map<Text, Text> names = has_names ? read_names(database, grouping.name_table) : std::map<Text, Text>();
 
     Listing listing{{{grouping.column, CellType::text}}, {}};
     if (has_names) listing.columns.push_back({"name", CellType::text});

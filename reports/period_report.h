@@ -15,7 +15,7 @@ enum class ReportBy { warehouse, goods, goods_class, kind, day, month };
 /// Where the period ends now, closing is what the ledger holds. By kind there is neither opening nor closing, since a kind of
 /// bill has no stock; movements without a bill have an empty kind. The entries by which the journal began count as opening.
 ///
-/// Warehouses, goods and classes without stock and movement are left out, as are days without movement.
+/// Rows whose quantities are all 0 are left out.
 /// Errors   Failure, if there is no journal of movements.
 Listing report_period(NativeConnection& database, ReportBy by, const Period& period);
 

@@ -4,6 +4,7 @@
 #include <tuple>
 
 #include "dataaccess/sql_literals.h"
+#include "reports/names.h"
 
 namespace vantlo {
 
@@ -54,9 +55,8 @@ void read_openings(NativeConnection& database, const Text& condition, std::int64
 }
 
 void read_entries(NativeConnection& database, const Text& condition, const MovementRange& range, Cards& cards) {
-    const RecordsetVariable rows = database.execute(
-        u"select * from StockMovement where MovementNo>=" + from_utf8(std::to_string(range.from)) +
-        u" and MovementNo<" + from_utf8(std::to_string(range.until)) + condition + u" order by MovementNo");
+    const RecordsetVariable rows = database.execute(u"select * from StockMovement where 1=1" + and_numbered(range) +
+                                                    condition + u" order by MovementNo");
     for (; !rows->eof(); rows->move_next()) {
         const auto text = [&](TextView column) { return text_of(rows->field(column)); };
         StockCard& card = card_of(cards, *rows);
@@ -91,13 +91,6 @@ std::map<Text, NamedGoods> read_goods(NativeConnection& database, const std::vec
     return named;
 }
 
-std::map<Text, Text> read_warehouses(NativeConnection& database) {
-    std::map<Text, Text> names;
-    const RecordsetVariable rows = database.execute(u"select ID,Name from Warehouse");
-    for (; !rows->eof(); rows->move_next()) names[text_of(rows->field(u"ID"))] = text_of(rows->field(u"Name"));
-    return names;
-}
-
 /// Balances and sums, once all entries are there.
 void add_up(StockCard& card) {
     Currency balance = card.opening;
@@ -119,7 +112,7 @@ std::vector<StockCard> read_cards(NativeConnection& database, const CardsWanted&
     read_openings(database, condition, range.from, cards);
     read_entries(database, condition, range, cards);
     const std::map<Text, NamedGoods> goods = read_goods(database, wanted.goods);
-    const std::map<Text, Text> warehouses = read_warehouses(database);
+    const std::map<Text, Text> warehouses = read_names(database, u"Warehouse");
     std::vector<StockCard> sorted;
     for (auto& [key, card] : cards) {
         add_up(card);
