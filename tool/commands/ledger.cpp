@@ -2,9 +2,9 @@
 
 #include <iostream>
 
-#include "bills/ledger_row.h"
+#include "reports/ledger_list.h"
 #include "tool/commands/command.h"
-#include "tool/output/ledger_formats.h"
+#include "tool/commands/list_options.h"
 #include "tool/output/ledger_picture.h"
 #include "tool/output/ledger_table.h"
 #include "tool/output/replace_file.h"
@@ -22,7 +22,6 @@ constexpr Message only_goods     = {"只显示此商品", "Only these goods"};
 constexpr Message ledger_example = {"显示仓库 W01 的台账", "Show the ledger of warehouse W01"};
 constexpr Message only_class     = {"只显示此类别", "Only this goods class"};
 constexpr Message only_status    = {"只显示此状态", "Only this status"};
-constexpr Message format_option  = {"输出格式：table、json、jsonl 或 csv", "Output: table, json, jsonl or csv"};
 constexpr Message picture_option = {"改为写入图片文件：.svg 或 .html", "Write a picture instead: an .svg drawing or an .html page"};
 constexpr Message ledger_csv_example = {"将台账写成 CSV", "Write the ledger as CSV"};
 constexpr Message ledger_picture_example = {"画出各仓库的库存和每日进出", "Draw the stock of each warehouse and the movement by day"};
@@ -40,8 +39,7 @@ struct Wanted {
     std::string goods;
     std::string goods_class;
     std::optional<std::int32_t> status;
-    std::string format = "table";
-    bool exact_cells = false;
+    ListFormat format;
     std::string picture;
 
     [[nodiscard]] LedgerFilter filter() const {
@@ -49,17 +47,13 @@ struct Wanted {
     }
 };
 
-void write_rows(const std::vector<LedgerRow>& rows, const Wanted& wanted, Language language) {
-    if (wanted.format == "json") {
-        std::cout << ledger_json(rows);
-    } else if (wanted.format == "jsonl") {
-        std::cout << ledger_json_lines(rows);
-    } else if (wanted.format == "csv") {
-        std::cout << ledger_csv(rows, wanted.exact_cells ? CsvCells::exact : CsvCells::for_spreadsheets);
+void write_rows(const std::vector<LedgerRow>& rows, const ListFormat& format, const CommonOptions& common) {
+    if (format.name != "table") {
+        write_formatted(list_ledger(rows), {}, format, common);
     } else if (wants_colour(STDOUT_FILENO)) {  // the table's own escapes; those in its cells are spelled out
-        std::ostream(unfiltered(std::cout)) << ledger_table(rows, language, true) << std::flush;
+        std::ostream(unfiltered(std::cout)) << ledger_table(rows, common.language, true) << std::flush;
     } else {
-        std::cout << ledger_table(rows, language);
+        std::cout << ledger_table(rows, common.language);
     }
 }
 
@@ -80,7 +74,7 @@ ExitCode show_ledger(const CommonOptions& common, const Wanted& wanted) {
     if (!wanted.picture.empty()) {
         write_picture(*database, wanted, common);
     } else {
-        write_rows(read_ledger(*database, wanted.filter()), wanted, common.language);
+        write_rows(read_ledger(*database, wanted.filter()), wanted.format, common);
     }
     return ExitCode::done;
 }
@@ -98,16 +92,13 @@ void add_ledger(CLI::App& app, CommandCall& call) {
     command->add_option("--goods", wanted->goods, common.say(words::only_goods));
     command->add_option("--class", wanted->goods_class, common.say(words::only_class));
     command->add_option("--status", wanted->status, common.say(words::only_status));
-    CLI::Option* const format = command->add_option("--format", wanted->format, common.say(words::format_option))
-                                    ->check(CLI::IsMember({"table", "json", "jsonl", "csv"}))
-                                    ->type_name("FORMAT");
-    command->add_flag("--exact-cells", wanted->exact_cells, common.say(words::exact_cells_option));
+    add_format_options(*command, common, wanted->format);
     command->add_option("--as-picture", wanted->picture, common.say(words::picture_option))
         ->check([&common](const std::string& name) {
             return name.ends_with(".svg") || name.ends_with(".html") ? "" : common.say(words::picture_name);
         })
         ->type_name("FILE")
-        ->excludes(format);
+        ->excludes(command->get_option("--format"));
     command->callback(
         [&call, wanted] { call.work = [&common = call.common, wanted] { return show_ledger(common, *wanted); }; });
 }
