@@ -1,9 +1,11 @@
 #include <iostream>
 
-#include "automation/calendar.h"
+#include "ado/native/snapshot.h"
+#include "reports/ledger_list.h"
 #include "reports/stock_card.h"
 #include "tool/commands/command.h"
 #include "tool/commands/list_options.h"
+#include "tool/output/ledger_table.h"
 
 namespace vantlo {
 
@@ -42,29 +44,25 @@ std::string by_whom(const CardEntry& entry) {
 
 /// What an entry was, for people.
 std::string account_of(const CardEntry& entry, const CommonOptions& common) {
-    const std::string kind_name = to_utf8(entry.bill_kind);
-    if (!kind_name.empty()) {
-        const BillKind* const kind = find_bill_kind(kind_name);
-        return kind != nullptr && common.language == Language::chinese ? std::string(kind->chinese_name) : kind_name;
-    }
+    if (!entry.bill_kind.empty()) return kind_for_people(to_utf8(entry.bill_kind), common.language);
     if (entry.action == u"gap") return common.say(words::while_off);
     return common.say(words::without_bill, to_utf8(entry.action));
 }
 
 /// The models of a row, as they stand behind its goods.
 std::string goods_of(const LedgerRow& row) {
-    std::string goods = to_utf8(row.goods);
-    for (const Text* const part : {&row.goods_name, &row.model1, &row.model2}) {
+    std::string goods = named(row.goods, row.goods_name);
+    for (const Text* const part : {&row.model1, &row.model2}) {
         if (!part->empty()) goods += " " + to_utf8(*part);
     }
     return goods;
 }
 
 std::string heading_of(const LedgerRow& row, const CommonOptions& common) {
-    const std::string warehouse =
-        to_utf8(row.warehouse_name.empty() ? row.warehouse : row.warehouse + u" " + row.warehouse_name);
     const std::string unit = row.unit.empty() ? "" : common.say(words::counted_in, to_utf8(row.unit));
-    return common.say(words::card_heading, warehouse, goods_of(row), to_utf8(row.status)) + unit;
+    return common.say(words::card_heading, named(row.warehouse, row.warehouse_name), goods_of(row),
+                      to_utf8(row.status)) +
+           unit;
 }
 
 /// One card as a table between its opening and closing lines.
@@ -109,7 +107,7 @@ Listing flat(const std::vector<StockCard>& cards) {
             std::vector<Variant>& whole = list.rows.emplace_back();
             for (const Text* const part : {&row.warehouse, &row.goods, &row.model1, &row.model2})
                 whole.emplace_back(*part);
-            whole.push_back(row.status.empty() ? Variant(Null()) : Variant(to_long(row.status)));
+            whole.push_back(status_cell(row.status));
             whole.emplace_back(row.unit);
             whole.insert(whole.end(), cells.begin(), cells.end());
         };
@@ -129,6 +127,7 @@ Listing flat(const std::vector<StockCard>& cards) {
 ExitCode show_cards(const CommonOptions& common, const CardsWanted& wanted, const ListFormat& format) {
     const auto database = common.read();
     require_journal(*database, common);
+    const Snapshot snapshot(*database);
     const std::vector<StockCard> cards = read_cards(*database, wanted);
     if (format.name != "table") {
         write_formatted(flat(cards), {}, format, common);

@@ -6,7 +6,6 @@
 #include <iostream>
 
 #include "bookkeeping/journal.h"
-#include "tool/output/closest_name.h"
 #include "tool/output/table_output.h"
 #include "tool/output/visible.h"
 

@@ -1,5 +1,6 @@
 #include <iostream>
 
+#include "ado/native/snapshot.h"
 #include "automation/calendar.h"
 #include "reports/period_report.h"
 #include "tool/commands/command.h"
@@ -44,6 +45,7 @@ std::vector<std::string_view> summed_columns(ReportBy by) {
 ExitCode show_report(const CommonOptions& common, const Wanted& wanted, const ListOptions& options) {
     const auto database = common.read();
     require_journal(*database, common);
+    const Snapshot snapshot(*database);
     const std::optional<Date> begins = journal_begins(*database);
     if (wanted.period.from && begins && *wanted.period.from < *begins)
         std::cerr << "vantlo: " << common.say(words::journal_later, to_utf8(ordinary_text(*begins))) << '\n';

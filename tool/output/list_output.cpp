@@ -148,12 +148,6 @@ void add_sums(TableOutput& table, const Listing& list, Language language, const 
     }
 }
 
-/// A kind of bill as people read it: in Chinese by its Chinese name.
-std::string kind_for_people(const std::string& name, Language language) {
-    const BillKind* const kind = find_bill_kind(name);
-    return kind == nullptr || language == Language::english ? name : std::string(kind->chinese_name);
-}
-
 std::string table_text(const Listing& list, std::span<const Row> rows, Language language, bool has_colour,
                        const std::vector<std::string_view>& summed) {
     std::vector<TableOutput::Column> columns;
@@ -188,6 +182,11 @@ std::string list_text(const Listing& list, ShownRows shown, const ListFormat& fo
 std::string title_of(std::string_view column, Language language) {
     const Title* const found = std::ranges::find(titles, column, &Title::column);
     return found == std::end(titles) ? std::string(column) : found->title.in(language);
+}
+
+std::string kind_for_people(const std::string& name, Language language) {
+    const BillKind* const kind = find_bill_kind(name);
+    return kind == nullptr || language == Language::english ? name : std::string(kind->chinese_name);
 }
 
 std::string cell_text(const Variant& cell) {

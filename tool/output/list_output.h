@@ -34,6 +34,9 @@ std::string list_text(const Listing& list, ShownRows shown, const ListFormat& fo
 /// The title of a column in the user's language.
 std::string title_of(std::string_view column, Language language);
 
+/// A kind of bill as people read it: in Chinese by its Chinese name.
+std::string kind_for_people(const std::string& name, Language language);
+
 /// A cell as tables and CSV show it.
 std::string cell_text(const Variant& cell);
 
