@@ -37,7 +37,9 @@ constexpr auto mariadb_without_rollback =
 constexpr auto sqlserver_columns =
     u"select table_name as T,column_name as C,"
     u"case when data_type in ('decimal','numeric') then concat(data_type,'(',numeric_precision,',',"
-    u"numeric_scale,')') else data_type end as Y,coalesce(collation_name,'') as S from information_schema.columns";
+    u"numeric_scale,')') else data_type end as Y,"
+    u"case when data_type in ('nvarchar','nchar','ntext') then '' else coalesce(collation_name,'') end as S "
+    u"from information_schema.columns";
 
 constexpr auto postgresql_lock = u"lock table Inventory in share row exclusive mode";
 constexpr auto mariadb_lock = u"select count(*) as n from Inventory for update";

@@ -95,12 +95,11 @@ OdbcConnection::OdbcConnection(const std::string& connection_string, const OdbcO
 
 void OdbcConnection::make_safe() {
     const Engine& own = engine_of(connection_.get());
-    if (const char16_t* const setting = dialect().plain_backslashes; setting != nullptr) run(setting);
-    for (const char16_t* setting : own.settings) {
-        if (setting != nullptr) run(setting);
+    for (const char16_t* const setting : own.settings) run(setting);
+    for (const Probe& probe : own.probes) {
+        if (to_text(run(probe.query).rows.at(0).at(0)) == probe.safe) continue;
+        throw Failure(error::unspecified, engine() + " " + std::string(probe.hazard));
     }
-    const std::string hazard = literal_hazard(run(own.probe).rows.at(0));
-    if (!hazard.empty()) throw Failure(error::unspecified, engine() + " " + hazard);
     is_cluster_ = own.cluster_probe != nullptr && says_on(run(own.cluster_probe));
 }
 

@@ -20,9 +20,9 @@ struct OdbcOptions {
 /// Calls are the narrow ones with UTF-8, statements go to the driver as they stand, and each result is read to its end
 /// before the next statement: some servers refuse a second one while one is open.
 ///
-/// Connecting makes the engine safe for literals whose only escape is the doubled quote, or fails: backslashes must
-/// stand for themselves and characters of every plane must come back whole (MariaDB: NO_BACKSLASH_ESCAPES, strict mode
-/// and utf8mb4; PostgreSQL: standard_conforming_strings and UTF8; SQL Server: dates read year first).
+/// Connecting makes the engine do what the statements say, whatever its settings, or fails: the doubled quote is the only
+/// escape in a literal, characters of every plane come back whole, a select has all its rows, a commit ends a transaction
+/// (see engine.cpp).
 ///
 /// Errors   Failure; its account begins with SQLSTATE, the engine's code and message, `ODBC 42S02 1146 (Table …): …`.
 ///          The password of the connection string is in none of them.

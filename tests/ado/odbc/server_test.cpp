@@ -271,11 +271,116 @@ TEST_CASE("A text that is too long for its column fails, whatever the server's d
 TEST_CASE("A database whose character set loses characters is refused at connect") {
     for (const Server& server : servers()) {
         if (server.dialect != "postgresql") continue;  // MariaDB's connection has its own, whatever the database's
-        server.connect()->run(u"create database narrow encoding 'SQL_ASCII' locale 'C' template template0");
-        const Caught failure = caught([&] { server.connect("Database=narrow"); });
-        CHECK(failure.number == error::unspecified);
-        CHECK(failure.account.find("has to be UTF8") != std::string::npos);
-        server.connect()->run(u"drop database narrow");
+        for (const char16_t* encoding : {u"SQL_ASCII", u"LATIN1", u"EUC_CN"}) {
+            INFO(to_utf8(encoding));
+            server.connect()->run(Text(u"create database narrow encoding '") + encoding +
+                                  u"' locale 'C' template template0");
+            const Caught failure = caught([&] { server.connect("Database=narrow"); });
+            CHECK(failure.number == error::unspecified);
+            CHECK(failure.account.find("has to be UTF8") != std::string::npos);
+            server.connect()->run(u"drop database narrow");
+        }
+    }
+}
+
+/// What statements do on a connection to an engine whose settings nobody changed.
+void check_that_statements_do_what_they_say(const Server& server, OdbcConnection& connection) {
+    const Owned<OdbcConnection> other = server.connect();
+    const auto count = [](OdbcConnection& from, TextView condition) {
+        return to_long(only_value(from, u"select count(*) from T where " + Text(condition)));
+    };
+    make_table(connection, u"a integer primary key, b varchar(9), q integer");
+    connection.run(u"insert into T values (1, '', 10), (2, 'a\nb ', 20), (3, null, 30)");
+    CHECK(connection.run(u"select * from T order by a").rows.size() == 3);
+    CHECK(connection.run(u"select x.a from T x, T y, T z").rows.size() == 27);
+    CHECK(count(connection, u"b=''") == 1);
+    CHECK(count(connection, u"b is null") == 1);
+    CHECK(count(connection, u"b=null") == 0);
+    CHECK(only_value(connection, u"select b from T where a=2") == Variant(u"a\nb "));
+    connection.run(u"update T set q=q+1");
+    CHECK(to_long(only_value(connection, u"select sum(q) from T")) == 63);
+
+    connection.begin();
+    connection.run(u"insert into T values (4, 'x', 0)");
+    CHECK(count(*other, u"a=4") == 0);
+    connection.commit();
+    CHECK(count(*other, u"a=4") == 1);
+    connection.run(u"insert into T values (5, 'y', 0)");  // in no transaction, so at once for all
+    CHECK(count(*other, u"a=5") == 1);
+
+    other->begin();
+    other->run(u"insert into T values (6, 'z', 0)");
+    CHECK(count(connection, u"a=6") == 0);
+    other->roll_back();
+}
+
+TEST_CASE("A setting of the server or of the user changes neither what a select returns nor what a statement does") {
+    struct Row {
+        const char* dialect;
+        const char16_t* setting;
+        const char16_t* value;
+    };
+    const Row rows[] = {
+        {"mariadb", u"sql_select_limit", u"2"},
+        {"mariadb", u"sql_safe_updates", u"1"},
+        {"mariadb", u"max_join_size", u"1"},
+        {"mariadb", u"sql_auto_is_null", u"1"},
+        {"mariadb", u"completion_type", u"1"},
+        {"mariadb", u"completion_type", u"2"},
+        {"mariadb", u"autocommit", u"0"},
+        {"mariadb", u"tx_isolation", u"'READ-UNCOMMITTED'"},
+        {"mariadb", u"tx_isolation", u"'READ-COMMITTED'"},
+        {"mariadb", u"sql_mode", u"'EMPTY_STRING_IS_NULL'"},
+        {"mariadb", u"sql_mode", u"'PAD_CHAR_TO_FULL_LENGTH,HIGH_NOT_PRECEDENCE,IGNORE_SPACE'"},
+        {"mariadb", u"sql_mode", u"'ORACLE'"},
+        {"mariadb", u"sql_mode", u"'ANSI'"},
+        {"postgresql", u"transform_null_equals", u"on"},
+        {"postgresql", u"default_transaction_isolation", u"'read uncommitted'"},
+        {"postgresql", u"default_transaction_isolation", u"'repeatable read'"},
+        {"postgresql", u"datestyle", u"'SQL, DMY'"},
+        {"postgresql", u"client_encoding", u"'LATIN1'"},
+        {"postgresql", u"extra_float_digits", u"-15"},
+        {"postgresql", u"lc_messages", u"'C'"},
+    };
+    for (const Server& server : servers()) {
+        const bool mariadb = server.dialect == "mariadb";
+        check_that_statements_do_what_they_say(server, *server.connect());
+        for (const Row& row : rows) {
+            if (row.dialect != server.dialect) continue;
+            INFO(server.dialect << " " << to_utf8(row.setting) << " " << to_utf8(row.value));
+            const Owned<OdbcConnection> owner = server.connect();
+            owner->run(mariadb ? Text(u"set global ") + row.setting + u"=" + row.value
+                               : Text(u"alter role vantlo set ") + row.setting + u" to " + row.value);
+            check_that_statements_do_what_they_say(server, *server.connect());
+            owner->run(mariadb ? Text(u"set global ") + row.setting + u"=default"
+                               : Text(u"alter role vantlo reset ") + row.setting);
+        }
+    }
+}
+
+TEST_CASE("A connection that would change texts, run no triggers or see a part of the rows is refused") {
+    for (const Server& server : servers()) {
+        if (server.dialect != "postgresql") continue;
+        const Owned<OdbcConnection> owner = server.connect();
+        owner->run(u"alter role vantlo set session_replication_role to replica");
+        CHECK(caught([&] { server.connect(); }).account.find("runs no triggers") != std::string::npos);
+        owner->run(u"alter role vantlo reset session_replication_role");
+        CHECK(caught([&] { server.connect("LFConversion=1"); }).account.find("LFConversion=0") != std::string::npos);
+
+        make_table(*owner, u"a integer");
+        owner->run(u"insert into T values (1), (2)");
+        owner->run(u"alter table T enable row level security");
+        owner->run(u"create policy first on T using (a=1)");
+        owner->run(u"create role vantlo_part login");
+        owner->run(u"grant select on T to vantlo_part");
+        {
+            const Owned<OdbcConnection> part = server.connect("UID=vantlo_part");
+            const Caught failure = caught([&] { part->run(u"select a from T"); });
+            CHECK(failure.number == error::permission_denied);
+            CHECK(failure.account.find("row-level security") != std::string::npos);
+        }
+        owner->run(u"drop table T");
+        owner->run(u"drop role vantlo_part");
     }
 }
 
