@@ -17,4 +17,8 @@ bool has_password(std::string_view connection_string);
 /// Source   FreeTDS reads a value in braces only if a semicolon follows it.
 std::string with_password(std::string_view connection_string, std::string_view password);
 
+/// The connection string without braces around values that need none; the driver's name and passwords keep theirs.
+/// Source   psqlodbc takes the braces of `Database={shop}` for a part of the name.
+std::string without_needless_braces(std::string_view connection_string);
+
 }  // namespace vantlo

@@ -210,7 +210,7 @@ std::string OdbcConnection::engine() const {
 }
 
 Owned<NativeConnection> open_odbc(std::string_view connection_string) {
-    return Owned<NativeConnection>(new OdbcConnection(std::string(connection_string)));
+    return Owned<NativeConnection>(new OdbcConnection(without_needless_braces(connection_string)));
 }
 
 }  // namespace vantlo

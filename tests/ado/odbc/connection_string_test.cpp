@@ -39,5 +39,26 @@ TEST_CASE("with_password puts the password at the end, closed by a semicolon, an
     CHECK(with_password("pwd =", "x") == "PWD={x};");
 }
 
+TEST_CASE("without_needless_braces leaves braces where a value needs them, and those of drivers and passwords") {
+    struct Row {
+        const char* given;
+        const char* plain;
+    };
+    const Row rows[] = {
+        {"Driver={A};Database={shop};UID={u}", "Driver={A};Database=shop;UID=u"},
+        {"driver={A B};Database={shop};PWD={x};", "driver={A B};Database=shop;PWD={x};"},
+        {"Database={a;b};UID={ u}", "Database={a;b};UID={ u}"},
+        {"Database={a}}b};UID={}", "Database={a}}b};UID={}"},
+        {"Database=shop;;UID=u;", "Database=shop;;UID=u;"},
+        {"DSN=shop", "DSN=shop"},
+        {"shop", "shop"},
+        {"", ""},
+    };
+    for (const Row& row : rows) {
+        INFO(row.given);
+        CHECK(without_needless_braces(row.given) == row.plain);
+    }
+}
+
 }  // namespace
 }  // namespace vantlo::test

@@ -1,5 +1,6 @@
 #include <doctest/doctest.h>
 
+#include "ado/native/open_connection.h"
 #include "automation/calendar.h"
 #include "dataaccess/sql_literals.h"
 #include "support/failures.h"
@@ -457,6 +458,16 @@ TEST_CASE("The password is in no message, not even where the login fails") {
             CHECK(failure.number != 0);
             CHECK(failure.account.find("geheim") == std::string::npos);
         }
+    }
+}
+
+TEST_CASE("A name of the connection string may stand in braces, and a session that only reads may be connected") {
+    for (const Server& server : servers()) {
+        INFO(server.dialect);
+        std::string text = server.connection_string;
+        text.replace(text.find("Database=vantlo"), 15, "Database={vantlo}");
+        CHECK(to_long(only_value(*open_connection(text), u"select 1 as a")) == 1);
+        CHECK(to_long(only_value(*open_connection(text + ";ReadOnly=1"), u"select 1 as a")) == 1);
     }
 }
 
