@@ -2,8 +2,8 @@
 
 namespace vantlo {
 
-/// From now on the first Ctrl-C (or SIGTERM) asks the program to stop where nothing is left half done; a second one ends it
-/// at once, and the database rolls back by itself.
+/// From now on the first Ctrl-C (or SIGTERM) asks the program to stop where nothing is left half done, and cancels what it
+/// waits for on a server; a second one ends it at once, and the database rolls back by itself.
 void ask_before_interrupting();
 
 [[nodiscard]] bool is_interrupted();

@@ -76,7 +76,9 @@ std::int32_t TransactionRetry::save(TextView marker, const Work& work) {
             if (result == 0) return 0;
             if (!roll_back_for_another() || is_last) return result;
         } catch (...) {
-            if (!roll_back_for_another() || is_last) throw;
+            const bool another_helps = roll_back_for_another();
+            stop_if_interrupted();  // which may be what the failure comes from
+            if (!another_helps || is_last) throw;
         }
     }
 }

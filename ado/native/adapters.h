@@ -17,4 +17,8 @@ Owned<NativeConnection> open_sqlite_for_reading(std::string_view file);
 /// Opens what an ODBC connection string names. Errors: Failure.
 Owned<NativeConnection> open_odbc(std::string_view connection_string);
 
+/// Cancels the statements that run at this moment on ODBC connections of other threads: each fails by its engine's words, a
+/// wait for a lock too.
+void cancel_odbc_statements() noexcept;
+
 }  // namespace vantlo

@@ -13,6 +13,7 @@
 #include "ado/odbc/engine.h"
 #include "ado/odbc/odbc_failure.h"
 #include "ado/odbc/result_rows.h"
+#include "ado/odbc/running_statement.h"
 
 namespace vantlo {
 
@@ -108,6 +109,7 @@ ResultTable OdbcConnection::run(TextView statement) {
     if (text.empty()) throw Failure(error::syntax_error, "the statement is empty");
     StatementHandle handle = take_statement(text);
     try {
+        const RunningStatement running(handle.get());
         ResultTable result = results_of(handle.get(), text);
         keep_statement(std::move(handle));
         return result;

@@ -11,4 +11,6 @@ Owned<NativeConnection> open_odbc(std::string_view /*connection_string*/) {
                   "sqlite:FILE names a database that it can open");
 }
 
+void cancel_odbc_statements() noexcept {}
+
 }  // namespace vantlo

@@ -1,5 +1,10 @@
 #include <doctest/doctest.h>
 
+#include <atomic>
+#include <chrono>
+#include <thread>
+
+#include "ado/native/adapters.h"
 #include "ado/native/open_connection.h"
 #include "automation/calendar.h"
 #include "dataaccess/sql_literals.h"
@@ -528,6 +533,38 @@ TEST_CASE("A transaction in which a statement failed is not committed, whatever 
             connection->commit();
             CHECK(to_long(only_value(*connection, u"select sum(a) from T")) == 3);
         }
+    }
+}
+
+TEST_CASE("A statement that waits for a lock fails once statements are cancelled, and its connection goes on") {
+    for (const Server& server : servers()) {
+        INFO(server.dialect);
+        const Owned<OdbcConnection> holder = server.connect();
+        make_table(*holder, u"a integer primary key");
+        holder->run(u"insert into T values (1), (2)");
+        holder->begin();
+        holder->run(u"update T set a=3 where a=1");
+
+        const Owned<OdbcConnection> waiting = server.connect();
+        std::atomic<bool> has_ended = false;
+        Caught failure;
+        std::jthread waiter([&] {
+            waiting->begin();
+            waiting->run(u"delete from T where a=2");
+            failure = caught([&] { waiting->run(u"delete from T where a=1"); });
+            waiting->roll_back();
+            has_ended = true;
+        });
+        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+        while (!has_ended && std::chrono::steady_clock::now() < end) {
+            cancel_odbc_statements();
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
+        CHECK(has_ended);
+        holder->roll_back();
+        waiter.join();
+        CHECK(failure.number != 0);
+        CHECK(to_long(only_value(*waiting, u"select count(*) from T")) == 2);
     }
 }
 
