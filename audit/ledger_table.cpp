@@ -4,6 +4,7 @@
 #include <iterator>
 
 #include "audit/column_types.h"
+#include "automation/text_value.h"
 
 namespace vantlo {
 
@@ -63,10 +64,7 @@ constexpr Catalog catalogs[] = {
 };
 // clang-format on
 
-std::string text_of(Recordset& rows, TextView column) {
-    const Variant value = rows.field(column);
-    return value.is<Null>() ? std::string() : to_utf8(to_text(value));
-}
+std::string text_of(Recordset& rows, TextView column) { return to_utf8(text_or_empty(rows.field(column))); }
 
 std::int64_t number_of(Recordset& rows, TextView column) {
     const Variant value = rows.field(column);

@@ -7,6 +7,7 @@
 #include "automation/calendar.h"
 #include "automation/error.h"
 #include "automation/number_text.h"
+#include "automation/text_value.h"
 
 namespace vantlo {
 
@@ -18,8 +19,6 @@ std::optional<std::int64_t> number_of(const Variant& value) {
     if (value.is<Null>()) return std::nullopt;
     return static_cast<std::int64_t>(to_double(value));
 }
-
-Text text_or_empty(const Variant& value) { return value.is<Null>() ? Text() : to_text(value); }
 
 /// The quantity that a literal stands for, as a number; `null` for none.
 Text quantity_literal(const RowImage& image, TextView column) {

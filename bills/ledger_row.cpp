@@ -5,6 +5,7 @@
 
 #include "automation/message.h"
 #include "automation/number_text.h"
+#include "automation/text_value.h"
 #include "dataaccess/sql_literals.h"
 
 namespace vantlo {
@@ -19,14 +20,12 @@ constexpr Message key_with_status = {"{} 状态 {}", "{}, status {}"};
 
 namespace {
 
-Text text_of(const Variant& value) { return value.is<Null>() ? Text() : to_text(value); }
-
 Currency quantity_of(const Variant& value) { return value.is<Null>() ? Currency() : to_currency(value); }
 
 }  // namespace
 
 LedgerRow ledger_row(Recordset& rows, bool has_names) {
-    const auto text = [&](TextView column) { return text_of(rows.field(column)); };
+    const auto text = [&](TextView column) { return text_or_empty(rows.field(column)); };
     const auto name = [&](TextView column) { return has_names ? text(column) : Text(); };
     const auto quantity = [&](TextView column) { return quantity_of(rows.field(column)); };
     return {text(u"WID"),    name(u"WarehouseName"), text(u"GId"),        name(u"GoodsName"),

@@ -10,6 +10,7 @@
 #include <span>
 #include <unordered_map>
 
+#include "automation/text_value.h"
 #include "bookkeeping/bill_history.h"
 #include "bookkeeping/stored_bill.h"
 #include "dataaccess/sql_literals.h"
@@ -32,7 +33,7 @@ Kinds stored_kinds(NativeConnection& database, const BillTable& table, const Tex
     const Text id = table.id_column;
     const Text look_up = u"select " + id + u",Kind from " + table.name + u" where " + id + u" in (" + ids + u")";
     for (const auto& row : database.run(look_up).rows) {
-        found.emplace(to_text(row[0]), row[1].is<Null>() ? Text() : to_text(row[1]));
+        found.emplace(to_text(row[0]), text_or_empty(row[1]));
     }
     return found;
 }

@@ -10,6 +10,7 @@
 
 #include "automation/error.h"
 #include "automation/number_text.h"
+#include "automation/text_value.h"
 #include "bills/field_use.h"
 #include "bookkeeping/bill_goods.h"
 #include "dataaccess/sql_literals.h"
@@ -23,7 +24,7 @@ constexpr std::size_t names_a_statement = 200;
 using Names = std::set<Text>;
 using GoodsAndUnit = std::pair<Text, Text>;
 
-Text trimmed(const Variant& value) { return value.is<Null>() ? Text() : Text(trim_blanks(to_text(value))); }
+Text trimmed(const Variant& value) { return Text(trim_blanks(text_or_empty(value))); }
 
 Text trimmed(const Record& record, TextView column) {
     const Variant* const value = record.find(column);

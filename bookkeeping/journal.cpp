@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "automation/error.h"
+#include "automation/text_value.h"
 #include "bills/schema.h"
 
 namespace vantlo {
@@ -62,10 +63,7 @@ void run_as_a_whole(NativeConnection& database, std::initializer_list<std::strin
 
 /// One side of a row of LedgerWithoutMovement; the columns of its quantities begin with `side`.
 LedgerRow side_of(Recordset& rows, const Text& side) {
-    const auto text = [&](TextView column) {
-        const Variant value = rows.field(column);
-        return value.is<Null>() ? Text() : to_text(value);
-    };
+    const auto text = [&](TextView column) { return text_or_empty(rows.field(column)); };
     const auto quantity = [&](TextView column) { return to_currency(rows.field(side + Text(column))); };
     LedgerRow row;
     row.warehouse = text(u"WID");

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "automation/text_value.h"
 #include "bookkeeping/bill_goods.h"
 #include "dataaccess/sql_literals.h"
 
@@ -43,15 +44,14 @@ std::vector<PostedQuantity> posted_quantities(NativeConnection& database, const 
         // Whether the bill was taken back while the journal was off is not known.
         u" and MovementNo>(select coalesce(max(MovementNo),0) from StockMovement where GId in (" + goods +
         u") and Action='gap') group by WID,GId,Model1,Model2,Status");
-    const auto text = [](const Variant& value) { return value.is<Null>() ? Text() : to_text(value); };
     std::vector<PostedQuantity> posted;
     for (const std::vector<Variant>& row : movements.rows) {
         PostedQuantity& quantity = posted.emplace_back();
-        quantity.key.warehouse = text(row[0]);
-        quantity.key.goods = text(row[1]);
-        quantity.key.model1 = text(row[2]);
-        quantity.key.model2 = text(row[3]);
-        quantity.key.status = text(row[4]);
+        quantity.key.warehouse = text_or_empty(row[0]);
+        quantity.key.goods = text_or_empty(row[1]);
+        quantity.key.model1 = text_or_empty(row[2]);
+        quantity.key.model2 = text_or_empty(row[3]);
+        quantity.key.status = text_or_empty(row[4]);
         quantity.on_hand = to_currency(row[5]);
     }
     return posted;

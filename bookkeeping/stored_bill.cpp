@@ -3,15 +3,14 @@
 #include <algorithm>
 
 #include "automation/number_text.h"
+#include "automation/text_value.h"
 #include "dataaccess/sql_literals.h"
 
 namespace vantlo {
 
 namespace {
 
-Text text_of(const Variant* value) {
-    return value == nullptr || value->is<Null>() ? Text() : Text(trim_blanks(to_text(*value)));
-}
+Text text_of(const Variant* value) { return value == nullptr ? Text() : Text(trim_blanks(text_or_empty(*value))); }
 
 bool is_same(const BillColumn& column, const Record& stored, const Record& given) {
     const Variant* const before = stored.find(column.column);

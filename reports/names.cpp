@@ -1,17 +1,14 @@
 #include "reports/names.h"
 
+#include "automation/text_value.h"
+
 namespace vantlo {
-
-namespace {
-
-Text text_of(const Variant& value) { return value.is<Null>() ? Text() : to_text(value); }
-
-}  // namespace
 
 std::map<Text, Text> read_names(NativeConnection& database, TextView table) {
     std::map<Text, Text> names;
     const RecordsetVariable rows = database.execute(u"select ID,Name from " + Text(table));
-    for (; !rows->eof(); rows->move_next()) names[text_of(rows->field(u"ID"))] = text_of(rows->field(u"Name"));
+    for (; !rows->eof(); rows->move_next())
+        names[text_or_empty(rows->field(u"ID"))] = text_or_empty(rows->field(u"Name"));
     return names;
 }
 

@@ -3,13 +3,12 @@
 #include <map>
 
 #include "automation/currency.h"
+#include "automation/text_value.h"
 #include "reports/names.h"
 
 namespace vantlo {
 
 namespace {
-
-Text text_of(const Variant& value) { return value.is<Null>() ? Text() : to_text(value); }
 
 /// What a row stands for: a group, and the unit of its quantities.
 struct RowKey {
@@ -96,9 +95,9 @@ public:
 
 private:
     static RowKey key(Recordset& rows) {
-        const Text without_unit = text_of(rows.field(u"WithoutUnit"));
-        return {text_of(rows.field(u"Grp")),
-                without_unit.empty() ? text_of(rows.field(u"Unit")) : u"? " + without_unit};
+        const Text without_unit = text_or_empty(rows.field(u"WithoutUnit"));
+        return {text_or_empty(rows.field(u"Grp")),
+                without_unit.empty() ? text_or_empty(rows.field(u"Unit")) : u"? " + without_unit};
     }
 
     [[nodiscard]] Text sum(TextView column) const {

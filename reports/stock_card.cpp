@@ -3,14 +3,13 @@
 #include <map>
 #include <tuple>
 
+#include "automation/text_value.h"
 #include "dataaccess/sql_literals.h"
 #include "reports/names.h"
 
 namespace vantlo {
 
 namespace {
-
-Text text_of(const Variant& value) { return value.is<Null>() ? Text() : to_text(value); }
 
 Currency operator+(Currency left, Currency right) {
     return Currency::from_ten_thousandths(left.ten_thousandths() + right.ten_thousandths());
@@ -26,7 +25,7 @@ using CardKey = std::tuple<Text, Text, Text, Text, Text>;
 using Cards = std::map<CardKey, StockCard>;
 
 StockCard& card_of(Cards& cards, Recordset& rows) {
-    const auto text = [&](TextView column) { return text_of(rows.field(column)); };
+    const auto text = [&](TextView column) { return text_or_empty(rows.field(column)); };
     const Text goods = text(u"GId"), warehouse = text(u"WID"), model1 = text(u"Model1"), model2 = text(u"Model2"),
                status = text(u"Status");
     StockCard& card = cards[{goods, warehouse, model1, model2, status}];
@@ -58,7 +57,7 @@ void read_entries(NativeConnection& database, const Text& condition, const Movem
     const RecordsetVariable rows = database.execute(u"select * from StockMovement where 1=1" + and_numbered(range) +
                                                     condition + u" order by MovementNo");
     for (; !rows->eof(); rows->move_next()) {
-        const auto text = [&](TextView column) { return text_of(rows->field(column)); };
+        const auto text = [&](TextView column) { return text_or_empty(rows->field(column)); };
         StockCard& card = card_of(cards, *rows);
         CardEntry entry;
         entry.action = text(u"Action");
@@ -86,7 +85,8 @@ std::map<Text, NamedGoods> read_goods(NativeConnection& database, const std::vec
     const RecordsetVariable rows =
         database.execute(u"select ID,Name,Unit from Goods where 1=1" + and_matches(u"ID", goods));
     for (; !rows->eof(); rows->move_next()) {
-        named[text_of(rows->field(u"ID"))] = {text_of(rows->field(u"Name")), text_of(rows->field(u"Unit"))};
+        named[text_or_empty(rows->field(u"ID"))] = {text_or_empty(rows->field(u"Name")),
+                                                    text_or_empty(rows->field(u"Unit"))};
     }
     return named;
 }
