@@ -7,6 +7,7 @@
 
 #include "audit/ledger_entry.h"
 #include "audit/ledger_table.h"
+#include "bookkeeping/identifiers.h"
 
 namespace vantlo {
 
@@ -47,16 +48,16 @@ bool is_own(std::string_view column) {
 }
 
 /// A host's further column can have any name.
-Text quoted_name(std::string_view dialect, const std::string& name) {
+Text quoted_name(const Dialect& dialect, const std::string& name) {
     if (is_own(name)) return from_utf8(name);
-    if (dialect == "mariadb") return u"`" + replace_all(from_utf8(name), u'`', u"``") + u"`";
-    if (dialect == "sqlserver") return u"[" + replace_all(from_utf8(name), u']', u"]]") + u"]";
-    return u"\"" + replace_all(from_utf8(name), u'"', u"\"\"") + u"\"";
+    // Its double quotes depend on a setting of the session.
+    if (dialect.name == "sqlserver") return u"[" + replace_all(from_utf8(name), u']', u"]]") + u"]";
+    return quoted_identifier(name, dialect);
 }
 
-Text literal_expression(std::string_view dialect, const LedgerColumn& column) {
+Text literal_expression(const Dialect& dialect, const LedgerColumn& column) {
     const auto* const rule = std::ranges::find_if(rules, [&](const LiteralRule& row) {
-        return row.dialect == dialect &&
+        return row.dialect == dialect.name &&
                (row.types.empty() || row.types.find(" " + column.type + " ") != std::string_view::npos);
     });
     const Text name = quoted_name(dialect, column.name);
@@ -130,7 +131,7 @@ std::optional<RowImage> image_from(TextView text) {
 RowImages::RowImages(NativeConnection& database) : database_(database) {
     const LedgerTable table = read_ledger_table(database);
     for (const LedgerColumn& column : table.columns) {
-        columns_.push_back({column.name, literal_expression(database.dialect().name, column)});
+        columns_.push_back({column.name, literal_expression(database.dialect(), column)});
     }
     if (!columns_.empty()) return;
     for (const TextView column : own_columns) columns_.push_back({to_utf8(column), {}});
@@ -162,7 +163,7 @@ std::vector<RowImage> RowImages::of(const Text& condition) const {
 }
 
 Text RowImages::insertion_of(const RowImage& image) const {
-    const std::string_view dialect = database_.dialect().name;
+    const Dialect& dialect = database_.dialect();
     Text columns;
     Text values;
     for (const auto& [column, literal] : image.fields) {
@@ -170,7 +171,7 @@ Text RowImages::insertion_of(const RowImage& image) const {
         values += (values.empty() ? u"" : u",") + literal;
     }
     // Without it PostgreSQL refuses the values of an identity column.
-    const Text overriding = dialect == "postgresql" ? u" overriding system value" : u"";
+    const Text overriding = dialect.name == "postgresql" ? u" overriding system value" : u"";
     return u"insert into Inventory(" + columns + u")" + overriding + u" values(" + values + u")";
 }
 

@@ -9,6 +9,7 @@
 #include "automation/message.h"
 #include "bills/bill_kinds.h"
 #include "bills/schema.h"
+#include "bookkeeping/identifiers.h"
 #include "dataaccess/sql_literals.h"
 
 namespace vantlo {
@@ -61,13 +62,6 @@ constexpr std::pair<std::string_view, std::string_view> families[] = {
 };
 // clang-format on
 
-std::string small(std::string text) {
-    for (char& character : text) {
-        if (character >= 'A' && character <= 'Z') character = static_cast<char>(character - 'A' + 'a');
-    }
-    return text;
-}
-
 /// The one name among those there that is, or failing that contains, the earliest of the names looked for; nothing if
 /// several could be meant.
 std::optional<std::string> find_like(const Names& there, const std::vector<std::string_view>& looked_for) {
@@ -75,7 +69,8 @@ std::optional<std::string> find_like(const Names& there, const std::vector<std::
         for (const std::string_view name : looked_for) {
             Names found;
             std::ranges::copy_if(there, std::back_inserter(found), [&](const std::string& candidate) {
-                return whole ? small(candidate) == name : small(candidate).find(name) != std::string::npos;
+                return whole ? in_small_letters(candidate) == name
+                             : in_small_letters(candidate).find(name) != std::string::npos;
             });
             if (found.size() == 1) return found.front();
             if (found.size() > 1) return std::nullopt;
@@ -86,7 +81,9 @@ std::optional<std::string> find_like(const Names& there, const std::vector<std::
 
 /// The column that is called as this system's is, or like it.
 std::optional<std::string> find_column(const Names& there, const std::string& column) {
-    if (const auto same = find_like(there, {small(column)}); same && small(*same) == small(column)) return same;
+    if (const auto same = find_like(there, {in_small_letters(column)});
+        same && in_small_letters(*same) == in_small_letters(column))
+        return same;
     for (const Likeness& likeness : likenesses) {
         if (likeness.columns.find(" " + column + " ") == std::string_view::npos) continue;
         return find_like(there, likeness.names);
@@ -108,7 +105,9 @@ std::vector<ShopTable> shop_tables(NativeConnection& database) {
     std::vector<std::string> own(not_bills.begin(), not_bills.end());
     for (const OwnTable& table : own_tables_for(database.dialect().name)) own.push_back(table.name);
     for (const ColumnDescription& column : read_columns(database)) {
-        const auto is_called = [&](const std::string& name) { return small(name) == small(column.table); };
+        const auto is_called = [&](const std::string& name) {
+            return in_small_letters(name) == in_small_letters(column.table);
+        };
         if (std::ranges::any_of(own, is_called)) continue;
         auto table = std::ranges::find(tables, column.table, &ShopTable::name);
         if (table == tables.end()) table = tables.insert(tables.end(), {column.table, {}});
@@ -146,7 +145,7 @@ private:
         std::size_t best = 0;
         for (const ShopTable& table : tables_) {
             if (&table == &lines || !find_column(table.columns, "BillDate")) continue;
-            const std::size_t same = common_prefix(small(table.name), small(lines.name));
+            const std::size_t same = common_prefix(in_small_letters(table.name), in_small_letters(lines.name));
             if (same > best) {
                 best = same;
                 found = &table;
@@ -161,7 +160,7 @@ private:
 
     static const BillKind& family_of(const ShopTable& header) {
         for (const auto& [word, kind] : families) {
-            if (small(header.name).find(word) != std::string::npos) return *find_bill_kind(kind);
+            if (in_small_letters(header.name).find(word) != std::string::npos) return *find_bill_kind(kind);
         }
         return *find_bill_kind("stock");
     }
@@ -191,10 +190,7 @@ private:
         json kinds = json::array();
         const std::optional<std::string> column = find_like(header.columns, kind_names);
         if (!column) return json::array({{{"kind", to_be_filled_in}, {"where", to_be_filled_in}}});
-        const auto quoted = [&](const std::string& name) {
-            const char16_t quote = database_.dialect().identifier_quote;
-            return Text(1, quote) + replace_all(from_utf8(name), quote, Text(2, quote)) + quote;
-        };
+        const auto quoted = [&](const std::string& name) { return quoted_identifier(name, database_.dialect()); };
         const RecordsetVariable rows =
             database_.execute(u"select " + quoted(*column) + u" as V,count(*) as N from " + quoted(header.name) +
                               u" group by " + quoted(*column) + u" order by 2 desc");
@@ -217,7 +213,8 @@ private:
         std::string names;
         for (const BillKind& kind : bill_kinds()) {
             if (kind.header != family.header || value.empty()) continue;
-            const bool is_like = small(value) == kind.name || kind.chinese_name.find(value) != std::string_view::npos;
+            const bool is_like =
+                in_small_letters(value) == kind.name || kind.chinese_name.find(value) != std::string_view::npos;
             if (is_like) names += (names.empty() ? "" : ", ") + std::string(kind.name);
         }
         return names;

@@ -7,6 +7,7 @@
 #include "automation/message.h"
 #include "bills/bill.h"
 #include "bills/task_error.h"
+#include "bookkeeping/identifiers.h"
 #include "dataaccess/sql_literals.h"
 
 namespace vantlo {
@@ -35,14 +36,6 @@ namespace {
 using nlohmann::json;
 
 constexpr auto to_be_filled_in = "?";
-
-/// An identifier between the quotes of the dialect.
-Text quoted(const std::string& name, const Dialect& dialect) {
-    const char16_t quote = dialect.identifier_quote;
-    Text text(1, quote);
-    for (const char16_t character : from_utf8(name)) text.append(character == quote ? 2 : 1, character);
-    return text + quote;
-}
 
 Text literal_of(const json& value) {
     if (value.is_string()) return GetSqlVal(from_utf8(value.get_ref<const std::string&>()));
@@ -181,7 +174,7 @@ private:
     Text table_in(const json& description, const std::string& place) {
         look_for_unknown(description, place, {"table", "columns"});
         const std::optional<std::string> name = text_in(description, place, "table");
-        return name ? quoted(*name, dialect_) : Text();
+        return name ? quoted_identifier(*name, dialect_) : Text();
     }
 
     /// A column that a row is told by.
@@ -189,7 +182,7 @@ private:
         const json* const columns = member_of(description, place, "columns");
         if (columns == nullptr) return {};
         const std::optional<std::string> name = text_in(*columns, place + "/columns", to_utf8(column).c_str());
-        return name ? quoted(*name, dialect_) : Text();
+        return name ? quoted_identifier(*name, dialect_) : Text();
     }
 
     /// Whether the description says that lines are not numbered.
@@ -222,7 +215,7 @@ private:
         if (described == to_be_filled_in) {
             note(words::to_fill_in, place);
         } else if (described.is_string() && !described.get_ref<const std::string&>().empty()) {
-            return quoted(described.get_ref<const std::string&>(), dialect_);
+            return quoted_identifier(described.get_ref<const std::string&>(), dialect_);
         } else if (described.is_object() && described.size() == 1 && described.contains("value") &&
                    (described.at("value").is_string() || described.at("value").is_number())) {
             return literal_of(described.at("value"));
