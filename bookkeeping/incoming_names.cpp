@@ -12,14 +12,12 @@
 #include "automation/number_text.h"
 #include "automation/text_value.h"
 #include "bills/field_use.h"
-#include "bookkeeping/bill_goods.h"
+#include "bookkeeping/rows_named.h"
 #include "dataaccess/sql_literals.h"
 
 namespace vantlo {
 
 namespace {
-
-constexpr std::size_t names_a_statement = 200;
 
 using Names = std::set<Text>;
 using GoodsAndUnit = std::pair<Text, Text>;
@@ -33,19 +31,8 @@ Text trimmed(const Record& record, TextView column) {
 
 /// The rows of a table whose key's first column is among the names.
 std::vector<std::vector<Variant>> rows_named(NativeConnection& database, const MasterTable& table, const Names& names) {
-    Text columns;
-    for (const BillColumn& column : table.columns) columns += (columns.empty() ? u"" : u",") + Text(column.column);
-    std::vector<std::vector<Variant>> rows;
-    const std::vector<Text> all(names.begin(), names.end());
-    for (std::span<const Text> left = all; !left.empty();) {
-        const auto chunk = left.first(std::min(left.size(), names_a_statement));
-        left = left.subspan(chunk.size());
-        const Text condition = Text(u" where ") + table.columns.front().column + u" in (" + literal_list(chunk) + u")";
-        for (auto& row : database.run(u"select " + columns + u" from " + table.name + condition).rows) {
-            rows.push_back(std::move(row));
-        }
-    }
-    return rows;
+    return rows_named(database, table.name, column_list(table.columns), table.columns.front().column,
+                      std::vector<Text>(names.begin(), names.end()));
 }
 
 bool has_rows(NativeConnection& database, const MasterTable& table) {

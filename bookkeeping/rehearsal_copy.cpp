@@ -8,13 +8,12 @@
 #include "bills/schema.h"
 #include "bookkeeping/bill_goods.h"
 #include "bookkeeping/bookkeeping.h"
+#include "bookkeeping/rows_named.h"
 #include "dataaccess/sql_literals.h"
 
 namespace vantlo {
 
 namespace {
-
-constexpr std::size_t names_a_statement = 200;
 
 Text literal(const Variant& value) {
     const Other* const other = value.get_if<Other>();
@@ -24,24 +23,11 @@ Text literal(const Variant& value) {
 /// Copies the columns of the rows whose `key` is one of the names.
 void copy_rows(NativeConnection& source, NativeConnection& copy, const Text& table, const Text& columns,
                const Text& key, std::span<const Text> names) {
-    while (!names.empty()) {
-        const auto chunk = names.first(std::min(names.size(), names_a_statement));
-        names = names.subspan(chunk.size());
-        for (const auto& row : source
-                                   .run(u"select " + columns + u" from " + table + u" where " + key + u" in (" +
-                                        literal_list(chunk) + u")")
-                                   .rows) {
-            Text values;
-            for (const Variant& value : row) values += (values.empty() ? u"" : u",") + literal(value);
-            copy.run(u"insert into " + table + u"(" + columns + u") values(" + values + u")");
-        }
+    for (const auto& row : rows_named(source, table, columns, key, names)) {
+        Text values;
+        for (const Variant& value : row) values += (values.empty() ? u"" : u",") + literal(value);
+        copy.run(u"insert into " + table + u"(" + columns + u") values(" + values + u")");
     }
-}
-
-Text names_of(std::span<const BillColumn> columns) {
-    Text names;
-    for (const BillColumn& column : columns) names += (names.empty() ? u"" : u",") + Text(column.column);
-    return names;
 }
 
 }  // namespace
@@ -55,7 +41,7 @@ Owned<NativeConnection> copy_for_rehearsal(NativeConnection& source, std::span<c
     const std::vector<Text> goods = goods_of(all);
     for (const MasterTable& table : master_tables()) {
         if (table.field != "warehouses")
-            copy_rows(source, *copy, table.name, names_of(table.columns), table.columns.front().column, goods);
+            copy_rows(source, *copy, table.name, column_list(table.columns), table.columns.front().column, goods);
     }
     copy_rows(source, *copy, u"Inventory", u"WID,GId,Model1,Model2,Status,Class,Unit,InQty,OutQty,CurrentQty,Remarks",
               u"GId", goods);
