@@ -4,7 +4,7 @@
 
 #include "automation/calendar.h"
 #include "automation/number_text.h"
-#include "bookkeeping/program_note.h"
+#include "bookkeeping/posting_note.h"
 
 namespace vantlo {
 
@@ -103,14 +103,16 @@ RepairOutcome run_repairs(const std::vector<Repair>& repairs, NativeConnection& 
     RepairOutcome outcome{next_repair_number(database), {}};
     std::vector<std::vector<RowImage>> before;
     for (const Repair& repair : repairs) before.push_back(images.of(condition_of(repair.key)));
-    ProgramNote note(database, program_of_repair(outcome.number));
+    PostingNote note;
+    note.begin(database);
+    note.begin_program(program_of_repair(outcome.number));
     for (const Repair& repair : repairs) {
         if (!repair.removal.empty()) database.run(repair.removal);
     }
     for (const Repair& repair : repairs) {
         for (const Text& statement : repair.statements) database.run(statement);
     }
-    note.end();
+    note.end_program();
     for (std::size_t i = 0; i < repairs.size(); ++i) {
         const Repair& repair = repairs[i];
         const std::vector<RowImage> after = images.of(condition_of(repair.key));

@@ -4,7 +4,7 @@
 #include "automation/calendar.h"
 #include "automation/error.h"
 #include "bills/schema.h"
-#include "bookkeeping/program_note.h"
+#include "bookkeeping/posting_note.h"
 
 namespace vantlo {
 
@@ -61,10 +61,12 @@ UndoPlan plan_undo(NativeConnection& database, std::int64_t number) {
 UndoOutcome run_undo(NativeConnection& database, std::int64_t undone, const UndoPlan& plan, const Text& cause) {
     const RowImages images(database);
     UndoOutcome outcome{next_repair_number(database), {}};
-    ProgramNote note(database, program_of_repair(outcome.number));
+    PostingNote note;
+    note.begin(database);
+    note.begin_program(program_of_repair(outcome.number));
     for (const Text& statement : plan.removals) database.run(statement);
     for (const Text& statement : plan.statements) database.run(statement);
-    note.end();
+    note.end_program();
     for (const KeyRepair& key : plan.record.keys) {
         const Text condition = key.condition();
         const std::vector<RowImage> now = images.of(condition);

@@ -10,8 +10,6 @@ namespace vantlo {
 
 namespace {
 
-constexpr TextView program = u"'vantlo'";
-
 Variant item_of(const PostingNote::Posting& posting) {
     if (posting.item == 0) return Null{};
     return posting.item;
@@ -19,9 +17,15 @@ Variant item_of(const PostingNote::Posting& posting) {
 
 Text literal(const Text& text) { return GetSqlVal(text); }
 
+Text literal_or_null(const Text& text) { return text.empty() ? Text(u"null") : literal(text); }
+
+Text bill_or_null(const PostingNote::Posting& posting) {
+    return posting.kind.empty() ? Text(u"null") : literal(posting.bill);
+}
+
 Text sqlite_row(const PostingNote::Posting& posting) {
-    return u"insert into CurrentPosting(Program,BillKind,BillId) values(" + Text(program) + u"," +
-           literal(posting.kind) + u"," + literal(posting.bill) + u")";
+    return u"insert into CurrentPosting(Program,BillKind,BillId) values(" + literal(posting.program) + u"," +
+           literal_or_null(posting.kind) + u"," + bill_or_null(posting) + u")";
 }
 
 Text postgresql_settings(const PostingNote::Posting& posting) {
@@ -29,26 +33,25 @@ Text postgresql_settings(const PostingNote::Posting& posting) {
     const auto set = [](TextView name, const Text& value) {
         return u"set_config('vantlo." + Text(name) + u"', " + value + u", true)";
     };
-    return u"select " + set(u"program", Text(program)) + u" as a, " + set(u"bill_kind", literal(posting.kind)) +
-           u" as b, " + set(u"bill_id", literal(posting.bill)) + u" as c, " + set(u"item_no", literal(item)) +
-           u" as d, " + set(u"member", literal(posting.member)) + u" as e";
+    return u"select " + set(u"program", literal(posting.program)) + u" as a, " +
+           set(u"bill_kind", literal(posting.kind)) + u" as b, " + set(u"bill_id", literal(posting.bill)) + u" as c, " +
+           set(u"item_no", literal(item)) + u" as d, " + set(u"member", literal(posting.member)) + u" as e";
 }
 
 Text mariadb_variables(const PostingNote::Posting& posting) {
-    const Variant member = posting.member.empty() ? Variant(Null{}) : Variant(posting.member);
-    return u"set @vantlo_program = " + Text(program) + u", @vantlo_bill_kind = " + literal(posting.kind) +
-           u", @vantlo_bill_id = " + literal(posting.bill) + u", @vantlo_item_no = " + GetSqlVal(item_of(posting)) +
-           u", @vantlo_member = " + GetSqlVal(member);
+    return u"set @vantlo_program = " + literal_or_null(posting.program) + u", @vantlo_bill_kind = " +
+           literal_or_null(posting.kind) + u", @vantlo_bill_id = " + bill_or_null(posting) + u", @vantlo_item_no = " +
+           GetSqlVal(item_of(posting)) + u", @vantlo_member = " + literal_or_null(posting.member);
 }
 
 Text sqlserver_context(const PostingNote::Posting& posting) {
     const auto set = [](TextView name, const Text& value) {
         return u"exec sp_set_session_context N'vantlo." + Text(name) + u"', " + value + u"; ";
     };
-    const Text member = posting.member.empty() ? Text(u"null") : u"N" + literal(posting.member);
-    return set(u"program", u"N" + Text(program)) + set(u"bill_kind", u"N" + literal(posting.kind)) +
-           set(u"bill_id", u"N" + literal(posting.bill)) + set(u"item_no", GetSqlVal(item_of(posting))) +
-           set(u"member", member);
+    const auto text = [](const Text& value) { return value == u"null" ? value : u"N" + value; };
+    return set(u"program", text(literal_or_null(posting.program))) +
+           set(u"bill_kind", text(literal_or_null(posting.kind))) + set(u"bill_id", text(bill_or_null(posting))) +
+           set(u"item_no", GetSqlVal(item_of(posting))) + set(u"member", text(literal_or_null(posting.member)));
 }
 
 }  // namespace
@@ -85,6 +88,17 @@ void PostingNote::begin(NativeConnection& database) {
 
 void PostingNote::begin_bill(const Posting& posting) {
     if (has_reader_) database_->run(way_->bill(posting));
+}
+
+void PostingNote::begin_program(const Text& name) {
+    Posting posting;
+    posting.program = name;
+    begin_bill(posting);
+}
+
+void PostingNote::end_program() {
+    end_bill();
+    if (has_reader_ && !way_->tells_calls) begin_program({});
 }
 
 void PostingNote::before_call(const Text& member, std::int32_t item) {

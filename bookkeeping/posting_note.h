@@ -12,12 +12,13 @@ namespace vantlo {
 /// Its statements are seen by nobody: they are not the component's.
 class PostingNote {
 public:
-    /// What the session knows of a posting; item 0 and an empty member are unknown.
+    /// What the session knows of a posting; item 0 and an empty member are unknown. Without a kind there is no bill.
     struct Posting {
         Text kind;
         Text bill;
         Text member = {};
         std::int32_t item = 0;
+        Text program = u"vantlo";
     };
 
     /// To be called at the beginning of each transaction, on the connection that it is open on.
@@ -25,6 +26,10 @@ public:
 
     /// A bill is about to be posted; its member and line if there is one of each.
     void begin_bill(const Posting& posting);
+
+    /// A program works on the ledger without posting a bill, until `end_program`.
+    void begin_program(const Text& name);
+    void end_program();
 
     /// A member is about to be called.
     void before_call(const Text& member, std::int32_t item);

@@ -79,6 +79,32 @@ TEST_CASE("A server is told of a bill in one round trip, SQLite of each call") {
     }
 }
 
+TEST_CASE("A program that posts no bill is told with none, and no longer when it has ended") {
+    struct Row {
+        const char* dialect;
+        std::vector<std::string> told;
+    };
+    const Row rows[] = {
+        {"sqlite",
+         {"insert into CurrentPosting(Program,BillKind,BillId) values('vantlo repair 3',null,null)",
+          "delete from CurrentPosting"}},
+        {"mariadb",
+         {"set @vantlo_program = 'vantlo repair 3', @vantlo_bill_kind = null, @vantlo_bill_id = null, "
+          "@vantlo_item_no = null, @vantlo_member = null",
+          "set @vantlo_program = null, @vantlo_bill_kind = null, @vantlo_bill_id = null, @vantlo_item_no = null, "
+          "@vantlo_member = null"}},
+    };
+    for (const Row& row : rows) {
+        INFO(row.dialect);
+        const Owned<ToldDatabase> database(new ToldDatabase(row.dialect, true));
+        PostingNote note;
+        note.begin(*database);
+        note.begin_program(u"vantlo repair 3");
+        note.end_program();
+        CHECK(database->told == row.told);
+    }
+}
+
 TEST_CASE("Where there is no journal SQLite and PostgreSQL are told nothing") {
     for (const char* const dialect : {"sqlite", "postgresql"}) {
         INFO(dialect);
