@@ -102,9 +102,7 @@ private:
             result_.refusals.push_back({number, without_line_ends(error.what())});
         } catch (const Failure& failure) {  // of a statement that a broken value makes
             refused_.insert(name);
-            const std::string words = failure.what();
-            result_.refusals.push_back(
-                {number, words.empty() ? to_utf8(standard_text(failure.number(), language_)) : words});
+            result_.refusals.push_back({number, account_of(failure, language_)});
         }
         return false;
     }

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "automation/text.h"
+
 namespace vantlo {
 
 namespace {
@@ -199,6 +201,11 @@ const char16_t* standard_text(ErrorNumber number, Language language) noexcept {
     const bool listed = found != std::ranges::end(error_texts) && found->number == number;
     const ErrorText& row = listed ? *found : any_other_number;
     return language == Language::chinese ? row.chinese : row.english;
+}
+
+std::string account_of(const Failure& failure, Language language) {
+    const std::string account = failure.what();
+    return account.empty() ? to_utf8(standard_text(failure.number(), language)) : account;
 }
 
 }  // namespace vantlo

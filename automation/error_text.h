@@ -11,4 +11,7 @@ enum class Language { chinese, english };
 /// Returns  one text for each number of the table in error_text.cpp, a general one for every other number.
 const char16_t* standard_text(ErrorNumber number, Language language = Language::chinese) noexcept;
 
+/// What a failure says of itself, or where that is nothing, the standard text of its number; in UTF-8.
+std::string account_of(const Failure& failure, Language language);
+
 }  // namespace vantlo

@@ -69,8 +69,7 @@ std::optional<Bill> bill_from_content(const BillKind& kind, const Text& id, cons
     } catch (const json::exception& failure) {
         account = failure.what();
     } catch (const Failure& failure) {
-        account = failure.what();
-        if (account.empty()) account = to_utf8(standard_text(failure.number(), Language::english));
+        account = account_of(failure, Language::english);
     }
     return std::nullopt;
 }

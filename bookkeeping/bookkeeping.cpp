@@ -244,9 +244,7 @@ void Bookkeeping::in_transaction(const std::vector<Step>& steps) {
             throw TaskError(Reason::interrupted, words::interrupted.in(language_));
         throw TaskError(error.reason(), transaction.fail(error.what()));
     } catch (const Failure& failure) {
-        const std::string words = failure.what();
-        const std::string account =
-            transaction.fail(words.empty() ? to_utf8(standard_text(failure.number(), language_)) : words);
+        const std::string account = transaction.fail(account_of(failure, language_));
         if (is_of_database(failure)) throw Failure(failure.number(), account);
         throw TaskError(Reason::posting_failed, account);
     }

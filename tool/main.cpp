@@ -129,9 +129,7 @@ ExitCode report_current_exception(const CommonOptions& common) {
         std::cerr << (error.reason() == Reason::bad_input ? "" : "vantlo: ") << error.what() << '\n';
         return exit_code_of(error.reason());
     } catch (const Failure& failure) {
-        const std::string words = failure.what();
-        std::cerr << "vantlo: " << (words.empty() ? to_utf8(standard_text(failure.number(), common.language)) : words)
-                  << '\n';
+        std::cerr << "vantlo: " << account_of(failure, common.language) << '\n';
         if (failure.number() == error::no_such_table) std::cerr << common.say(words::see_init) << '\n';
         return ExitCode::no_database;
     } catch (const std::exception& defect) {
