@@ -4,11 +4,6 @@ namespace vantlo {
 
 namespace {
 
-void add_to(AmountsByKey& amounts, const LedgerKey& key, const Amounts& added) {
-    Amounts& sum = amounts[key];
-    sum = sum + added;
-}
-
 void drop_zeros(AmountsByKey& amounts) {
     std::erase_if(amounts, [](const auto& entry) { return entry.second == Amounts{}; });
 }

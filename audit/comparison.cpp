@@ -126,11 +126,10 @@ Amounts at(const AmountsByKey& amounts, const LedgerKey& key) {
 bool has_any(const Bill& bill, std::initializer_list<TextView> columns, const std::optional<Text>& wanted) {
     if (!wanted) return true;
     const auto holds = [&](const Record& record) {
-        return std::ranges::any_of(record.fields(), [&](const Record::Field& field) {
-            const bool is_meant = std::ranges::any_of(
-                columns, [&](TextView column) { return equal_ignoring_case(column, field.column); });
-            if (!is_meant) return false;
-            const std::optional<Text> text = text_or_nothing(field.value);
+        return std::ranges::any_of(columns, [&](TextView column) {
+            const Variant* const value = record.find(column);
+            if (value == nullptr) return false;
+            const std::optional<Text> text = text_or_nothing(*value);
             return !text || trim_blanks(*text) == trim_blanks(*wanted);  // of a broken one nothing is known
         });
     };

@@ -37,6 +37,11 @@ Amounts operator-(const Amounts& left, const Amounts& right) {
     return {left[0] - right[0], left[1] - right[1], left[2] - right[2]};
 }
 
+void add_to(AmountsByKey& amounts, const LedgerKey& key, const Amounts& added) {
+    Amounts& sum = amounts[key];
+    sum = sum + added;
+}
+
 Amounts LedgerEntry::amounts() const {
     return {quantities[0].value_or(0), quantities[1].value_or(0), quantities[2].value_or(0)};
 }

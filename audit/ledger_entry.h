@@ -37,6 +37,8 @@ inline bool is_balanced(const Amounts& amounts) { return amounts[0] - amounts[1]
 
 using AmountsByKey = std::map<LedgerKey, Amounts>;
 
+void add_to(AmountsByKey& amounts, const LedgerKey& key, const Amounts& added);
+
 /// A row of the ledger as it is stored.
 struct LedgerEntry {
     LedgerKey key;

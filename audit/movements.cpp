@@ -60,10 +60,6 @@ void read_sums(NativeConnection& database, Movements& movements) {
         return database.execute(u"select " + Text(key_list) + more + sums + u" from StockMovement where " +
                                 Text(condition) + u" group by " + Text(key_list) + more);
     };
-    const auto add_to = [](AmountsByKey& amounts, const LedgerKey& key, const Amounts& changes) {
-        Amounts& sum = amounts[key];
-        sum = sum + changes;
-    };
     const RecordsetVariable loose = select(u",Action", u"BillId is null");
     for (; !loose->eof(); loose->move_next()) {
         const LedgerKey key = key_of(*loose);

@@ -26,20 +26,22 @@ std::map<GoodsUnit, double> read_factors(NativeConnection& database) {
 
 constexpr TextView quantity_fields[] = {u"Actualqty", u"Qty", u"UQty"};
 
-std::optional<Text> text_in(const Record& record, TextView column) {
-    for (const Record::Field& field : record.fields()) {
-        if (equal_ignoring_case(field.column, column)) return text_or_nothing(field.value);
-    }
-    return std::nullopt;
+/// What a header or line is counted in; nothing where it does not tell.
+std::optional<GoodsUnit> unit_of(const Record& record) {
+    const Variant* const goods = record.find(u"Gid");
+    const Variant* const unit = record.find(u"Unit");
+    if (goods == nullptr || unit == nullptr) return std::nullopt;
+    const std::optional<Text> goods_text = text_or_nothing(*goods);
+    const std::optional<Text> unit_text = text_or_nothing(*unit);
+    if (!goods_text || !unit_text) return std::nullopt;
+    return GoodsUnit{trim_blanks(*goods_text), trim_blanks(*unit_text)};
 }
 
 /// What a bill's lines are counted in, and the main item of its header.
 std::set<GoodsUnit> units_of(const Bill& bill) {
     std::set<GoodsUnit> units;
     const auto add = [&](const Record& record) {
-        const std::optional<Text> goods = text_in(record, u"Gid");
-        const std::optional<Text> unit = text_in(record, u"Unit");
-        if (goods && unit) units.emplace(trim_blanks(*goods), trim_blanks(*unit));
+        if (std::optional<GoodsUnit> unit = unit_of(record)) units.insert(*std::move(unit));
     };
     add(bill.header);
     for (const Record& line : bill.lines) add(line);
@@ -70,9 +72,7 @@ struct Lines {
 Lines lines_in(const Bill& bill, const GoodsUnit& unit) {
     Lines lines;
     const auto add = [&](const Record& record) {
-        const std::optional<Text> goods = text_in(record, u"Gid");
-        const std::optional<Text> own_unit = text_in(record, u"Unit");
-        if (!goods || !own_unit || GoodsUnit(trim_blanks(*goods), trim_blanks(*own_unit)) != unit) return;
+        if (unit_of(record) != unit) return;
         for (const Record::Field& field : record.fields()) {
             const bool is_quantity = std::ranges::any_of(
                 quantity_fields, [&](TextView name) { return equal_ignoring_case(name, field.column); });
@@ -103,6 +103,8 @@ public:
 
     void find() {
         for (const EditedBill& bill : edited_) suppose(bill);
+        if (then_.empty()) return;
+        now_ = effects_of(verification_.expected, verification_.timeline.events.size());
         // Each round drops a unit that a bill speaks against.
         while (!then_.empty()) {
             const std::vector<bool> is_explained = explained_bills();
@@ -198,10 +200,9 @@ private:
         const Recomputation posted =
             recompute(database_, timeline, language_, verification_.movements.opening, factors);
         const std::vector<Effect> then = effects_of(posted, edited_.size());
-        const std::vector<Effect> now = effects_of(verification_.expected, verification_.timeline.events.size());
         std::vector<bool> is_explained;
         for (std::size_t i = 0; i < edited_.size(); ++i) {
-            AmountsByKey moved = now[*finding_of(edited_[i]).event].from(0);
+            AmountsByKey moved = now_[*finding_of(edited_[i]).event].from(0);
             for (const EditedRow& row : finding_of(edited_[i]).edited) moved.insert_or_assign(row.key, row.moved);
             std::erase_if(moved, [](const auto& entry) { return entry.second == Amounts{}; });
             is_explained.push_back(then[i].from(0) == moved);
@@ -239,6 +240,7 @@ private:
     Verification& verification_;
     Language language_;
     std::map<GoodsUnit, double> factors_;
+    std::vector<Effect> now_;  ///< of each event, with the factors as they are
     std::vector<EditedBill> edited_;
     std::map<GoodsUnit, double> then_;
 };
