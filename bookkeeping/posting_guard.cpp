@@ -228,6 +228,7 @@ void PostingGuard::after(TextView statement, const ResultTable& result) {
 }
 
 void PostingGuard::require_rollback() {
+    if (database_.dialect().without_rollback_query == nullptr) return;
     if (!findings_.is_new(u"storage engines")) return;
     for (const TableWithoutRollback& table : tables_without_rollback(database_)) {
         throw TaskError(Reason::refused, say(language_, words::no_rollback, table.table, table.engine, table.table));
