@@ -23,6 +23,9 @@ install_postgresql() { install_without_starting postgresql odbc-postgresql unixo
 install_mariadb() { install_without_starting mariadb-server odbc-mariadb unixodbc; }
 install_galera() { install_without_starting mariadb-server galera-4 rsync iproute2 odbc-mariadb unixodbc; }
 
+# The driver for SQL Server: its server is played by a test.
+install_freetds() { install_without_starting tdsodbc unixodbc; }
+
 # Makes the folder $servers for data, sockets and logs, and sees to it that everything ends with this script.
 make_server_folder() {
     servers=$(mktemp -d /tmp/vantlo-servers.XXXXXX)

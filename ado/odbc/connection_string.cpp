@@ -65,6 +65,14 @@ bool has_password(std::string_view connection_string) {
     return without_password(text, text) != text;
 }
 
+bool has_closing_brace(std::string_view connection_string) {
+    while (!connection_string.empty()) {
+        const bool is_password = names_password(take_until(connection_string, '='));
+        if (take_value(connection_string).find('}') != std::string::npos && is_password) return true;
+    }
+    return false;
+}
+
 std::string with_password(std::string_view connection_string, std::string_view password) {
     std::string text;
     while (!connection_string.empty()) {

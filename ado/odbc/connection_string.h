@@ -13,6 +13,9 @@ std::string without_password(std::string text, std::string_view connection_strin
 /// Whether an ODBC connection string has a password that is not empty.
 bool has_password(std::string_view connection_string);
 
+/// Whether a password of an ODBC connection string has a closing brace in it.
+bool has_closing_brace(std::string_view connection_string);
+
 /// The connection string with a password: passwords that are empty go, since some drivers take the first they find.
 /// Source   FreeTDS reads a value in braces only if a semicolon follows it.
 std::string with_password(std::string_view connection_string, std::string_view password);

@@ -47,6 +47,7 @@ constexpr TypeRow types[] = {
 // engine's type name,      what it means
 constexpr TypeNameRow types_by_name[] = {
     {"bool",                FieldType::boolean},  // PostgreSQL's driver calls it a text by default
+    {"time",                FieldType::time},     // SQL Server's has a type code of its own
 };
 // clang-format on
 

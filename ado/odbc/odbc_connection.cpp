@@ -35,6 +35,12 @@ std::string information(SQLHDBC connection, SQLUSMALLINT what) {
 
 const Engine& engine_of(SQLHDBC connection) { return engine_named(information(connection, SQL_DBMS_NAME)); }
 
+bool is_dead(SQLHDBC connection) {
+    SQLULEN dead = SQL_CD_FALSE;
+    SQLGetConnectAttr(connection, SQL_ATTR_CONNECTION_DEAD, &dead, 0, nullptr);
+    return dead == SQL_CD_TRUE;
+}
+
 /// Whether a result of `show variables` is a setting that is on.
 bool says_on(const ResultTable& setting) { return !setting.rows.empty() && setting.rows[0].at(1) == Variant(u"ON"); }
 
@@ -89,6 +95,8 @@ OdbcConnection::OdbcConnection(const std::string& connection_string, const OdbcO
                                               nullptr, SQL_DRIVER_NOPROMPT);
     if (!succeeded(result)) {
         OdbcFailure failure = odbc_failure(SQL_HANDLE_DBC, connection, "connecting");
+        if (failure.meaning.number == error::login_failed && has_closing_brace(connection_string))
+            failure.account += " (FreeTDS takes no password with a closing brace)";
         throw Failure(failure.meaning.number, without_password(std::move(failure.account), connection_string));
     }
     make_safe();
@@ -138,6 +146,7 @@ void OdbcConnection::keep_statement(StatementHandle statement) {
 }
 
 void OdbcConnection::disconnect() {
+    remedy_ = Remedy::connect_again;
     // Disconnecting frees statements; they must not be freed again.
     for (StatementHandle& idle : idle_statements_) idle.reset();
     SQLDisconnect(connection_.get());
@@ -193,6 +202,9 @@ bool OdbcConnection::set_autocommit(bool on) {
 
 void OdbcConnection::fail(std::int16_t handle_type, void* handle, std::string_view what_was_done) {
     OdbcFailure failure = odbc_failure(handle_type, handle, what_was_done);
+    // FreeTDS has many words for a lost connection.
+    const FailureMeaning unknown{error::unspecified, Remedy::none};
+    if (failure.meaning == unknown && is_dead(connection_.get())) failure.meaning.remedy = Remedy::connect_again;
     Failure raised(failure.meaning.number, std::move(failure.account));
     if (in_transaction_) {
         remedy_ = std::max(remedy_, failure.meaning.remedy);

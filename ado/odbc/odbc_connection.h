@@ -44,7 +44,8 @@ public:
     ///          silently; releasing a savepoint set at begin detects it.
     void commit() override;
 
-    /// Does nothing if no transaction is open. A connection that cannot roll back is closed, and its server does it.
+    /// Does nothing if no transaction is open. A connection that cannot roll back is closed, and its server does it;
+    /// SQL Server fails here after a deadlock, having rolled back by itself. The remedy is then to connect again.
     void roll_back() override;
 
     [[nodiscard]] Remedy remedy() const override { return remedy_; }
