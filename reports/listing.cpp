@@ -23,6 +23,11 @@ std::optional<std::size_t> Listing::find(std::string_view column) const {
     return static_cast<std::size_t>(found - columns.begin());
 }
 
+void Listing::drop_last() {
+    columns.pop_back();
+    for (std::vector<Variant>& row : rows) row.pop_back();
+}
+
 void Listing::sort_by(std::size_t column, bool largest_first) {
     std::ranges::stable_sort(rows, [&](const std::vector<Variant>& left, const std::vector<Variant>& right) {
         return largest_first ? is_less(right[column], left[column]) : is_less(left[column], right[column]);

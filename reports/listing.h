@@ -25,6 +25,9 @@ struct Listing {
     /// The place of a column; nothing if there is none of that name.
     [[nodiscard]] std::optional<std::size_t> find(std::string_view column) const;
 
+    /// Takes the last column away.
+    void drop_last();
+
     /// Sorts the rows by a column, the largest first if that is wanted; rows that are equal in it keep their order.
     void sort_by(std::size_t column, bool largest_first);
 };

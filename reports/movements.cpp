@@ -14,6 +14,7 @@ constexpr std::int64_t past_all = all_movements.until;
 struct Movement {
     std::int64_t number;
     Date clock;
+    bool is_gap;
 };
 
 /// Text of a column whose type varies with the engine: a whole number of 64 bits.
@@ -27,10 +28,11 @@ Date clock_of(const Variant& value) {
 /// The first or last movement of those whose number fulfils the condition; nothing if there is none.
 std::optional<Movement> find_movement(NativeConnection& database, TextView extreme, TextView condition) {
     const RecordsetVariable rows =
-        database.execute(Text(u"select MovementNo,MovedAt from StockMovement where MovementNo=(select ") +
+        database.execute(Text(u"select MovementNo,MovedAt,Action from StockMovement where MovementNo=(select ") +
                          Text(extreme) + u"(MovementNo) from StockMovement" + Text(condition) + u")");
     if (rows->eof()) return std::nullopt;
-    return Movement{number_of(rows->field(u"MovementNo")), clock_of(rows->field(u"MovedAt"))};
+    return Movement{number_of(rows->field(u"MovementNo")), clock_of(rows->field(u"MovedAt")),
+                    to_text(rows->field(u"Action")) == u"gap"};
 }
 
 Text number_text_of(std::int64_t number) { return from_utf8(std::to_string(number)); }
@@ -94,6 +96,24 @@ MovementRange movements_within(NativeConnection& database, const Period& period)
 
 Text and_numbered(const MovementRange& range) {
     return u" and MovementNo>=" + number_text_of(range.from) + u" and MovementNo<" + number_text_of(range.until);
+}
+
+MovementNumbers movement_numbers(NativeConnection& database) {
+    const std::optional<Movement> first = movement_from(database, 0);
+    if (!first) return {};
+    return {first->number, find_movement(database, u"max", u"")->number};
+}
+
+bool is_gap(NativeConnection& database, std::int64_t number) {
+    const std::optional<Movement> movement = movement_from(database, number);
+    return movement && movement->is_gap;
+}
+
+Date local_now() {
+    const std::time_t now = std::time(nullptr);
+    std::tm local{};
+    ::localtime_r(&now, &local);
+    return together(local);
 }
 
 Date local_time(const Dialect& dialect, Date clock) {

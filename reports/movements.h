@@ -25,6 +25,22 @@ MovementRange movements_within(NativeConnection& database, const Period& period)
 /// The condition that a movement is one of the range, ` and ` before it.
 Text and_numbered(const MovementRange& range);
 
+/// The numbers of the first and the last movement; 0 if there is none.
+struct MovementNumbers {
+    std::int64_t first = 0;
+    std::int64_t last = 0;
+};
+
+/// Errors   Failure, if there is no journal of movements.
+MovementNumbers movement_numbers(NativeConnection& database);
+
+/// Whether the first movement of that number or a later one tells what changed while the journal was off.
+/// Errors   as above.
+bool is_gap(NativeConnection& database, std::int64_t number);
+
+/// The time of this machine's clock.
+Date local_now();
+
 /// The local time at which the journal's clock showed `clock`.
 Date local_time(const Dialect& dialect, Date clock);
 

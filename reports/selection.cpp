@@ -1,5 +1,6 @@
 #include "reports/selection.h"
 
+#include <algorithm>
 #include <string>
 
 #include "automation/calendar.h"
@@ -36,6 +37,26 @@ Text and_any(const std::vector<Text>& conditions) {
     return any.empty() ? any : any + u")";
 }
 
+/// The usual way with one mark: behind the last `*`, try again one character further on.
+bool matches_pattern(TextView text, TextView pattern) {
+    std::size_t at = 0, in_pattern = 0, star = TextView::npos, behind_star = 0;
+    while (at < text.size()) {
+        if (in_pattern < pattern.size() && pattern[in_pattern] == u'*') {
+            star = in_pattern++;
+            behind_star = at;
+        } else if (in_pattern < pattern.size() && (pattern[in_pattern] == u'?' || pattern[in_pattern] == text[at])) {
+            ++in_pattern;
+            ++at;
+        } else if (star != TextView::npos) {
+            in_pattern = star + 1;
+            at = ++behind_star;
+        } else {
+            return false;
+        }
+    }
+    return pattern.find_first_not_of(u'*', in_pattern) == TextView::npos;
+}
+
 Text day_literal(Date day) { return u"'" + format_date(day) + u"'"; }
 
 /// A part of a date text: digits alone. Returns nothing for all else.
@@ -55,6 +76,10 @@ Text and_matches(TextView column, const std::vector<Text>& patterns) {
     std::vector<Text> conditions;
     for (const Text& pattern : patterns) conditions.push_back(matches(Text(column), pattern));
     return and_any(conditions);
+}
+
+bool matches_one(TextView text, const std::vector<Text>& patterns) {
+    return std::ranges::any_of(patterns, [&](const Text& pattern) { return matches_pattern(text, pattern); });
 }
 
 Text and_contains(const std::vector<Text>& columns, const Text& text) {

@@ -14,6 +14,9 @@ namespace vantlo {
 /// Example  `and_matches(u"GId", {u"G0*", u"H1"})` -> ` and (GId like 'G0%' escape '!' or GId='H1')`
 Text and_matches(TextView column, const std::vector<Text>& patterns);
 
+/// Whether a text matches one of the patterns, compared to the letter.
+bool matches_one(TextView text, const std::vector<Text>& patterns);
+
 /// The condition that one of the columns contains the text, whatever the case of ASCII letters, ` and ` before it; empty
 /// for an empty text.
 Text and_contains(const std::vector<Text>& columns, const Text& text);

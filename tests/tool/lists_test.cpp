@@ -91,6 +91,52 @@ TEST_CASE_FIXTURE(Shop, "A report's totals stand for each unit alone") {
     CHECK(shell.vantlo("report --by colour").exit_code == 2);
 }
 
+TEST_CASE_FIXTURE(Shop, "The ledger is searched, sorted, cut, grouped, and totalled for each unit alone") {
+    const std::string ledger =
+        "Warehouse    Goods      Model 1  Model 2  Status  Unit  Received  Issued  On hand\n"
+        "-----------  ---------  -------  -------  ------  ----  --------  ------  -------\n"
+        "W1 Main      G1 Screen                         0  pc          20       4       16\n"
+        "W1 Main      G2 Cable                          0  m          2.5       0      2.5\n"
+        "-----------  ---------  -------  -------  ------  ----  --------  ------  -------\n"
+        "Total in m                                                   2.5       0      2.5\n"
+        "Total in pc                                                   20       4       16\n";
+    CHECK(shell.vantlo("ledger").output == ledger);
+    CHECK(shell.vantlo("ledger --goods 'G?' --warehouse W1 --warehouse W2").output == ledger);
+    CHECK(shell.vantlo("ledger --goods 'G?' --sort on_hand --limit 1 2>/dev/null").has("W1 Main      G2 Cable"));
+    CHECK(shell.vantlo("ledger --goods 'G?' --sort on_hand --limit 1").has("1 row is not shown (--skip 1 goes on)"));
+    CHECK(shell.vantlo("ledger --group goods --format csv").output ==
+          "goods,goods_name,unit,rows,received,issued,on_hand\r\n"
+          "G1,Screen,pc,1,20,4,16\r\nG2,Cable,m,1,2.5,0,2.5\r\n");
+    CHECK(
+        shell.vantlo("ledger --group warehouse,status --format jsonl")
+            .has(
+                "{\"warehouse\": \"W1\", \"warehouse_name\": \"Main\", \"status\": 0, \"unit\": \"m\", \"rows\": 1, "));
+    CHECK(shell.vantlo("ledger --negative").has("Total of 0 rows"));
+    CHECK(shell.vantlo("ledger --nonzero --status 0 --status 2 --format csv").output ==
+          shell.vantlo("ledger --format csv").output);
+    CHECK(shell.vantlo("ledger --sort colour").exit_code == 2);
+    CHECK(shell.vantlo("ledger --group colour").exit_code == 2);
+    shell.run("sqlite3 vantlo.db \"update Goods set Unit=null\"");
+    CHECK(shell.vantlo("ledger").has("Total of 2 rows"));
+    shell.run("sqlite3 vantlo.db \"update Goods set Unit='m' where ID='G2'\"");
+    const Finished partly = shell.vantlo("ledger");
+    CHECK(partly.has("Total in m "));
+    CHECK(partly.has("1 row without a unit\n"));
+}
+
+TEST_CASE_FIXTURE(Shop, "The ledger of a past day comes from the journal, and of today is the ledger") {
+    CHECK(shell.vantlo("ledger --as-of 2099").output == shell.vantlo("ledger").output);
+    const Finished early = shell.vantlo("ledger --as-of 2024-03-31");
+    CHECK(early.exit_code == 7);
+    CHECK(early.has("the journal of movements begins on 20"));
+    CHECK(shell.vantlo("ledger --as-of March").exit_code == 2);
+    CHECK(shell.vantlo("ledger --as-of 2024 --as-picture a.svg").exit_code == 2);
+    CHECK(shell.vantlo("ledger --goods 'G*' --as-picture a.svg").exit_code == 5);
+    shell.vantlo("init --no-journal --db other.db");
+    CHECK(shell.vantlo("--db other.db ledger --as-of 2024").exit_code == 7);
+    CHECK(shell.vantlo("--db other.db ledger --as-of 2099").exit_code == 0);
+}
+
 TEST_CASE("Where no journal is kept, cards and reports say how one is begun") {
     const Shell shell;
     shell.vantlo("init --no-journal");

@@ -1,7 +1,7 @@
 #include <iostream>
 
 #include "ado/native/snapshot.h"
-#include "reports/ledger_list.h"
+#include "reports/stock.h"
 #include "reports/stock_card.h"
 #include "tool/commands/command.h"
 #include "tool/commands/list_options.h"

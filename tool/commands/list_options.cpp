@@ -78,18 +78,26 @@ std::shared_ptr<ListOptions> add_list_options(CLI::App& command, const CommonOpt
     return options;
 }
 
-ExitCode write_list(Listing list, const ListOptions& options, const CommonOptions& common,
-                    const std::vector<std::string_view>& summed) {
-    if (!sort_as_asked(list, options.sort)) {
-        report_unknown_column(list, options.sort, common);
-        return ExitCode::usage;
-    }
+bool sort_list(Listing& list, const ListOptions& options, const CommonOptions& common) {
+    if (sort_as_asked(list, options.sort)) return true;
+    report_unknown_column(list, options.sort, common);
+    return false;
+}
+
+void write_sorted(const Listing& list, const ListOptions& options, const CommonOptions& common,
+                  const std::vector<std::string_view>& summed) {
     const std::size_t first = std::min(options.skip, list.rows.size());
     const std::size_t left = list.rows.size() - first;
     const std::size_t shown = options.limit == 0 ? left : std::min(options.limit, left);
     write_formatted(list, {first, shown}, options.format, common, summed);
     if (shown < left)
         std::cerr << "vantlo: " << common.say(words::rows_left, Count(left - shown), first + shown) << '\n';
+}
+
+ExitCode write_list(Listing list, const ListOptions& options, const CommonOptions& common,
+                    const std::vector<std::string_view>& summed) {
+    if (!sort_list(list, options, common)) return ExitCode::usage;
+    write_sorted(list, options, common, summed);
     return ExitCode::done;
 }
 
@@ -105,22 +113,23 @@ void add_patterns(CLI::App& command, const std::string& name, std::vector<Text>&
         ->allow_extra_args(false);
 }
 
+CLI::Option* add_day(CLI::App& command, const CommonOptions& common, const std::string& name,
+                     std::optional<Date>& bound, std::optional<Date> Period::*end, const Message& about) {
+    return command
+        .add_option_function<std::string>(
+            name,
+            [&bound, &common, end](const std::string& text) {
+                const std::optional<Period> days = days_of(text);
+                if (!days) throw CLI::ValidationError(common.say(words::is_no_day, text));
+                bound = (*days).*end;
+            },
+            common.say(about))
+        ->type_name("DAY");
+}
+
 void add_period(CLI::App& command, const CommonOptions& common, Period& period) {
-    const auto add = [&](const char* name, std::optional<Date>& bound, std::optional<Date> Period::*end,
-                         const Message& about) {
-        command
-            .add_option_function<std::string>(
-                name,
-                [&bound, &common, end](const std::string& text) {
-                    const std::optional<Period> days = days_of(text);
-                    if (!days) throw CLI::ValidationError(common.say(words::is_no_day, text));
-                    bound = (*days).*end;
-                },
-                common.say(about))
-            ->type_name("DAY");
-    };
-    add("--from", period.from, &Period::from, words::from_option);
-    add("--to", period.until, &Period::until, words::to_option);
+    add_day(command, common, "--from", period.from, &Period::from, words::from_option);
+    add_day(command, common, "--to", period.until, &Period::until, words::to_option);
 }
 
 void require_journal(NativeConnection& database, const CommonOptions& common) {

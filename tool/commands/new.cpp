@@ -1,10 +1,10 @@
 #include <fmt/ranges.h>
 
-#include <ctime>
 #include <iostream>
 
 #include "automation/calendar.h"
 #include "reports/bill_fields.h"
+#include "reports/movements.h"
 #include "tool/commands/command.h"
 
 namespace vantlo {
@@ -22,12 +22,7 @@ constexpr Message new_format  = {"格式：json 或 csv", "Format: json or csv"}
 
 namespace {
 
-std::string today() {
-    const std::time_t now = std::time(nullptr);
-    std::tm local{};
-    ::localtime_r(&now, &local);
-    return to_utf8(format_date(date_of({local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, 0, 0, 0})));
-}
+std::string today() { return to_utf8(format_date(local_now())); }
 
 /// What stands for a field that is to be filled in.
 std::string json_value(const BillField& field) {

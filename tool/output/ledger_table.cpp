@@ -1,44 +1,42 @@
 #include "tool/output/ledger_table.h"
 
-#include "tool/output/table_output.h"
-#include "tool/output/words.h"
+#include <algorithm>
 
 namespace vantlo {
 
-namespace words {
+namespace {
 
-// clang-format off
-constexpr Message total_of_rows  = {"合计 {} 行", "Total of {:row|rows}"};
-// clang-format on
+Text text_in(const std::vector<Variant>& row, std::size_t column) { return to_text(row[column]); }
 
-}  // namespace words
+bool has_several(const Listing& list, std::size_t column) {
+    return std::ranges::any_of(list.rows, [&](const auto& row) { return !(row[column] == list.rows.front()[column]); });
+}
+
+}  // namespace
 
 std::string named(const Text& id, const Text& name) { return to_utf8(name.empty() ? id : id + u" " + name); }
 
-std::string ledger_table(const std::vector<LedgerRow>& rows, Language language, bool has_colour) {
-    constexpr auto right = TableOutput::Align::right;
-    TableOutput table({{words::warehouse.in(language)},
-                       {words::goods.in(language)},
-                       {words::model1.in(language)},
-                       {words::model2.in(language)},
-                       {words::status.in(language), right},
-                       {words::received.in(language), right},
-                       {words::issued.in(language), right},
-                       {words::on_hand.in(language), right}},
-                      has_colour);
-    std::int64_t received = 0, issued = 0, on_hand = 0;
-    for (const LedgerRow& row : rows) {
-        table.add_row({named(row.warehouse, row.warehouse_name), named(row.goods, row.goods_name), to_utf8(row.model1),
-                       to_utf8(row.model2), to_utf8(row.status), quantity_text(row.received), quantity_text(row.issued),
-                       quantity_text(row.on_hand)});
-        received += row.received.ten_thousandths();
-        issued += row.issued.ten_thousandths();
-        on_hand += row.on_hand.ten_thousandths();
+Listing ledger_for_people(const Listing& stock) {
+    const std::size_t warehouse = *stock.find("warehouse"), warehouse_name = *stock.find("warehouse_name");
+    const std::size_t goods = *stock.find("goods"), goods_name = *stock.find("goods_name");
+    const std::size_t base_unit = *stock.find("base_unit");
+    const bool has_units = has_several(stock, base_unit);
+    std::vector<std::size_t> kept;
+    for (const char* const column : {"model1", "model2", "status", "received", "issued", "on_hand"})
+        kept.push_back(*stock.find(column));
+    if (has_units) kept.insert(kept.begin() + 3, base_unit);
+
+    Listing list{{stock.columns[warehouse], stock.columns[goods]}, {}};
+    for (const std::size_t column : kept) list.columns.push_back(stock.columns[column]);
+    if (has_units) list.columns[5].name = "unit";
+    list.rows.reserve(stock.rows.size());
+    for (const std::vector<Variant>& row : stock.rows) {
+        std::vector<Variant>& shown = list.rows.emplace_back();
+        shown = {from_utf8(named(text_in(row, warehouse), text_in(row, warehouse_name))),
+                 from_utf8(named(text_in(row, goods), text_in(row, goods_name)))};
+        for (const std::size_t column : kept) shown.push_back(row[column]);
     }
-    const auto total = [](std::int64_t sum) { return quantity_text(Currency::from_ten_thousandths(sum)); };
-    table.add_totals({say(language, words::total_of_rows, Count(rows.size())), "", "", "", "", total(received),
-                      total(issued), total(on_hand)});
-    return table.text();
+    return list;
 }
 
 }  // namespace vantlo

@@ -1,17 +1,15 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
-#include "automation/error_text.h"
-#include "bills/ledger_row.h"
+#include "reports/listing.h"
 
 namespace vantlo {
 
 /// An id with the name that goes with it, in UTF-8.
 std::string named(const Text& id, const Text& name);
 
-/// The rows as a table for people, with the totals of the three quantities.
-std::string ledger_table(const std::vector<LedgerRow>& rows, Language language, bool has_colour = false);
+/// The list of list_stock as people read it: names beside ids, and the goods' units where there are several.
+Listing ledger_for_people(const Listing& stock);
 
 }  // namespace vantlo

@@ -64,11 +64,13 @@ constexpr Title titles[] = {
     {"closing",        {"期末", "Closing"}},
     {"balance",        {"结存", "Balance"}},
     {"on_hand",        words::on_hand},
+    {"base_unit",      {"基本单位", "Base unit"}},
+    {"rows",           {"行数", "Rows"}},
 };
 
 constexpr Message sum_of_rows      = {"合计 {} 行", "Total of {:row|rows}"};
 constexpr Message sum_in_unit      = {"合计（{}）", "Total in {}"};
-constexpr Message sum_without_unit = {"合计（无单位）", "Total without a unit"};
+constexpr Message rows_without_unit = {"{} 行无单位，未合计", "{:row|rows} without a unit"};
 // clang-format on
 
 std::string json_of(const Variant& cell, CellType type) {
@@ -118,8 +120,10 @@ std::string csv_text(const Listing& list, std::span<const Row> rows, CsvCells ce
     return text;
 }
 
-/// The sums of the columns in one unit, and how many rows they add.
+/// The sums of the columns in one unit, and of how many rows. Rows of which nobody said the unit are together here.
 struct UnitSums {
+    std::string unit;         ///< as the first row spells it
+    bool has_others = false;  ///< as when nobody said the units of several goods
     std::size_t rows = 0;
     std::vector<std::int64_t> sums;
 };
@@ -127,8 +131,12 @@ struct UnitSums {
 void add_sums(TableOutput& table, const Listing& list, Language language, const std::vector<std::string_view>& summed) {
     const std::optional<std::size_t> unit_column = list.find("unit");
     std::map<std::string, UnitSums> by_unit;
+    if (list.rows.empty()) by_unit[""].sums.resize(list.columns.size());
     for (const auto& row : list.rows) {
-        UnitSums& unit = by_unit[unit_column ? cell_text(row[*unit_column]) : ""];
+        const std::string spelled = unit_column ? cell_text(row[*unit_column]) : "";
+        UnitSums& unit = by_unit[spelled.starts_with("? ") ? "" : spelled];
+        if (unit.rows == 0) unit.unit = spelled;
+        unit.has_others = unit.has_others || unit.unit != spelled;
         unit.sums.resize(row.size());
         ++unit.rows;
         for (std::size_t i = 0; i < row.size(); ++i) {
@@ -136,11 +144,13 @@ void add_sums(TableOutput& table, const Listing& list, Language language, const 
         }
     }
     for (const auto& [unit, sums] : by_unit) {
+        // Quantities without a unit may be metres and boxes.
+        const bool is_added = !sums.has_others && (by_unit.size() == 1 || !unit.empty());
         std::vector<std::string> cells(list.columns.size());
-        cells[0] = by_unit.size() == 1 ? say(language, sum_of_rows, Count(sums.rows))
-                   : unit.empty()      ? sum_without_unit.in(language)
-                                       : say(language, sum_in_unit, unit);
-        for (std::size_t i = 1; i < cells.size(); ++i) {
+        cells[0] = !is_added             ? say(language, rows_without_unit, Count(sums.rows))
+                   : by_unit.size() == 1 ? say(language, sum_of_rows, Count(sums.rows))
+                                         : say(language, sum_in_unit, unit);
+        for (std::size_t i = 1; is_added && i < cells.size(); ++i) {
             if (std::ranges::count(summed, list.columns[i].name) > 0)
                 cells[i] = to_utf8(number_text(Currency::from_ten_thousandths(sums.sums[i])));
         }
@@ -164,7 +174,7 @@ std::string table_text(const Listing& list, std::span<const Row> rows, Language 
         if (kind_column) cells[*kind_column] = kind_for_people(cells[*kind_column], language);
         table.add_row(std::move(cells));
     }
-    if (!summed.empty() && !list.rows.empty()) add_sums(table, list, language, summed);
+    if (!summed.empty()) add_sums(table, list, language, summed);
     return table.text();
 }
 
