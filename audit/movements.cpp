@@ -88,7 +88,7 @@ void read_sums(NativeConnection& database, Movements& movements) {
 Movements read_movements(NativeConnection& database) {
     Movements movements;
     movements.state = journal_state(database);
-    if (movements.state == JournalState::unsupported || movements.state == JournalState::absent) return movements;
+    if (!has_movements(movements.state)) return movements;
     try {
         read_opening(database, movements);
         read_sums(database, movements);

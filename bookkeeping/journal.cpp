@@ -45,6 +45,17 @@ std::int64_t count_of(NativeConnection& database, TextView select) {
     return static_cast<std::int64_t>(to_double(rows->field(u"n")));
 }
 
+/// Whether the journal's table is gone, not merely out of this account's sight.
+bool lacks_table(NativeConnection& database, const Catalog& catalog) {
+    if (count_of(database, catalog.tables) > 0) return false;
+    try {
+        database.run(u"select MovementNo from StockMovement where 1=0");
+    } catch (const Failure& failure) {
+        return failure.number() == error::no_such_table;
+    }
+    return false;
+}
+
 /// Runs scripts as a whole. MariaDB's statements of this kind commit by themselves, and its scripts lock what they need.
 void run_as_a_whole(NativeConnection& database, std::initializer_list<std::string_view> scripts) {
     const bool has_transaction = database.dialect().name != "mariadb";
@@ -83,14 +94,19 @@ JournalState journal_state(NativeConnection& database) {
     const auto* const catalog = std::ranges::find(catalogs, database.dialect().name, &Catalog::dialect);
     if (catalog == std::end(catalogs)) return JournalState::unsupported;
     const std::int64_t triggers = count_of(database, catalog->triggers);
+    if (triggers > 0 && lacks_table(database, *catalog)) return JournalState::broken;
     if (triggers == catalog->complete) return JournalState::on;
     if (triggers > 0) return JournalState::incomplete;
     return count_of(database, catalog->tables) > 0 ? JournalState::off : JournalState::absent;
 }
 
+bool has_movements(JournalState state) {
+    return state == JournalState::off || state == JournalState::incomplete || state == JournalState::on;
+}
+
 JournalStatus journal_status(NativeConnection& database) {
     JournalStatus status{journal_state(database), 0, {}};
-    if (status.state == JournalState::unsupported || status.state == JournalState::absent) return status;
+    if (!has_movements(status.state)) return status;
     status.movements = count_of(database, u"select count(*) as n from StockMovement");
     if (status.state == JournalState::off) return status;
     const RecordsetVariable rows = database.execute(u"select * from LedgerWithoutMovement");
@@ -101,8 +117,13 @@ JournalStatus journal_status(NativeConnection& database) {
 }
 
 void switch_journal_on(NativeConnection& database) {
-    if (journal_state(database) == JournalState::on) return;
-    run_as_a_whole(database, {journal_scripts_for(database.dialect().name).on});
+    const JournalState before = journal_state(database);
+    if (before == JournalState::on) return;
+    const JournalScripts scripts = journal_scripts_for(database.dialect().name);
+    if (before == JournalState::broken)
+        run_as_a_whole(database, {scripts.off, scripts.on});
+    else
+        run_as_a_whole(database, {scripts.on});
 }
 
 void switch_journal_off(NativeConnection& database) {

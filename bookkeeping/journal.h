@@ -15,10 +15,14 @@ enum class JournalState {
     absent,
     off,         ///< there are movements, but none are added
     incomplete,  ///< some triggers are missing or disabled
+    broken,      ///< there are triggers but no StockMovement: every change of the ledger fails
     on,
 };
 
 JournalState journal_state(NativeConnection& database);
+
+/// Whether there are movements in that state.
+bool has_movements(JournalState state);
 
 /// A ledger key, and the sums of its rows beside those of its movements.
 struct UnexplainedKey {
@@ -34,8 +38,8 @@ struct JournalStatus {
 
 JournalStatus journal_status(NativeConnection& database);
 
-/// Switches it on, with an opening entry for each ledger row or one for each gap since it was switched off. Does nothing
-/// where it is on. Errors: Failure; what was begun is rolled back where the engine can (MariaDB keeps what it has made).
+/// Switches it on, with an opening entry for each ledger row or one for each gap since it was switched off; a broken one
+/// begins anew. Does nothing where it is on. Errors: Failure; what was begun is rolled back where the engine can (MariaDB keeps what it has made).
 void switch_journal_on(NativeConnection& database);
 
 /// Switches it off and keeps its movements. Errors: as above.

@@ -8,10 +8,11 @@
 #include <set>
 
 #include "ado/native/open_connection.h"
-#include "audit/ledger_entry.h"
+#include "audit/repair_plan.h"
 #include "bookkeeping/bookkeeping.h"
 #include "bookkeeping/journal.h"
 #include "import/shop_file.h"
+#include "tests/audit/repairs.h"
 #include "tests/support/json_schema.h"
 #include "tests/support/shell.h"
 #include "tests/support/test_database.h"
@@ -111,7 +112,43 @@ std::string causes_in(const std::string& verified) {
     return all;
 }
 
-TEST_CASE("verify names what spoilt a shop, and repair makes no ledger worse") {
+/// Undoes the latest repair through the program, and undoes that: the whole ledger must be what it was before each.
+void check_undoing_of_latest(const SpoiltShop& shop, const std::vector<RowImage>& before) {
+    const auto database = shop.open();
+    const std::vector<RowImage> after = whole_ledger(*database);
+    for (const std::vector<RowImage>& expected : {before, after}) {
+        const std::string number = std::to_string(next_repair_number(*database) - 1);
+        const Finished undone = shop.vantlo("repair --yes --undo " + number);
+        INFO(undone.output);
+        CHECK(undone.exit_code == 0);
+        CHECK(whole_ledger(*database) == expected);
+    }
+}
+
+/// Repairs each cause by name, rows that are left alone unless their goods are named too, and undoes that.
+void check_undoing_of_each_cause(NativeConnection& database) {
+    const Verification verification = verify(database, Language::english);
+    std::set<Cause> causes;
+    RepairChoice choice;
+    for (const Finding& finding : verification.findings) {
+        causes.insert(finding.cause);
+        for (const Difference& rows : finding.differences) choice.goods.push_back(rows.key.parts[1].value_or(u""));
+    }
+    for (const Cause cause : causes) {
+        INFO(std::string(name_of(cause)));
+        choice.causes = {cause};
+        const std::vector<Repair> repairs = repairs_of(plan_repairs(verification, choice).chosen);
+        if (repairs.empty()) continue;
+        database.begin();
+        if (verification.movements.state == JournalState::broken)
+            CHECK_THROWS_AS(run_repairs(repairs, database, cause_in_journal), Failure);
+        else
+            check_undoing(database, repairs);
+        database.roll_back();
+    }
+}
+
+TEST_CASE("verify names what spoilt a shop, and repair makes no ledger worse and is undone exactly") {
     const JsonSchema schema(VANTLO_SOURCE_DIR "/docs/verify.schema.json");
     std::set<std::string> names;
     for (const WayToSpoil& way : ways_to_spoil()) {
@@ -133,12 +170,15 @@ TEST_CASE("verify names what spoilt a shop, and repair makes no ledger worse") {
         CHECK(schema.fault_of(nlohmann::json::parse(verified.output)).empty());
         CHECK(verified.exit_code == (way.causes.empty() ? 0 : 3));
 
+        check_undoing_of_each_cause(*database);
+        const std::vector<RowImage> spoilt_rows = whole_ledger(*database);
         const Finished repair = shop.vantlo("repair --apply --yes");
         INFO(repair.output);
         const Rows repaired = shop.rows();
         if (way.repaired == Repaired::mended) CHECK(repaired == before);
         if (way.repaired == Repaired::untouched) CHECK(repaired == spoilt);
         CHECK(is_no_worse(repaired, before, spoilt));
+        if (repaired != spoilt) check_undoing_of_latest(shop, spoilt_rows);
         if (spoilt != before || way.causes.empty()) continue;
 
         // The ledger is right. Naming a cause alone does not make it wrong.

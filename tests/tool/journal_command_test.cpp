@@ -112,6 +112,25 @@ TEST_CASE("journal off keeps the movements, and init leaves it off") {
     CHECK(shell.vantlo("journal sideways").exit_code == 2);
 }
 
+TEST_CASE("A journal whose table is gone is told, and journal on begins anew") {
+    const Shell shell;
+    shell.vantlo("init");
+    shell.file("bill.json", stock_in);
+    shell.vantlo("save bill.json");
+    open(shell)->run(u"drop table StockMovement");
+    const Finished status = shell.vantlo("journal status");
+    CHECK(status.exit_code == 3);
+    CHECK_MESSAGE(status.has("every change of the ledger fails"), status.output);
+    CHECK(shell.vantlo("init").has("every change of the ledger fails"));
+    CHECK(shell.vantlo("verify").has("every change of the ledger fails"));
+    CHECK(shell.vantlo("delete stock-in R1").exit_code != 0);
+    CHECK(shell.vantlo("journal on").output ==
+          "The journal is on; it has 2 movements.\nThe ledger is the sum of its movements.\n");
+    CHECK(shell.vantlo("delete stock-in R1").exit_code == 0);
+    open(shell)->run(u"drop table StockMovement");
+    CHECK(shell.vantlo("journal off").output == "There is no journal; vantlo journal on begins one.\n");
+}
+
 TEST_CASE_FIXTURE(HostsShop, "adopt shows what it would make, and changes nothing unless the user agrees") {
     const std::vector<std::string> before = catalog_of(shell);
     const Finished alone = shell.vantlo("adopt </dev/null");

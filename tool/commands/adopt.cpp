@@ -137,10 +137,13 @@ ExitCode adopt(const CommonOptions& common, const AdoptOptions& options, bool sa
     }
     const std::vector<OwnTable> tables = own_tables_of(*database).missing;
     const std::vector<MissingColumn> columns = missing_own_columns(*database);
-    const bool lacks_journal = journal_state(*database) != JournalState::on;
+    const JournalState journal = journal_state(*database);
+    const bool lacks_journal = journal != JournalState::on;
     if (common.dry_run) {
         std::cout << script_of(tables, columns);
-        if (lacks_journal) std::cout << journal_scripts_for(database->dialect().name).on;
+        const JournalScripts scripts = journal_scripts_for(database->dialect().name);
+        if (journal == JournalState::broken) std::cout << scripts.off;
+        if (lacks_journal) std::cout << scripts.on;
         if (description) std::cout << script_keeping(*description);
         return ExitCode::done;
     }

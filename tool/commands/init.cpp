@@ -6,6 +6,7 @@
 #include "bookkeeping/own_tables.h"
 #include "tool/commands/command.h"
 #include "tool/output/conditions_report.h"
+#include "tool/output/journal_report.h"
 
 namespace vantlo {
 
@@ -27,7 +28,9 @@ namespace {
 
 /// Begins the journal of a ledger that is empty. One that is off stays so: its owner has switched it off.
 void begin_journal(NativeConnection& database, const CommonOptions& common) {
-    if (journal_state(database) != JournalState::absent) return;
+    const JournalState before = journal_state(database);
+    if (before == JournalState::broken) std::cerr << report_of({before, 0, {}}, common.language);
+    if (before != JournalState::absent) return;
     if (database.execute(u"select * from Inventory")->eof())
         switch_journal_on(database);
     else

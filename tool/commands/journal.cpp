@@ -24,7 +24,8 @@ namespace {
 ExitCode report_status(NativeConnection& database, const CommonOptions& common) {
     const JournalStatus status = journal_status(database);
     std::cout << report_of(status, common.language);
-    return status.unexplained.empty() ? ExitCode::done : ExitCode::differs;
+    const bool is_whole = status.unexplained.empty() && status.state != JournalState::broken;
+    return is_whole ? ExitCode::done : ExitCode::differs;
 }
 
 ExitCode journal(const CommonOptions& common, const std::string& action) {

@@ -133,9 +133,7 @@ void add_period(CLI::App& command, const CommonOptions& common, Period& period) 
 }
 
 void require_journal(NativeConnection& database, const CommonOptions& common) {
-    const JournalState state = journal_state(database);
-    if (state == JournalState::absent || state == JournalState::unsupported)
-        throw TaskError(Reason::refused, common.say(words::no_journal));
+    if (!has_movements(journal_state(database))) throw TaskError(Reason::refused, common.say(words::no_journal));
 }
 
 }  // namespace vantlo

@@ -35,7 +35,10 @@ std::string report_text(const Verification& verification, Language language) {
         report_of(verification.findings, verification.timeline, verification.stored.size(), language);
     const std::string notes = report_of(notes_of(verification), language);
     const std::string gap = notes.empty() ? "" : "\n";
-    if (verification.findings.empty()) return notes + gap + report;
+    if (verification.findings.empty()) {
+        const bool can_be_posted = verification.movements.state != JournalState::broken;
+        return notes + gap + report + (can_be_posted ? "" : what_is_unknown(verification, language));
+    }
     return report + gap + notes + what_is_unknown(verification, language);
 }
 

@@ -10,6 +10,8 @@ constexpr Message journal_absent     = {"没有流水；vantlo journal on 开启
 constexpr Message journal_off        = {"流水已关闭；已有 {} 条。", "The journal is off; it has {} movements."};
 constexpr Message journal_incomplete = {"流水不完整：缺少触发器，或触发器已停用；已有 {} 条。vantlo journal on 补齐。",
                                         "The journal is incomplete: triggers are missing or disabled; it has {} movements. vantlo journal on makes it whole."};
+constexpr Message journal_broken     = {"流水的触发器还在，而表 StockMovement 已不存在：台账的任何改动都会失败。vantlo journal on 重新开始，vantlo journal off 去掉触发器。",
+                                        "The journal's triggers are there but its table StockMovement is not: every change of the ledger fails. vantlo journal on begins anew, vantlo journal off removes the triggers."};
 constexpr Message journal_on         = {"流水已开启；已有 {} 条。", "The journal is on; it has {} movements."};
 constexpr Message ledger_explained   = {"台账等于各次变动之和。", "The ledger is the sum of its movements."};
 constexpr Message ledger_unexplained = {"{} 个键的台账不等于各次变动之和：", "Ledger keys that are not the sum of their movements: {}"};
@@ -27,6 +29,7 @@ const Message& about(JournalState state) {
         case JournalState::absent: return words::journal_absent;
         case JournalState::off: return words::journal_off;
         case JournalState::incomplete: return words::journal_incomplete;
+        case JournalState::broken: return words::journal_broken;
         case JournalState::on: break;
     }
     return words::journal_on;

@@ -20,11 +20,9 @@ struct StateName {
     JournalState state;
     const char* name;
 };
-constexpr StateName state_names[] = {{JournalState::unsupported, "unsupported"},
-                                     {JournalState::absent, "absent"},
-                                     {JournalState::off, "off"},
-                                     {JournalState::incomplete, "incomplete"},
-                                     {JournalState::on, "on"}};
+constexpr StateName state_names[] = {
+    {JournalState::unsupported, "unsupported"}, {JournalState::absent, "absent"}, {JournalState::off, "off"},
+    {JournalState::incomplete, "incomplete"},   {JournalState::broken, "broken"}, {JournalState::on, "on"}};
 
 Json text_or_null(const std::optional<Text>& text) { return text ? Json(to_utf8(*text)) : Json(nullptr); }
 

@@ -52,6 +52,10 @@ constexpr Message no_journal     = {
 constexpr Message journal_is_off = {
     "流水未全部开启：此期间由谁改动了台账无从得知（见 vantlo journal status）。",
     "The journal of movements is not on: who changed a row meanwhile cannot be known (see vantlo journal status)."};
+constexpr Message journal_is_broken = {
+    "流水的表 StockMovement 已不存在，而触发器还在：台账的任何改动都会失败（vantlo journal on 重新开始）。",
+    "The journal's table StockMovement is gone while its triggers are there: every change of the ledger fails (vantlo\n"
+    "journal on begins anew)."};
 constexpr Message journal_unread = {
     "此帐户无权读取流水：是谁、何时改动了台账无从得知。",
     "This account may not read the journal of movements: who changed a row and when cannot be known."};
@@ -300,6 +304,7 @@ std::string what_is_unknown(const Verification& verification, Language language)
     const Movements& movements = verification.movements;
     if (movements.state == JournalState::absent || movements.state == JournalState::unsupported)
         return told(words::no_journal);
+    if (movements.state == JournalState::broken) return told(words::journal_is_broken);
     if (!movements.is_readable) return told(words::journal_unread);
     if (movements.state != JournalState::on) return told(words::journal_is_off);
     return verification.are_all_bills_named ? std::string() : told(words::bills_unnamed);
