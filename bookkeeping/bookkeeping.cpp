@@ -59,6 +59,13 @@ PostingNote::Posting posting_of(std::span<const MemberCall> calls, const Bill& b
     return posting;
 }
 
+/// Passes on to an observer, which may be null, that a lost connection is waited for.
+TransactionRetry::Waits waits_of(const std::shared_ptr<BookkeepingObserver>& observer) {
+    return [observer](std::chrono::milliseconds longest) {
+        if (observer != nullptr) observer->waits_for_connection(longest);
+    };
+}
+
 }  // namespace
 
 void collect_messages() {
@@ -117,7 +124,10 @@ private:
 
 Bookkeeping::Bookkeeping(Connect connect, std::shared_ptr<BookkeepingObserver> observer, Language language,
                          std::optional<GuardRules> guard)
-    : saver_(std::move(connect)), observer_(std::move(observer)), language_(language), guard_(guard) {
+    : saver_(std::move(connect), {}, waits_of(observer)),
+      observer_(std::move(observer)),
+      language_(language),
+      guard_(guard) {
     std::random_device random;
     for (int word = 0; word < 4; ++word) name_ += from_utf8(fmt::format("{:08x}", random()));
 }

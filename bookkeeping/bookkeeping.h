@@ -26,6 +26,8 @@ public:
     virtual void begins(const std::string& /*bill*/) {}
     /// A statement is sent.
     virtual void sends(TextView /*statement*/) {}
+    /// The connection was lost and cannot be opened at once; it is tried for so long at most.
+    virtual void waits_for_connection(std::chrono::milliseconds /*longest*/) {}
     /// Something is dubious; told once the bill is in the database, or has failed.
     virtual void warns(const std::string& /*bill*/, const std::string& /*what*/) {}
     /// The bill is in the database, and has moved these rows.

@@ -64,8 +64,8 @@ Connect connect_in_turn(std::vector<std::string> databases, bool may_create) {
     };
 }
 
-TransactionRetry::TransactionRetry(Connect connect, RetryPolicy policy)
-    : connect_(std::move(connect)), policy_(policy), connection_(guarded(connect_())) {}
+TransactionRetry::TransactionRetry(Connect connect, RetryPolicy policy, Waits waits)
+    : connect_(std::move(connect)), policy_(policy), waits_(std::move(waits)), connection_(guarded(connect_())) {}
 
 std::int32_t TransactionRetry::save(TextView marker, const Work& work) {
     standing_key_.reset();
@@ -85,7 +85,7 @@ std::int32_t TransactionRetry::save(TextView marker, const Work& work) {
 
 std::int32_t TransactionRetry::attempt(TextView marker, const Work& work) {
     stop_if_interrupted();
-    if (!connection_) connection_ = guarded(connect_());
+    if (!connection_) reconnect();
     GuardedConnection& connection = **connection_;
     connection.begin();
     if (!insert_marker(connection.database(), marker)) return 0;
@@ -94,8 +94,22 @@ std::int32_t TransactionRetry::attempt(TextView marker, const Work& work) {
     return result;
 }
 
+void TransactionRetry::reconnect() {
+    const auto end = std::chrono::steady_clock::now() + policy_.reconnecting;
+    for (bool is_first = true; !connection_; is_first = false) {
+        stop_if_interrupted();
+        try {
+            connection_ = guarded(connect_());
+        } catch (const Failure& failure) {
+            if (failure.number() == error::login_failed || std::chrono::steady_clock::now() >= end) throw;
+            if (is_first && waits_) waits_(policy_.reconnecting);
+            std::this_thread::sleep_for(policy_.reconnecting_pause);
+        }
+    }
+}
+
 bool TransactionRetry::roll_back_for_another() {
-    if (!connection_) return true;
+    if (!connection_) return false;  // it could not be opened for all that time
     const std::optional<std::string> key = refused_key((*connection_)->failure());
     const Remedy remedy = (*connection_)->remedy();
     (*connection_)->roll_back();

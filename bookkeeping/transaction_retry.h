@@ -18,11 +18,14 @@ using Connect = std::function<Owned<NativeConnection>()>;
 /// `may_create` says whether a missing SQLite file is made.
 Connect connect_in_turn(std::vector<std::string> databases, bool may_create = true);
 
-/// How often a bill is tried, and the pauses in between. The longest possible pause doubles with each attempt.
+/// How often a bill is tried, and the pauses in between. The longest possible pause doubles with each attempt. A connection
+/// that was lost is opened again for a while, as a server may be starting; that counts as no attempt.
 struct RetryPolicy {
     int attempts = 16;
     std::chrono::milliseconds first_pause{4};
     std::chrono::milliseconds longest_pause{2000};
+    std::chrono::milliseconds reconnecting{60000};
+    std::chrono::milliseconds reconnecting_pause{250};
 };
 
 /// Saves bills, each in its own transaction. It retries after a deadlock, a serialization failure, a duplicate key or a lost
@@ -41,8 +44,11 @@ public:
     /// Returns  0, or the number of the error that stopped it.
     using Work = std::function<std::int32_t(GuardedConnection&)>;
 
+    /// Is told that a lost connection cannot be opened at once, and for how long that is tried.
+    using Waits = std::function<void(std::chrono::milliseconds longest)>;
+
     /// Opens the first connection, without retry: a wrong name is reported at once. Errors: Failure.
-    explicit TransactionRetry(Connect connect, RetryPolicy policy = {});
+    explicit TransactionRetry(Connect connect, RetryPolicy policy = {}, Waits waits = {});
 
     /// Saves one bill, all or nothing. `marker` names this saving and no other, in at most 64 characters.
     ///
@@ -57,12 +63,14 @@ public:
 
 private:
     std::int32_t attempt(TextView marker, const Work& work);
+    void reconnect();
     /// Rolls a failed attempt back, and drops a lost connection. Returns whether another attempt can help.
     bool roll_back_for_another();
     void pause(int failed_attempts);
 
     Connect connect_;
     RetryPolicy policy_;
+    Waits waits_;
     std::optional<Owned<GuardedConnection>> connection_;
     std::optional<std::string> standing_key_;  // the database's words about a duplicate key in the previous attempt
     long retries_ = 0;

@@ -170,8 +170,7 @@ TEST_CASE("TransactionRetry gives a bill's own result back, rolled back and with
     CHECK(shop.ledger().empty());
 }
 
-TEST_CASE(
-    "TransactionRetry says at once that nobody answers, and later gives up after its attempts with the last failure") {
+TEST_CASE("TransactionRetry says at once that nobody answers, and later gives up after a while with the last failure") {
     const Shop shop;
     Fault lost{Fault::Kind::lost, 1};
     int asked = 0;
@@ -179,11 +178,14 @@ TEST_CASE(
         if (++asked > 1) throw Failure(error::unspecified, "nobody answers");
         return Owned<NativeConnection>(new FaultyConnection(shop.open(), lost));
     };
-    TransactionRetry saver(connect_once, {.attempts = 3, .first_pause = {}, .longest_pause = {}});
+    RetryPolicy policy{.first_pause = {}, .longest_pause = {}};
+    policy.reconnecting = {};
+    TransactionRetry saver(connect_once, policy);
     CHECK(caught([&] { saver.save(u"bill 1", post); }).account == "nobody answers");
-    CHECK(asked == 3);
+    CHECK(asked == 2);
+    CHECK(shop.ledger().empty());
     CHECK(caught([&] { TransactionRetry(connect_once, {}); }).account == "nobody answers");
-    CHECK(asked == 4);
+    CHECK(asked == 3);
 }
 
 TEST_CASE("Two savings under one marker post one bill") {
@@ -194,6 +196,42 @@ TEST_CASE("Two savings under one marker post one bill") {
     CHECK(first.save(u"O'Neil's bill", post) == 0);
     CHECK(second.save(u"O'Neil's bill", post) == 0);
     CHECK(shop.ledger() == once);
+}
+
+/// Connections of which the first is lost at its first statement, and some after it cannot be opened.
+struct RestartingServer {
+    [[nodiscard]] Owned<NativeConnection> open(const Shop& shop) {
+        if (++openings > 1 && openings <= 1 + refusals) throw Failure(refusal);
+        return Owned<NativeConnection>(new FaultyConnection(shop.open(), fault));
+    }
+
+    int refusals;
+    ErrorNumber refusal = error::unspecified;
+    Fault fault{Fault::Kind::lost, 2};
+    int openings = 0;
+};
+
+TEST_CASE("A lost connection is opened again for a while, which is told once and counts as no attempt") {
+    const Shop shop;
+    RestartingServer server{.refusals = 40};
+    RetryPolicy policy{.attempts = 2, .first_pause = {}, .longest_pause = {}};
+    policy.reconnecting_pause = {};
+    std::vector<long> told;
+    TransactionRetry retry([&] { return server.open(shop); }, policy,
+                           [&](std::chrono::milliseconds longest) { told.push_back(longest.count()); });
+    CHECK(retry.save(u"bill 1", post) == 0);
+    CHECK(server.openings == 42);
+    CHECK(told == std::vector<long>{60000});
+    CHECK(shop.ledger() == once);
+}
+
+TEST_CASE("A lost connection that is then refused a login is not tried again") {
+    const Shop shop;
+    RestartingServer server{.refusals = 1000, .refusal = error::login_failed};
+    CHECK(caught([&] { TransactionRetry([&] { return server.open(shop); }).save(u"bill 1", post); }).number ==
+          error::login_failed);
+    CHECK(server.openings == 2);
+    CHECK(shop.ledger().empty());
 }
 
 TEST_CASE("connect_in_turn opens the databases one after the other, past those that cannot be opened") {

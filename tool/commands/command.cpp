@@ -28,6 +28,7 @@ constexpr Message command_footer   = {
     "The options of every command: vantlo --help."};
 constexpr Message unknown_kind   = {"没有“{}”这种单据；单据种类有", "there is no kind of bill \"{}\"; the kinds are"};
 constexpr Message did_you_mean   = {"是否想写“{}”？", "Did you mean \"{}\"?"};
+constexpr Message connection_lost = {"与数据库的连接已断开；将在 {} 秒内反复重新连接，正在处理的单据随后重做", "the connection to the database was lost: for {} seconds it is tried again and again, then the bill at hand is done once more"};
 constexpr Message warning        = {"警告：{}：{}", "warning: {}: {}"};
 constexpr Message force_option   = {"即使会改变每一行台账或同一键的几行、冲回的数量不同，也执行", "Send even a statement that changes every row of the ledger, or several rows of one key, and take back other quantities than were posted"};
 constexpr Message negative_option = {"拒绝使结存变为负数的单据", "Refuse bills that take stock below zero"};
@@ -102,6 +103,12 @@ public:
             std::cout << to_utf8(statement) << ";\n";
         else if (common_.show_sql)
             std::cerr << to_utf8(statement) << '\n';
+    }
+    void waits_for_connection(std::chrono::milliseconds longest) override {
+        std::cerr << "vantlo: "
+                  << common_.say(words::connection_lost,
+                                 std::chrono::duration_cast<std::chrono::seconds>(longest).count())
+                  << '\n';
     }
     void warns(const std::string& bill, const std::string& what) override {
         std::cerr << "vantlo: " << common_.say(words::warning, bill, what) << '\n';
