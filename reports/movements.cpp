@@ -1,5 +1,6 @@
 #include "reports/movements.h"
 
+#include <algorithm>
 #include <ctime>
 #include <string>
 
@@ -114,6 +115,14 @@ Date local_now() {
     std::tm local{};
     ::localtime_r(&now, &local);
     return together(local);
+}
+
+NewestMovements newest_movements(NativeConnection& database, std::int64_t most) {
+    const MovementNumbers numbers = movement_numbers(database);
+    const std::int64_t from = numbers.last - most + 1;
+    if (from <= numbers.first) return {};
+    const std::optional<Movement> first = movement_from(database, std::min(from, numbers.last));
+    return {from, local_time(database.dialect(), first->clock)};
 }
 
 Date local_time(const Dialect& dialect, Date clock) {

@@ -22,6 +22,16 @@ inline constexpr MovementRange all_movements{0, std::numeric_limits<std::int64_t
 /// Errors   Failure, if there is no journal of movements.
 MovementRange movements_within(NativeConnection& database, const Period& period);
 
+/// The latest movements of a journal.
+struct NewestMovements {
+    std::int64_t from = 0;       ///< the number of the first of them
+    std::optional<Date> begins;  ///< its local time, where there are earlier ones; nothing if these are all
+};
+
+/// The newest movements, `most` at most; fewer where the engine left out numbers.
+/// Errors   Failure, if there is no journal of movements.
+NewestMovements newest_movements(NativeConnection& database, std::int64_t most);
+
 /// The condition that a movement is one of the range, ` and ` before it.
 Text and_numbered(const MovementRange& range);
 

@@ -1,5 +1,6 @@
 #include "reports/stock_card.h"
 
+#include <algorithm>
 #include <map>
 #include <tuple>
 
@@ -106,7 +107,8 @@ void add_up(StockCard& card) {
 }  // namespace
 
 std::vector<StockCard> read_cards(NativeConnection& database, const CardsWanted& wanted) {
-    const MovementRange range = movements_within(database, wanted.period);
+    MovementRange range = movements_within(database, wanted.period);
+    range.from = std::max(range.from, wanted.from);
     const Text condition = condition_of(wanted);
     Cards cards;
     read_openings(database, condition, range.from, cards);

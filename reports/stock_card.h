@@ -14,6 +14,7 @@ struct CardsWanted {
     std::optional<std::int32_t> status;
     bool without_bill = false;  ///< only movements that no bill made, and rows that have some
     Period period;
+    std::int64_t from = 0;  ///< only movements from this number on; earlier ones count as opening balance
 };
 
 /// One movement of a ledger row.

@@ -185,7 +185,7 @@ TEST_CASE("vantlo ends with 9 where its output cannot be written") {
     const Finished full = shell.vantlo("ledger >/dev/full");
     CHECK(full.exit_code == 9);
     CHECK(full.output == "vantlo: stdout cannot be written\n");
-    CHECK(shell.vantlo("ledger --as-picture no/such/folder.svg").exit_code == 9);
+    CHECK(shell.vantlo("page no/such/folder.html").exit_code == 9);
 }
 
 #ifndef __SANITIZE_ADDRESS__  // which ends a program without memory itself

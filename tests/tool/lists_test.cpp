@@ -130,8 +130,6 @@ TEST_CASE_FIXTURE(Shop, "The ledger of a past day comes from the journal, and of
     CHECK(early.exit_code == 7);
     CHECK(early.has("the journal of movements begins on 20"));
     CHECK(shell.vantlo("ledger --as-of March").exit_code == 2);
-    CHECK(shell.vantlo("ledger --as-of 2024 --as-picture a.svg").exit_code == 2);
-    CHECK(shell.vantlo("ledger --goods 'G*' --as-picture a.svg").exit_code == 5);
     shell.vantlo("init --no-journal --db other.db");
     CHECK(shell.vantlo("--db other.db ledger --as-of 2024").exit_code == 7);
     CHECK(shell.vantlo("--db other.db ledger --as-of 2099").exit_code == 0);

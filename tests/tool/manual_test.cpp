@@ -17,7 +17,7 @@ TEST_CASE("The manual page is right for groff and holds every command, in both l
         CHECK_MESSAGE(warnings.output.empty(), warnings.output);
         const Finished page = shell.run(print + " | groff -K utf8 -man -Tutf8 -P -cbou");
         for (const std::string shown : {"vantlo save FILE", "vantlo bill KIND ID", "vantlo explain MEMBER", "--dry-run",
-                                        "--format FORMAT", "vantlo ledger --as-picture stock.svg", "VANTLO_PASSWORD"}) {
+                                        "--format FORMAT", "vantlo page FILE", "VANTLO_PASSWORD"}) {
             CHECK_MESSAGE(page.has(shown), shown);
         }
         CHECK(page.has(language == "en" ? "EXIT STATUS" : "退出码"));

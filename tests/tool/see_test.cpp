@@ -152,44 +152,6 @@ TEST_CASE_FIXTURE(Shop, "A bill is shown with the rows that it moves, and nothin
     CHECK(shell.vantlo("bill gift B1").exit_code == 2);
 }
 
-TEST_CASE_FIXTURE(Shop, "The picture holds every warehouse and day, as a drawing and as a page") {
-    CHECK(shell.vantlo("ledger --as-picture stock.svg").exit_code == 0);
-    const std::string drawing = file("stock.svg");
-    CHECK(drawing.starts_with("<svg xmlns="));
-    CHECK(drawing.ends_with("</svg>\n"));
-    for (const std::string shown : {"W1 主仓库: −1.5", "W2: 3", "2024-03-05 Received 5.5", "2024-03-07 Issued 4"}) {
-        CHECK_MESSAGE(drawing.find(shown) != std::string::npos, shown);
-    }
-    CHECK(shell.vantlo("--lang zh ledger --as-picture stock.html").exit_code == 0);
-    const std::string page = file("stock.html");
-    CHECK(page.starts_with("<!doctype html>"));
-    CHECK(page.find("<svg") != std::string::npos);
-    CHECK(page.find("<td>W1 主仓库</td><td class=\"number\">−1.5</td>") != std::string::npos);
-    CHECK(shell.vantlo("ledger --warehouse W9 --as-picture none.svg").exit_code == 0);
-    CHECK(file("none.svg").ends_with("</svg>\n"));
-    CHECK(shell.vantlo("ledger --as-picture no/such/folder.svg").exit_code == 9);
-    CHECK(shell.vantlo("ledger --as-picture stock.svg --format csv").exit_code == 2);
-}
-
-TEST_CASE_FIXTURE(Shop, "A picture is written whole or not at all, and over nothing but a picture") {
-    const std::string database = file("vantlo.db");
-    CHECK(shell.vantlo("ledger --as-picture vantlo.db").exit_code == 2);
-    shell.run("ln -s vantlo.db linked.svg");
-    CHECK(shell.vantlo("ledger --as-picture linked.svg").exit_code == 5);
-    shell.file("notes.html", "my notes");
-    CHECK(shell.vantlo("ledger --as-picture notes.html").has("notes.html is there and is no such picture"));
-    CHECK(file("notes.html") == "my notes");
-    CHECK(file("vantlo.db") == database);
-
-    CHECK(shell.vantlo("ledger --as-picture stock.svg").exit_code == 0);
-    const std::string picture = file("stock.svg");
-    CHECK(shell.vantlo("ledger --as-picture stock.svg --warehouse W1").exit_code == 0);
-    CHECK(file("stock.svg") != picture);
-    shell.file("empty.svg", "");
-    CHECK(shell.vantlo("ledger --as-picture empty.svg").exit_code == 0);
-    CHECK(!shell.run("ls").has(".new"));
-}
-
 TEST_CASE("vantlo explain tells each member's parameters, moves and callers") {
     const Shell shell;
     const Finished list = shell.vantlo("explain");

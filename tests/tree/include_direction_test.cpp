@@ -97,6 +97,7 @@ const std::vector<std::vector<std::string>> levels = {
     {"bookkeeping"},
     {"audit", "import", "reports"},
     {"tool/output"},
+    {"tool/page"},
     {"tool/commands"},
     {"tool"},
     {"examples/library"},

@@ -5,6 +5,7 @@
 #include "reports/stock_card.h"
 #include "tool/commands/command.h"
 #include "tool/commands/list_options.h"
+#include "tool/output/card_text.h"
 #include "tool/output/ledger_table.h"
 
 namespace vantlo {
@@ -25,8 +26,6 @@ constexpr Message card_heading   = {"{}，{}，状态 {}", "{}, {}, status {}"};
 constexpr Message counted_in     = {"（{}）", " ({})"};
 constexpr Message opening_line   = {"期初", "opening"};
 constexpr Message closing_line   = {"期末", "closing"};
-constexpr Message without_bill   = {"！无单据的变动（{}）", "! without a bill ({})"};
-constexpr Message while_off      = {"流水关闭期间的变动", "while the journal was off"};
 constexpr Message no_movements   = {"没有符合条件的变动。", "nothing moved there."};
 // clang-format on
 
@@ -36,18 +35,6 @@ namespace {
 
 constexpr std::string_view opening = "opening";
 constexpr std::string_view closing = "closing";
-
-std::string by_whom(const CardEntry& entry) {
-    const std::string user = to_utf8(entry.user), program = to_utf8(entry.program);
-    return user.empty() || program.empty() ? user + program : user + " " + program;
-}
-
-/// What an entry was, for people.
-std::string account_of(const CardEntry& entry, const CommonOptions& common) {
-    if (!entry.bill_kind.empty()) return kind_for_people(to_utf8(entry.bill_kind), common.language);
-    if (entry.action == u"gap") return common.say(words::while_off);
-    return common.say(words::without_bill, to_utf8(entry.action));
-}
 
 /// The models of a row, as they stand behind its goods.
 std::string goods_of(const LedgerRow& row) {
@@ -80,8 +67,8 @@ Listing listing_of(const StockCard& card, const CommonOptions& common) {
     list.rows.push_back(
         {Null(), text(common.say(words::opening_line)), Null(), Null(), Null(), Null(), card.opening, Null()});
     for (const CardEntry& entry : card.entries) {
-        list.rows.push_back({entry.moved_at, text(account_of(entry, common)), entry.bill_id, entry.line, entry.received,
-                             entry.issued, entry.balance, text(by_whom(entry))});
+        list.rows.push_back({entry.moved_at, text(account_of(entry, common.language)), entry.bill_id, entry.line,
+                             entry.received, entry.issued, entry.balance, text(by_whom(entry))});
     }
     list.rows.push_back({Null(), text(common.say(words::closing_line)), Null(), Null(), card.row.received,
                          card.row.issued, card.closing, Null()});
