@@ -3,10 +3,7 @@
 #include <sqlite3.h>
 
 #include <algorithm>
-#include <array>
 #include <chrono>
-#include <filesystem>
-#include <fstream>
 #include <optional>
 #include <string_view>
 #include <thread>
@@ -14,6 +11,7 @@
 
 #include "ado/native/adapters.h"
 #include "ado/native/statement_text.h"
+#include "ado/sqlite/open_file.h"
 #include "ado/sqlite/prepared_statement.h"
 #include "ado/sqlite/sqlite_failure.h"
 
@@ -66,49 +64,16 @@ int switch_to_wal(sqlite3* database, std::chrono::milliseconds time_limit) {
     }
 }
 
-/// Whether a database file says that it has a write-ahead log.
-/// Source   https://www.sqlite.org/fileformat.html: the read version at offset 19 is 2.
-bool needs_log(const std::string& file) {
-    constexpr std::size_t head_size = 20;
-    std::array<char, head_size> head{};
-    std::ifstream(file, std::ios::binary).read(head.data(), head_size);
-    return head.back() == 2;
-}
-
-/// Whether another connection has the file open, or has left its log behind.
-bool is_open_elsewhere(const std::string& file) {
-    std::error_code ignored;
-    return std::filesystem::exists(file + "-wal", ignored) || std::filesystem::exists(file + "-shm", ignored);
-}
-
-/// The file as a URI by which the engine takes it for one that nobody changes: no log and no locks.
-std::string immutable_name(const std::string& file) {
-    std::string name = "file:";
-    for (const char character : std::filesystem::absolute(file).string()) {
-        if (character == '%' || character == '?' || character == '#') {
-            constexpr std::string_view digits = "0123456789ABCDEF";
-            const auto byte = static_cast<unsigned char>(character);
-            name += {'%', digits[byte / 16], digits[byte % 16]};
-        } else {
-            name += character;
-        }
-    }
-    return name + "?immutable=1";
-}
-
 }  // namespace
-
-void SqliteConnection::Closer::operator()(sqlite3* database) const noexcept { sqlite3_close(database); }
 
 SqliteConnection::SqliteConnection(const std::string& file, const SqliteOptions& options)
     : is_for_reading_(options.is_for_reading) {
     // The engine would take an empty name for a temporary database and forget all of it at the end.
     if (file.empty()) throw Failure(error::bad_argument, "the name of the database file is empty");
 
-    if (is_for_reading_)
-        open_for_reading(file);
-    else
-        open(file, file, SQLITE_OPEN_READWRITE | (options.may_create ? SQLITE_OPEN_CREATE : 0));
+    database_ = is_for_reading_
+                    ? open_file_for_reading(file)
+                    : open_file(file, SQLITE_OPEN_READWRITE | (options.may_create ? SQLITE_OPEN_CREATE : 0));
     sqlite3* const database = database_.get();
     sqlite3_busy_timeout(database, static_cast<int>(options.busy_time_out.count()));
     // Otherwise a misspelt name in double quotes counts as a text.
@@ -122,29 +87,6 @@ SqliteConnection::SqliteConnection(const std::string& file, const SqliteOptions&
         run_script("pragma synchronous = full");
     }
     if (options.parameterizes_literals) statement_cache_.emplace(database);
-}
-
-void SqliteConnection::open(const std::string& name, const std::string& file, int flags) {
-    sqlite3* database = nullptr;
-    const int result =
-        sqlite3_open_v2(name.c_str(), &database, flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, nullptr);
-    database_.reset(database);
-    if (result != SQLITE_OK) throw sqlite_failure(database, "opening " + file);
-}
-
-void SqliteConnection::open_for_reading(const std::string& file) {
-    open(file, file, SQLITE_OPEN_READWRITE);  // which for a file without the right to write is for reading, too
-    const bool may_write = sqlite3_db_readonly(database_.get(), "main") == 0;
-    if (may_write || !needs_log(file) || is_open_elsewhere(file)) {
-        const int result =
-            sqlite3_exec(database_.get(), "select count(*) from sqlite_schema", nullptr, nullptr, nullptr);
-        const int code = result & 0xFF;
-        if (code != SQLITE_CANTOPEN && code != SQLITE_READONLY) return;
-        if (is_open_elsewhere(file))
-            throw sqlite_failure(database_.get(), "reading " + file + ", whose log " + file +
-                                                      "-wal cannot be read without the right to write it");
-    }
-    open(immutable_name(file), file, SQLITE_OPEN_READONLY | SQLITE_OPEN_URI);
 }
 
 ResultTable SqliteConnection::run(TextView statement) {

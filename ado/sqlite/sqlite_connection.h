@@ -1,14 +1,12 @@
 #pragma once
 
 #include <chrono>
-#include <memory>
 #include <optional>
 #include <string>
 
 #include "ado/native/native_connection.h"
+#include "ado/sqlite/sqlite_handle.h"
 #include "ado/sqlite/statement_cache.h"
-
-struct sqlite3;
 
 namespace vantlo {
 
@@ -62,16 +60,9 @@ public:
     [[nodiscard]] std::string engine() const override;
 
 private:
-    struct Closer {
-        void operator()(sqlite3* database) const noexcept;
-    };
-
     ~SqliteConnection() override = default;
 
-    void open(const std::string& name, const std::string& file, int flags);
-    void open_for_reading(const std::string& file);
-
-    std::unique_ptr<sqlite3, Closer> database_;
+    SqliteHandle database_;
     bool is_for_reading_;
     std::optional<StatementCache> statement_cache_;  // after the database: it ends first
 };

@@ -61,10 +61,25 @@ TEST_CASE_FIXTURE(ReadOnlyShop, "A database that may not be written is read by e
     CHECK_MESSAGE(bill.has("W1 G1, status 0        +24       0      +24\n"), bill.output);
     CHECK(read("bill stock-in B9").exit_code == 8);
     CHECK(read("journal status").exit_code == 0);
+    for (const char* const command : {"bills", "card G1", "report --by goods", "repair", "repair --list"}) {
+        const Finished finished = read(command);
+        CHECK_MESSAGE(finished.exit_code == 0, command, ": ", finished.output);
+    }
     CHECK(read("save more.json").exit_code == 4);
+    CHECK(read("repair --apply --yes").exit_code == 4);
     CHECK(database() == before);
     CHECK(!shell.run("ls").has("-wal"));
     CHECK(!shell.run("ls").has("-shm"));
+}
+
+TEST_CASE_FIXTURE(ReadOnlyShop, "A database that may not be written is backed up into a folder that may") {
+    const Shell elsewhere;
+    REQUIRE(elsewhere.run("chmod 777 .").exit_code == 0);
+    const Finished backup = read("backup " + elsewhere.path("copy.db"));
+    CHECK_MESSAGE(backup.exit_code == 0, backup.output);
+    CHECK(shell.vantlo("--db " + elsewhere.path("copy.db") + " ledger").has(" 24"));
+    CHECK(!shell.run("ls").has("-wal"));
+    CHECK(read("backup copy.db").exit_code == 9);
 }
 
 TEST_CASE_FIXTURE(ReadOnlyShop, "A dry run on a database that may not be written goes on in memory") {

@@ -65,12 +65,16 @@ ExitCode back_up(const CommonOptions& common, const Wanted& wanted) {
     // Before the work; move_into_place looks again.
     if (!wanted.replaces && std::filesystem::exists(wanted.file, ignored)) return refuse(words::is_taken, wanted.file);
     const std::string beside = name_beside(wanted.file);
+    const auto cannot_write = [&] {
+        return TaskError(Reason::cannot_write, common.say(words::not_written, wanted.file));
+    };
+    if (!std::ofstream(beside)) throw cannot_write();
     try {
         copy_sqlite_database(source, beside);
         switch (move_into_place(beside, wanted.file, sqlite_beginning, wanted.replaces)) {
             case Replaced::done: std::cerr << common.say(words::backed_up, wanted.file) << '\n'; return ExitCode::done;
             case Replaced::not_written:
-                throw TaskError(Reason::cannot_write, common.say(words::not_written, wanted.file));
+                throw cannot_write();
             case Replaced::is_something_else: break;
         }
     } catch (...) {

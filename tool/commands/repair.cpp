@@ -193,7 +193,7 @@ bool can_repair(NativeConnection& database, const CommonOptions& common) {
 }
 
 ExitCode list_repairs(const CommonOptions& common) {
-    const auto database = common.connect()();
+    const auto database = common.read();
     const std::vector<LedgerCondition> conditions = ledger_conditions(*database);
     if (!has_repair_journal(*database, conditions, common)) {
         std::cerr << report_of(conditions, common.language);
@@ -246,7 +246,7 @@ ExitCode undo_repair(const CommonOptions& common, std::int64_t number, bool says
 }
 
 ExitCode repair_ledger(const CommonOptions& common, const RepairOptions& options, bool says_yes) {
-    const auto database = common.connect()();
+    const auto database = options.applies ? common.connect()() : common.read();
     if (options.applies) {
         if (!can_repair(*database, common)) return ExitCode::refused;
     } else {
