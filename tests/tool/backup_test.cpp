@@ -77,7 +77,7 @@ TEST_CASE("A copy is written over nothing that is there, unless it is a database
     CHECK(shell.vantlo("backup --replace vantlo.db").has("vantlo.db is the database itself"));
     CHECK(shell.vantlo("backup --replace copy.db").exit_code == 0);
     CHECK(shell.vantlo("--db copy.db ledger").has("G1"));
-    CHECK(shell.vantlo("backup no/such/folder.db").exit_code == 4);
+    CHECK(shell.vantlo("backup no/such/folder.db").exit_code == 9);
     CHECK(shell.vantlo("--db none.db backup other.db").exit_code == 4);
     CHECK(!shell.run("ls -A").has(".new"));
     CHECK(shell.run("ls -A").output.find("other.db") == std::string::npos);

@@ -12,6 +12,8 @@ namespace vantlo {
 namespace words {
 
 // clang-format off
+constexpr Message import_lost    = {"{} {} 此前已导入，但单据已不在数据库中", "{} {} was imported before, but is no longer stored"};
+constexpr Message imported_otherwise = {"{} {} 此前已导入，但内容不同", "{} {} was imported before with other content"};
 constexpr Message strict_option  = {"对通常只警告的情况一律拒绝：不明的商品、仓库和单位，不大于 0 的换算率，折合后为 0 的数量",
                                     "Refuse what would only be warned of: unknown goods, warehouses and units, factors of 0 or below, quantities that come to 0"};
 constexpr Message unknown_goods  = {"{} 种商品不在商品表中：{}", "goods that are not in the table of goods ({}): {}"};
@@ -71,6 +73,38 @@ std::shared_ptr<FileCheckOptions> add_file_check_options(CLI::App& command, cons
     command.add_flag("--strict", options->is_strict, common.say(words::strict_option));
     command.add_flag("--yes", options->says_yes, common.say(words::yes_option));
     return options;
+}
+
+void tell_state(ShopReader& reader, const Bill& bill, BillState state) {
+    const auto index = static_cast<std::size_t>(&bill - reader.shop().bills.data());
+    const auto tell = [&](const Message& wording) {
+        const ShopReader::Origin& origin = reader.bill_origins()[index];
+        reader.errors().add(*origin.source, origin.offset, wording, bill.kind->name, to_utf8(bill.id),
+                            to_utf8(bill.kind->header->name));
+    };
+    switch (state) {
+        case BillState::absent:
+        case BillState::imported:
+        case BillState::stored: break;
+        case BillState::imported_otherwise: tell(words::imported_otherwise); break;
+        case BillState::stored_otherwise: tell(words::stored_otherwise); break;
+        case BillState::other_kind: tell(words::id_taken); break;
+        case BillState::lost: tell(words::import_lost); break;
+    }
+}
+
+std::optional<std::vector<BillState>> stored_meanwhile(std::span<const Bill* const> bills,
+                                                       const CommonOptions& common) {
+    if (common.dry_run) return std::nullopt;
+    std::vector<Bill> sought;
+    for (const Bill* const bill : bills) sought.push_back(*bill);
+    try {
+        std::vector<BillState> states = states_of(*common.read(), sought);
+        const auto absent = static_cast<std::size_t>(std::ranges::count(states, BillState::absent));
+        return absent == states.size() ? std::nullopt : std::optional(std::move(states));
+    } catch (const Failure&) {
+        return std::nullopt;  // the database is what failed
+    }
 }
 
 void check_names(NativeConnection& database, std::span<const MasterRow> master, std::span<const Bill* const> bills,

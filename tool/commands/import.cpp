@@ -19,16 +19,14 @@ constexpr Message import_example = {"导入商品、单位和单据", "Import go
 constexpr Message import_gb_example = {"导入电子表格以 GB18030 编码保存的单据", "Import bills that a spreadsheet has written in GB18030"};
 constexpr Message encoding_option = {"文件的编码：utf-8 或 gb18030", "Encoding of the files: utf-8 or gb18030"};
 constexpr Message table_option   = {"CSV 文件的行是什么（文件不以此命名时）：warehouses、goods 或 units", "What the rows of a CSV file are that is not named after it: warehouses, goods or units"};
-constexpr Message would_import   = {"将导入 {} 行基础资料和 {} 张单据，共 {} 行；另有 {} 张单据此前已导入；未写入任何数据。",
-                                           "Would import {:row|rows} of master data and {:bill|bills} with {:line|lines}; {:bill was|bills were} imported before. Nothing was written."};
-constexpr Message imported       = {"已导入 {} 行基础资料和 {} 张单据，共 {} 行；另有 {} 张单据此前已导入。",
-                                           "Imported {:row|rows} of master data and {:bill|bills} with {:line|lines}; {:bill was|bills were} imported before."};
+constexpr Message would_import   = {"将导入 {} 行基础资料和 {} 张单据，共 {} 行；另有 {} 张单据已保存过；未写入任何数据。",
+                                           "Would import {:row|rows} of master data and {:bill|bills} with {:line|lines}; {:bill was|bills were} there already. Nothing was written."};
+constexpr Message imported       = {"已导入 {} 行基础资料和 {} 张单据，共 {} 行；另有 {} 张单据已保存过。",
+                                           "Imported {:row|rows} of master data and {:bill|bills} with {:line|lines}; {:bill was|bills were} there already."};
 constexpr Message import_interrupted = {"已中断：已导入 {} 张单据，共 {} 行，还剩 {} 张；正在处理的已回滚。再次运行同一命令即可继续。",
                                            "Interrupted: imported {:bill|bills} with {:line|lines}, {:is|are} left, and what was begun is rolled back. The same command goes on from there."};
 constexpr Message import_stopped = {"已导入 {} 张单据，共 {} 行，还剩 {} 张。改正后再次运行同一命令即可继续。",
                                            "Imported {:bill|bills} with {:line|lines}, {:is|are} left. Once this is put right, the same command goes on from there."};
-constexpr Message imported_otherwise = {"{} {} 此前已导入，但内容不同", "{} {} was imported before with other content"};
-constexpr Message stored_otherwise = {"{} {}：已有此编号的单据，且不是由导入保存的", "{} {}: a bill with this id is stored already, and not by an import"};
 // clang-format on
 
 }  // namespace words
@@ -43,28 +41,15 @@ struct ImportOptions {
     FileOptions files;
 };
 
-/// The bills that are not imported yet.
+/// The bills that are not stored yet.
 /// Errors   bills that the database knows otherwise are told.
 std::vector<const Bill*> bills_to_import(NativeConnection& database, ShopReader& reader) {
     const std::vector<Bill>& bills = reader.shop().bills;
     const std::vector<BillState> states = states_of(database, bills);
     std::vector<const Bill*> absent;
     for (std::size_t index = 0; index < bills.size(); ++index) {
-        const Bill& bill = bills[index];
-        const auto tell = [&](const Message& wording) {
-            const ShopReader::Origin& origin = reader.bill_origins()[index];
-            reader.errors().add(*origin.source, origin.offset, wording, bill.kind->name, to_utf8(bill.id),
-                                to_utf8(bill.kind->header->name));
-        };
-        switch (states[index]) {
-            case BillState::absent: absent.push_back(&bill); break;
-            case BillState::imported: break;
-            case BillState::imported_otherwise: tell(words::imported_otherwise); break;
-            case BillState::other_kind: tell(words::id_taken); break;
-            case BillState::stored:
-            case BillState::stored_otherwise: tell(words::stored_otherwise); break;
-            case BillState::lost: tell(words::import_lost); break;
-        }
+        if (states[index] == BillState::absent) absent.push_back(&bills[index]);
+        tell_state(reader, bills[index], states[index]);
     }
     return absent;
 }
@@ -87,12 +72,13 @@ std::size_t lines_of(std::span<const Bill* const> bills) {
 /// Posts what the files hold, and knows how far it has come.
 class Import {
 public:
-    Import(const CommonOptions& common, const ShopFile& shop, std::span<const Bill* const> bills)
+    Import(const CommonOptions& common, ShopReader& reader, std::span<const Bill* const> bills)
         : common_(common),
-          shop_(shop),
+          reader_(reader),
+          shop_(reader.shop()),
           bills_(bills),
           bookkeeping_(common.bookkeeping(bills)),
-          progress_(shop.master.size() + lines_of(bills), common.language) {}
+          progress_(shop_.master.size() + lines_of(bills), common.language) {}
 
     /// Errors   those of Bookkeeping, with what was imported before.
     void run() {
@@ -108,7 +94,8 @@ public:
 
     [[nodiscard]] std::string summary() const {
         return common_.say(common_.dry_run ? words::would_import : words::imported, Count(shop_.master.size()),
-                           Count(done_bills_), Count(done_lines_), Count(shop_.bills.size() - bills_.size()));
+                           Count(done_bills_), Count(done_lines_),
+                           Count(shop_.bills.size() - bills_.size() + passed_over_));
     }
 
 private:
@@ -124,33 +111,63 @@ private:
     void import_bills() {
         for (std::span<const Bill* const> left = bills_; !left.empty();) {
             const auto batch = common_.dry_run ? left.first(1) : next_batch(left);
-            bookkeeping_.import(batch);
+            import_batch(batch);
             left = left.subspan(batch.size());
+            progress_.show(shop_.master.size() + lines_of(bills_) - lines_of(left));
+        }
+    }
+
+    /// Imports the bills in one transaction, without those that another host stores meanwhile.
+    void import_batch(std::span<const Bill* const> batch) {
+        std::vector<const Bill*> absent;
+        try {
+            bookkeeping_.import(batch);
             done_bills_ += batch.size();
             done_lines_ += lines_of(batch);
-            progress_.show(shop_.master.size() + done_lines_);
+            return;
+        } catch (const TaskError& error) {
+            if (error.reason() == Reason::interrupted || !leaves_some_out(batch, absent)) throw;
+        } catch (const Failure&) {
+            if (!leaves_some_out(batch, absent)) throw;
         }
+        passed_over_ += batch.size() - absent.size();
+        if (!absent.empty()) import_batch(absent);
+    }
+
+    /// Leaves out what another host has stored meanwhile; `absent` is the rest.
+    /// Returns  false if nothing is left out. Errors: TaskError, where a bill is stored with other content.
+    bool leaves_some_out(std::span<const Bill* const> batch, std::vector<const Bill*>& absent) {
+        const auto states = stored_meanwhile(batch, common_);
+        if (!states) return false;
+        for (std::size_t i = 0; i < batch.size(); ++i) {
+            if ((*states)[i] == BillState::absent) absent.push_back(batch[i]);
+            tell_state(reader_, *batch[i], (*states)[i]);
+        }
+        reader_.errors().raise();
+        return true;
     }
 
     [[nodiscard]] std::string interruption() const {
         if (common_.dry_run) return common_.say(words::interrupted_rehearsal);
         return common_.say(words::import_interrupted, Count(done_bills_), Count(done_lines_),
-                           Count(bills_.size() - done_bills_));
+                           Count(bills_.size() - done_bills_ - passed_over_));
     }
 
     [[nodiscard]] std::string stop(const std::exception& failure) const {
         if (common_.dry_run) return failure.what();
         return failure.what() + ("\n" + common_.say(words::import_stopped, Count(done_bills_), Count(done_lines_),
-                                                    Count(bills_.size() - done_bills_)));
+                                                    Count(bills_.size() - done_bills_ - passed_over_)));
     }
 
     const CommonOptions& common_;
+    ShopReader& reader_;
     const ShopFile& shop_;
     std::span<const Bill* const> bills_;
     Bookkeeping bookkeeping_;
     ProgressBar progress_;
     std::size_t done_bills_ = 0;
     std::size_t done_lines_ = 0;
+    std::size_t passed_over_ = 0;  ///< stored by another host since it was looked
 };
 
 ExitCode import(const CommonOptions& common, const ImportOptions& options, const FileCheckOptions& checks) {
@@ -169,7 +186,7 @@ ExitCode import(const CommonOptions& common, const ImportOptions& options, const
 
     std::string summary;
     {
-        Import import(common, reader.shop(), bills);  // its progress bar goes before anything else is written
+        Import import(common, reader, bills);  // its progress bar goes before anything else is written
         import.run();
         summary = import.summary();
     }

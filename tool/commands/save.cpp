@@ -21,7 +21,6 @@ constexpr Message save_files     = {"含基础资料和单据的 JSON 文件", "
 constexpr Message save_example   = {"保存文件中的单据，每张单据一个事务", "Save the bills of a file, each in a transaction of its own"};
 constexpr Message save_sql_example = {"同时显示发出的每条语句", "Show every statement beside it"};
 constexpr Message save_dry_example = {"只显示会发生什么", "Show what would happen"};
-constexpr Message stored_otherwise = {"{} {}：已有此单据，但内容不同", "{} {} is stored already, with other content"};
 constexpr Message saved          = {"已保存 {} 张单据，共 {} 行。", "Saved {:bill|bills} with {:line|lines}."};
 constexpr Message interrupted_at = {"已中断：已保存 {} 张单据，共 {} 行；{} {} 已回滚，其后的单据未处理。再次运行同一命令即可继续。",
                                            "Interrupted: saved {:bill|bills} with {:line|lines}; {} {} was rolled back, and none after it begun. The same command goes on from there."};
@@ -37,6 +36,7 @@ namespace {
 struct Saved {
     std::size_t bills = 0;
     std::size_t lines = 0;
+    std::size_t passed_over = 0;  ///< stored already
 };
 
 /// One file, and those of its bills that are not stored yet.
@@ -56,46 +56,53 @@ std::size_t choose_bills(NativeConnection& database, FileToSave& file, std::map<
     std::size_t passed_over = 0;
     for (std::size_t index = 0; index < bills.size(); ++index) {
         const Bill& bill = bills[index];
-        const auto tell = [&](const Message& wording) {
-            const ShopReader::Origin& origin = file.reader.bill_origins()[index];
-            file.reader.errors().add(*origin.source, origin.offset, wording, bill.kind->name, to_utf8(bill.id),
-                                     to_utf8(bill.kind->header->name));
-        };
         const std::string key = to_utf8(bill.kind->header->name) + "\n" + to_utf8(bill.id);
         const auto [before, is_first] = chosen.try_emplace(key, &bill);
         if (!is_first) {  // of another file of this call
             if (before->second->kind != bill.kind)
-                tell(words::id_taken);
+                tell_state(file.reader, bill, BillState::other_kind);
             else if (!is_stored_as(*before->second, bill))
-                tell(words::stored_otherwise);
+                tell_state(file.reader, bill, BillState::stored_otherwise);
             else
                 ++passed_over;
             continue;
         }
-        switch (states[index]) {
-            case BillState::absent: file.bills.push_back(&bill); break;
-            case BillState::imported:
-            case BillState::stored: ++passed_over; break;
-            case BillState::imported_otherwise:
-            case BillState::stored_otherwise: tell(words::stored_otherwise); break;
-            case BillState::other_kind: tell(words::id_taken); break;
-            case BillState::lost: tell(words::import_lost); break;
-        }
+        if (states[index] == BillState::absent) file.bills.push_back(&bill);
+        if (states[index] == BillState::imported || states[index] == BillState::stored) ++passed_over;
+        tell_state(file.reader, bill, states[index]);
     }
     return passed_over;
 }
 
-void save_bill(Bookkeeping& bookkeeping, const Bill& bill, Saved& saved, const CommonOptions& common) {
+/// Whether another host has saved the bill meanwhile. Errors: TaskError, if with other content.
+bool is_stored_meanwhile(FileToSave& file, const Bill& bill, const CommonOptions& common) {
+    const Bill* const bills[] = {&bill};
+    const auto states = stored_meanwhile(bills, common);
+    if (!states) return false;
+    tell_state(file.reader, bill, states->front());
+    file.reader.errors().raise();
+    return true;
+}
+
+/// Saves a bill, or passes it over where another host has done so.
+void save_bill(Bookkeeping& bookkeeping, FileToSave& file, const Bill& bill, Saved& saved,
+               const CommonOptions& common) {
     try {
         bookkeeping.save(bill);
+        ++saved.bills;
+        saved.lines += bill.lines.size();
+        return;
     } catch (const TaskError& error) {
-        if (error.reason() != Reason::interrupted) throw;
-        if (common.dry_run) throw TaskError(Reason::interrupted, common.say(words::interrupted_rehearsal));
-        throw TaskError(Reason::interrupted, common.say(words::interrupted_at, Count(saved.bills), Count(saved.lines),
-                                                        bill.kind->name, to_utf8(bill.id)));
+        if (error.reason() == Reason::interrupted) {
+            if (common.dry_run) throw TaskError(Reason::interrupted, common.say(words::interrupted_rehearsal));
+            throw TaskError(Reason::interrupted, common.say(words::interrupted_at, Count(saved.bills),
+                                                            Count(saved.lines), bill.kind->name, to_utf8(bill.id)));
+        }
+        if (!is_stored_meanwhile(file, bill, common)) throw;
+    } catch (const Failure&) {
+        if (!is_stored_meanwhile(file, bill, common)) throw;
     }
-    ++saved.bills;
-    saved.lines += bill.lines.size();
+    ++saved.passed_over;
 }
 
 ExitCode save(const CommonOptions& common, const std::vector<std::string>& paths, const FileCheckOptions& options) {
@@ -105,14 +112,14 @@ ExitCode save(const CommonOptions& common, const std::vector<std::string>& paths
         file.reader.read(path);
         file.reader.errors().raise();
     }
-    std::size_t passed_over = 0;
+    Saved saved;
     std::vector<const Bill*> bills;
     {
         const auto database = common.read();
         std::map<std::string, const Bill*> chosen;
         std::vector<MasterRow> master;
         for (FileToSave& file : files) {
-            passed_over += choose_bills(*database, file, chosen);
+            saved.passed_over += choose_bills(*database, file, chosen);
             file.reader.errors().raise();
             std::ranges::copy(file.reader.shop().master, std::back_inserter(master));
             std::ranges::copy(file.bills, std::back_inserter(bills));
@@ -121,16 +128,15 @@ ExitCode save(const CommonOptions& common, const std::vector<std::string>& paths
         if (const auto exit_code = master_not_confirmed(*database, master, options, common)) return *exit_code;
     }
     Bookkeeping bookkeeping = common.bookkeeping(bills);
-    Saved saved;
     const auto report = [&](const Message& wording) {
         std::cerr << common.say(wording, Count(saved.bills), Count(saved.lines))
-                  << (passed_over == 0 ? "" : common.say(words::passed_over, Count(passed_over))) << '\n';
+                  << (saved.passed_over == 0 ? "" : common.say(words::passed_over, Count(saved.passed_over))) << '\n';
     };
     try {
         for (FileToSave& file : files) {
             const std::vector<MasterRow>& master = file.reader.shop().master;
             if (!master.empty()) bookkeeping.save_master(master);
-            for (const Bill* const bill : file.bills) save_bill(bookkeeping, *bill, saved, common);
+            for (const Bill* const bill : file.bills) save_bill(bookkeeping, file, *bill, saved, common);
         }
     } catch (...) {
         if (!common.dry_run && !is_interrupted()) report(words::saved);
