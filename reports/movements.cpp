@@ -42,6 +42,12 @@ std::optional<Movement> movement_from(NativeConnection& database, std::int64_t n
     return find_movement(database, u"min", u" where MovementNo>=" + number_text_of(number));
 }
 
+std::int64_t count_from(NativeConnection& database, std::int64_t number) {
+    const RecordsetVariable rows = database.execute(
+        u"select count(*) as Movements from StockMovement where MovementNo>=" + number_text_of(number));
+    return number_of(rows->field(u"Movements"));
+}
+
 std::tm broken_down(Date date) {
     const DateParts parts = parts_of(date);
     std::tm time{};
@@ -119,8 +125,15 @@ Date local_now() {
 
 NewestMovements newest_movements(NativeConnection& database, std::int64_t most) {
     const MovementNumbers numbers = movement_numbers(database);
-    const std::int64_t from = numbers.last - most + 1;
-    if (from <= numbers.first) return {};
+    if (count_from(database, numbers.first) <= most) return {};
+    std::int64_t too_early = numbers.first;
+    std::int64_t from = numbers.last + 1;
+    while (from - too_early > 1) {
+        const std::int64_t middle = too_early + (from - too_early) / 2;
+        const std::int64_t count = count_from(database, middle);
+        (count > most ? too_early : from) = middle;
+        if (count <= most && count >= most - most / 10) break;
+    }
     const std::optional<Movement> first = movement_from(database, std::min(from, numbers.last));
     return {from, local_time(database.dialect(), first->clock)};
 }

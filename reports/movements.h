@@ -28,7 +28,7 @@ struct NewestMovements {
     std::optional<Date> begins;  ///< its local time, where there are earlier ones; nothing if these are all
 };
 
-/// The newest movements, `most` at most; fewer where the engine left out numbers.
+/// The newest movements, `most` at most and hardly fewer: numbers need not follow each other, so the first is found by halving.
 /// Errors   Failure, if there is no journal of movements.
 NewestMovements newest_movements(NativeConnection& database, std::int64_t most);
 

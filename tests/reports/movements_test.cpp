@@ -65,6 +65,28 @@ TEST_CASE_FIXTURE(KnownJournal,
     CHECK(read_cards(connection(), wanted).size() == 1);
 }
 
+TEST_CASE_FIXTURE(KnownJournal,
+                  "The newest movements are as many as wanted, and what was before them is opening stock") {
+    const std::vector<StockCard> whole = read_cards(connection(), {});
+    for (std::int64_t most = 0; most <= 7; ++most) {
+        CAPTURE(most);
+        const NewestMovements newest = newest_movements(connection(), most);
+        CHECK(newest.begins.has_value() == (most < 6));
+        CardsWanted wanted;
+        wanted.from = newest.from;
+        const std::vector<StockCard> cards = read_cards(connection(), wanted);
+        REQUIRE(cards.size() == whole.size());
+        std::size_t movements = 0;
+        for (std::size_t i = 0; i < cards.size(); ++i) {
+            movements += cards[i].entries.size();
+            CHECK(cards[i].closing == whole[i].closing);
+        }
+        CHECK(movements == static_cast<std::size_t>(std::min<std::int64_t>(most, 6)));
+    }
+    CHECK(to_utf8(format_date_time(*newest_movements(connection(), 5).begins)) ==
+          to_utf8(format_date_time(whole[0].entries[1].moved_at)));
+}
+
 TEST_CASE("Entries by which a journal begins are opening stock, not receipts") {
     std::unique_ptr<TestDatabase> database = make_test_database();
     database->clear();

@@ -135,8 +135,10 @@
   const rows = data.ledger;
   rows.forEach((row, number) => row.push(number));
 
-  const named = (id, name) => '<span class="id">' + escaped(strings[id]) + "</span>" +
-    (name ? " " + escaped(strings[name]) : "");
+  // An id is not broken at the end of a line, unless it is a long one.
+  const id = (string, classes = "") => '<span class="' + classes + (strings[string].length <= 24 ? " short" : "") + '">' +
+    escaped(strings[string]) + "</span>";
+  const named = (string, name) => id(string, "id") + (name ? " " + escaped(strings[name]) : "");
   const linked = (number, html) => (data.cards[number] ? '<a href="#card-' + number + '">' + html + "</a>" : html);
   const plain = (place) => (row) => escaped(strings[row[place]]);
 
@@ -399,9 +401,9 @@
     byId("card-figures").innerHTML = figure(words.on_hand + (unit ? " (" + unit + ")" : ""), grouped(closing), balance < 0n) +
       figure(words.opening, grouped(opening)) + figure(words.movements, grouped(entries.length));
     const columns = ((received, issued, balances) => [
-      { className: "time", data: ({ entry }, use) => (use === "display" ? timeText(entry[AT]) : use === "sort" ? entry[AT] : "") },
+      { className: "time", data: ({ entry }, use) => (use === "display" ? timeText(entry[AT]).replace(/\S+/g, '<span class="short">$&</span>') : use === "sort" ? entry[AT] : "") },
       { data: ({ entry }, use) => (use === "display" ? escaped(strings[entry[ENTRY]]) : use === "sort" ? placeOf(entry[ENTRY]) : "") },
-      { data: ({ entry }, use) => (use === "display" ? escaped(strings[entry[BILL]]) : use === "sort" ? placeOf(entry[BILL]) : "") },
+      { data: ({ entry }, use) => (use === "display" ? id(entry[BILL]) : use === "sort" ? placeOf(entry[BILL]) : "") },
       { className: "number secondary", data: ({ entry }, use) => (use === "sort" ? Number(entry[LINE]) : use === "display" ? String(entry[LINE] || "") : "") },
       { className: "number", data: ({ entry }, use) => (use === "display" ? entry[IN] === 0 ? "" : received(entry[IN]) : use === "sort" ? Number(entry[IN]) : "") },
       { className: "number", data: ({ entry }, use) => (use === "display" ? entry[OUT] === 0 ? "" : issued(entry[OUT]) : use === "sort" ? Number(entry[OUT]) : "") },

@@ -4,6 +4,7 @@
 #include <map>
 #include <nlohmann/json.hpp>
 #include <set>
+#include <span>
 #include <sstream>
 #include <tuple>
 
@@ -212,8 +213,25 @@ public:
         return html;
     }
 
+    std::string warehouses() const {
+        if (page_.ledger.empty()) return "";
+        const Listing list = group_stock(page_.ledger, {StockGroup::warehouse});
+        std::string html = folded_table("warehouse", "by_warehouse", "warehouse_caption", warehouse_columns);
+        for (const auto& row : list.rows) {
+            const auto cell = [&](std::string_view column) { return row[*list.find(column)]; };
+            html += "<tr><th scope=\"row\">" + named(to_text(cell("warehouse")), to_text(cell("warehouse_name"))) +
+                    "</th><td>" + html_text(cell_text(cell("unit"))) + "</td>" + "<td class=\"number\">" +
+                    cell_text(cell("rows")) + "</td>";
+            for (const std::string_view column : {"received", "issued", "on_hand"})
+                html += quantity_cell(to_currency(cell(column)));
+            html += "</tr>";
+        }
+        return html + "</tbody></table></div></details>";
+    }
+
     std::string journal() const {
         if (!page_.has_journal) return note(word("no_journal"));
+        if (!page_.journal_failure.empty()) return note(words("journal_unread", html_text(page_.journal_failure)));
         if (!page_.journal_begins) return note(word("no_movement"));
         std::string html = note(words("journal_since", time_text(*page_.journal_begins)));
         if (page_.cards_begin) {
@@ -236,13 +254,7 @@ public:
             sums.issued = sum(sums.issued, day.issued);
             sums.closing = day.closing;
         }
-        std::string html = fmt::format(
-            "<details><summary>{}</summary><div class=\"scroll\" role=\"region\" aria-labelledby=\"months-caption\" "
-            "tabindex=\"0\"><table><caption id=\"months-caption\">{}</caption><thead><tr>",
-            word("months_table"), word("months_caption"));
-        html += head("month", "") + head("unit", "");
-        for (const char* const name : {"opening", "received", "issued", "closing"}) html += head(name, "number");
-        html += "</tr></thead><tbody>";
+        std::string html = folded_table("months", "months_table", "months_caption", month_columns);
         for (const auto& [key, month] : months) {
             html += "<tr><th scope=\"row\">" + html_text(key.first) + "</th><td>" + html_text(key.second) + "</td>";
             for (const Currency quantity : {month.opening, month.received, month.issued, month.closing})
@@ -304,9 +316,24 @@ private:
     static constexpr Column attention_columns[] = {
         {"warehouse", ""},       {"goods", ""},         {"model1", ""}, {"model2", "secondary"},
         {"status", "secondary"}, {"on_hand", "number"}, {"unit", ""}};
+    static constexpr Column warehouse_columns[] = {{"warehouse", ""},      {"unit", ""},         {"rows", "number"},
+                                                   {"received", "number"}, {"issued", "number"}, {"on_hand", "number"}};
+    static constexpr Column month_columns[] = {{"month", ""},          {"unit", ""},         {"opening", "number"},
+                                               {"received", "number"}, {"issued", "number"}, {"closing", "number"}};
     static constexpr Column card_columns[] = {
         {"time", "time"},       {"entry", ""},        {"bill", ""},          {"line", "number secondary"},
         {"received", "number"}, {"issued", "number"}, {"balance", "number"}, {"by", "secondary"}};
+
+    /// The beginning of a table that opens when its title is chosen, up to its first row.
+    [[nodiscard]] std::string folded_table(std::string_view id, std::string_view title, std::string_view caption,
+                                           std::span<const Column> columns) const {
+        std::string html = fmt::format(
+            "<details><summary>{}</summary><div class=\"scroll\" role=\"region\" aria-labelledby=\"{}-caption\" "
+            "tabindex=\"0\"><table><caption id=\"{}-caption\">{}</caption><thead><tr>",
+            word(title), id, id, word(caption));
+        for (const auto& [name, classes] : columns) html += head(name, classes);
+        return html + "</tr></thead><tbody>";
+    }
 
     static Currency sum(Currency left, Currency right) {
         return Currency::from_ten_thousandths(left.ten_thousandths() + right.ten_thousandths());
@@ -385,6 +412,7 @@ std::string page_html(const StockPage& page, const std::string& database, const 
                                html_text(database), html_text(page.engine));
         if (name == "figures") return parts.figures();
         if (name == "verification") return parts.verification();
+        if (name == "warehouses") return parts.warehouses();
         if (name == "attention_tables") return parts.attention();
         if (name == "journal") return parts.journal();
         if (name == "months") return parts.months();

@@ -71,6 +71,21 @@ std::string utc_offset() {
     return fmt::format("{}{:02}:{:02}", minutes < 0 ? '-' : '+', std::abs(minutes) / 60, std::abs(minutes) % 60);
 }
 
+/// Fills the page's cards and days, or says why they are not there: an account need not have the right to read them.
+void read_journal(NativeConnection& database, std::int64_t movements, Language language, StockPage& page) {
+    try {
+        page.journal_begins = journal_begins(database);
+        const NewestMovements newest = newest_movements(database, movements);
+        page.cards_begin = newest.begins;
+        CardsWanted wanted;
+        wanted.from = newest.from;
+        page.cards = read_cards(database, wanted);
+        page.days = read_days(database);
+    } catch (const Failure& failure) {
+        page.journal_failure = account_of(failure, language);
+    }
+}
+
 }  // namespace
 
 StockPage read_stock_page(NativeConnection& database, std::int64_t movements, Language language) {
@@ -81,15 +96,7 @@ StockPage read_stock_page(NativeConnection& database, std::int64_t movements, La
     page.made_at = local_now();
     page.utc_offset = utc_offset();
     page.ledger = read_stock(database, {});
-    if (page.has_journal) {
-        page.journal_begins = journal_begins(database);
-        const NewestMovements newest = newest_movements(database, movements);
-        page.cards_begin = newest.begins;
-        CardsWanted wanted;
-        wanted.from = newest.from;
-        page.cards = read_cards(database, wanted);
-        page.days = read_days(database);
-    }
+    if (page.has_journal) read_journal(database, movements, language, page);
     page.bills = count_bills(database);
     page.verdict = ask_verify(database, language);
     return page;

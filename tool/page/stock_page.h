@@ -36,6 +36,7 @@ struct StockPage {
     Verdict verdict;
 
     bool has_journal = false;
+    std::string journal_failure;  ///< why the journal could not be read; empty otherwise
     std::optional<Date> journal_begins;
     std::optional<Date> cards_begin;  ///< the first movement that cards show; earlier ones are left out
     std::vector<StockCard> cards;

@@ -12,7 +12,7 @@ import unittest
 from browser import Browser, BrowserError
 
 PROGRAM = os.environ["VANTLO_PROGRAM"]
-ROOT = pathlib.Path(__file__).resolve().parents[2]
+ROOT = pathlib.Path(__file__).resolve().parents[3]
 
 # What 50 000 rows may take in seconds. Measured: 0.7 to open, 0.1 to sort, 0.06 to search; a busy machine takes longer.
 MOST_TO_OPEN = 4.0
