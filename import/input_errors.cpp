@@ -14,14 +14,12 @@ constexpr Message more_errors    = {"……另有 {} 处错误", "... and {:more
 
 }  // namespace words
 
-std::string InputErrors::where(const SourceText& source, std::size_t offset) {
-    const Place place = source.place(offset);
-    return fmt::format("{}:{}:{}: ", source.file(), place.line, place.column);
-}
+std::string InputErrors::where(const SourceText& source, std::size_t offset) { return source.where(offset) + ": "; }
 
 std::string InputErrors::text() const {
     std::string text = fmt::format("{}", fmt::join(errors_, "\n"));
     if (count_ > errors_.size()) text += "\n" + say(language_, words::more_errors, Count(count_ - errors_.size()));
+    if (!notes_.empty()) text += fmt::format("\n{}", fmt::join(notes_, "\n"));
     return text;
 }
 

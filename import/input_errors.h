@@ -1,5 +1,6 @@
 #pragma once
 
+#include <exception>
 #include <string>
 #include <vector>
 
@@ -31,9 +32,24 @@ public:
         if (errors_.size() < kept) errors_.push_back(place + ": " + say(language_, reason, values...));
     }
 
+    /// Adds an error that is worded already, its place included.
+    void add(const std::exception& worded) {
+        ++count_;
+        if (errors_.size() < kept) errors_.push_back(worded.what());
+    }
+
+    /// Adds what explains the errors of a file as a whole; it is said after them, and is none itself.
+    template <typename... Values>
+    void explain(const std::string& file, const Message& explanation, const Values&... values) {
+        notes_.push_back(file + ": " + say(language_, explanation, values...));
+    }
+
+    /// Whether the next error will be kept as a message.
+    [[nodiscard]] bool keeps_more() const { return errors_.size() < kept; }
+
     [[nodiscard]] bool empty() const { return count_ == 0; }
 
-    /// Shape    a line each, `FILE:LINE:COLUMN: REASON`; then how many more there are, if there are.
+    /// Shape    a line each, `FILE:LINE:COLUMN: REASON`; then how many more there are, if there are; then explanations.
     [[nodiscard]] std::string text() const;
 
     /// Errors   TaskError with Reason::bad_input and the text, if anything is wrong.
@@ -44,6 +60,7 @@ private:
 
     Language language_;
     std::vector<std::string> errors_;
+    std::vector<std::string> notes_;
     std::size_t count_ = 0;
 };
 

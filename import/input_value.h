@@ -9,7 +9,18 @@ namespace vantlo {
 
 /// A value as a file holds it, with where it stands: a JSON value, or the cell of a table.
 struct InputValue {
-    enum class Kind { null, boolean, number, text, list, object, cell };
+    enum class Kind {
+        null,
+        boolean,
+        number,
+        text,
+        list,
+        object,
+        cell,         ///< typed by people: what it is, its field says
+        number_cell,  ///< a number of a sheet, with a point
+        date_cell,    ///< a date of a sheet, as date_from_text reads it
+        error_cell,   ///< an error of a sheet, such as #N/A
+    };
 
     Kind kind = Kind::null;
     std::size_t offset = 0;

@@ -7,17 +7,29 @@
 #include <vector>
 
 #include "bills/field_use.h"
+#include "import/cell_values.h"
 #include "import/column_limits.h"
+#include "import/csv_reader.h"
+#include "import/encoding.h"
 #include "import/input_errors.h"
 #include "import/input_value.h"
 #include "import/shop_file.h"
+#include "import/table_records.h"
+#include "import/workbook.h"
 
 namespace vantlo {
 
-/// What a file itself does not say.
+enum class FileFormat { csv, json, json_lines, workbook };
+
+/// What a user says about a file; what he leaves out its name says, or it is detected.
 struct FileOptions {
-    Encoding encoding = Encoding::utf8;
-    std::string table;  ///< of CSV files with master data; if empty, the file is named after it: `goods.csv`
+    std::optional<FileFormat> format = {};
+    Encoding encoding = Encoding::detect;
+    CsvOptions csv = {};
+    std::string table = {};  ///< of tables with master data; if empty, the file is named after it: `goods.csv`
+    std::string sheet = {};  ///< of a workbook; if empty, those that have bills or are named after a table
+    std::optional<char> decimal = {};  ///< the mark of decimals in tables
+    DateOrder date_order = DateOrder::unknown;
 };
 
 /// Reads files of master data and bills, and checks all that can be known without the database.
@@ -39,6 +51,9 @@ public:
     /// What the files hold; meaningless if there are errors.
     [[nodiscard]] ShopFile& shop() { return shop_; }
 
+    /// What was detected about files, a line each; files of the plain kind, UTF-8 with commas, have none.
+    [[nodiscard]] const std::vector<std::string>& detected() const { return detected_; }
+
     /// Where something stands.
     struct Origin {
         const SourceText* source;
@@ -49,6 +64,18 @@ public:
     [[nodiscard]] const std::vector<Origin>& bill_origins() const { return bill_origins_; }
 
 private:
+    /// Makes the file's text the source; returns false, reported, if the system cannot convert it.
+    bool decode_file(const std::string& path, std::string_view bytes, Encoding said);
+    void explain_faults(std::string_view bytes);
+    void note_detected(const EncodingGuess& guess);
+    void read_text_file(FileFormat format, const FileOptions& options);
+    void read_csv(const FileOptions& options);
+    void read_workbook(const std::string& path, std::string_view bytes, const FileOptions& options);
+    std::vector<const Workbook::Sheet*> sheets_to_read(Workbook& workbook, const std::string& path,
+                                                       const FileOptions& options);
+    void note_sheets(const Workbook& workbook, const std::vector<const Workbook::Sheet*>& chosen);
+    void read_rows(const NextRow& next, const std::string& table);
+    [[nodiscard]] std::string listed(const std::vector<std::string>& names) const;
     void read_document();
     void take_json_line(InputValue& document);
     void take_row(const MasterTable& table, const InputValue& row);
@@ -61,6 +88,9 @@ private:
     void check_needed(const InputValue& object, std::span<const BillColumn> columns);
     void tell_missing(const InputValue& object, std::string_view field);
     Variant read_value(const InputValue& value, const BillColumn& column, const ColumnLimits::Limit& limit);
+    Variant read_date(const InputValue& value, std::string_view field);
+    /// A value that stands for a number, as from_chars reads it; nothing, reported, if it is none.
+    std::optional<std::string> plain_number(const InputValue& value, std::string_view field, const Message& expected);
     Text read_text(const InputValue& value, std::string_view field, const ColumnLimits::Limit& limit);
     Variant read_single(const InputValue& value, std::string_view field);
     Variant read_whole_number(const InputValue& value, std::string_view field, const ColumnLimits::Limit& limit);
@@ -80,6 +110,9 @@ private:
     ShopFile shop_;
     std::vector<Origin> bill_origins_;
     std::vector<std::unique_ptr<const SourceText>> sources_;
+    std::vector<std::string> detected_;
+    std::vector<std::string> detected_here_;                  ///< about the file that is being read
+    CellRules rules_;                                         ///< of its cells
     const SourceText* source_ = nullptr;                      ///< the file that is being read
     std::unordered_map<std::string, Origin> seen_;            ///< keys of rows and bills
     std::unordered_map<std::string, const BillKind*> kinds_;  ///< of the bills, by their keys

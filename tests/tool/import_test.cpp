@@ -6,6 +6,7 @@
 #include <set>
 #include <string>
 
+#include "support/workbook_file.h"
 #include "tests/support/shell.h"
 
 // The sample shop, written in other formats and imported, has the ledger that its own files give.
@@ -143,8 +144,55 @@ TEST_CASE("vantlo import makes the sample shop's ledger from CSV in GB18030") {
                                          "; do iconv -f UTF-8 -t GB18030 \"$file\" >\"$file.gb\" && "
                                          "mv \"$file.gb\" \"$file\" || exit 1; done");
     REQUIRE_MESSAGE(converted.exit_code == 0, converted.output);
-    CHECK(shell.vantlo("import goods.csv").exit_code == 5);
+    const Finished unsaid = shell.vantlo("import --dry-run --encoding utf-8 goods.csv");
+    CHECK(unsaid.exit_code == 5);
+    CHECK(unsaid.has("is no UTF-8; for a file in GB18030, say --encoding gb18030"));
     check_imported(shell, "--encoding gb18030 " + names);
+}
+
+TEST_CASE("vantlo import reads standard input, and is told what it is") {
+    const Shell shell;
+    shell.vantlo("init");
+    shell.file("rows", "id;name\nG1;屏幕\n");
+    const Finished unsaid = shell.run(Shell::program() + " import -" + " <rows");
+    CHECK(unsaid.exit_code == 5);
+    CHECK(unsaid.output == "-: say with --format what standard input is: csv, json, jsonl or xlsx\n");
+    const Finished read = shell.run(Shell::program() + " import --format csv --table goods -" + " <rows");
+    CHECK(read.exit_code == 0);
+    CHECK(read.output ==
+          "-: detected: values between semicolons\n"
+          "Imported 1 row of master data and 0 bills with 0 lines; 0 bills were there already.\n");
+    CHECK(shell.vantlo("goods").has("屏幕"));
+}
+
+TEST_CASE("vantlo import knows a bill again in whatever format it comes") {
+    const Shell shell;
+    shell.vantlo("init");
+    shell.file(
+        "a.csv",
+        "bill.kind,bill.id,bill.date,goods,unit,quantity,receiver\nstock-in,R1,2024-03-05 14:07:09,G1,箱,1234.5,W1\n");
+    CHECK(shell.vantlo("import a.csv").has("and 1 bill with 1 line; 0 bills were there already.\n"));
+    shell.file("b.csv",
+               "bill.kind;bill.id;bill.date;goods;unit;quantity;receiver;\n"
+               "stock-in;R1;5.3.2024 14:07:09;G1;箱;1.234,5;W1;\n;;;;;;;\n");
+    shell.file("c.TSV",
+               "bill.kind\tbill.id\tbill.date\tgoods\tunit\tquantity\treceiver\n"
+               "stock-in\tR1\t2024年3月5日 下午2:07:09\tG1\t箱\t１，２３４．５\tW1\n");
+    const auto text = [](const std::string& value) { return "<c t=\"inlineStr\"><is><t>" + value + "</t></is></c>"; };
+    std::string head, row = text("stock-in") + text("R1") + "<c s=\"2\"><v>45356.5882986111</v></c>" + text("G1") +
+                            text("箱") + "<c><v>1234.5</v></c>" + text("W1");
+    for (const char* const name : {"bill.kind", "bill.id", "bill.date", "goods", "unit", "quantity", "receiver"}) {
+        head += text(name);
+    }
+    shell.file("d.xlsx", workbook_of({{"Bills", "<row>" + head + "</row><row>" + row + "</row>", "", ""}}));
+    for (const char* const name : {"b.csv", "c.TSV", "d.xlsx"}) {
+        CAPTURE(name);
+        const Finished again = shell.vantlo(std::string("import ") + name);
+        CHECK(again.exit_code == 0);
+        CHECK(again.has("and 0 bills with 0 lines; 1 bill was there already.\n"));
+    }
+    CHECK(shell.vantlo("import d.xlsx --sheet Other").output ==
+          "d.xlsx: there is no sheet \"Other\"; there are Bills\n");
 }
 
 }  // namespace

@@ -14,10 +14,16 @@ namespace words {
 
 // clang-format off
 constexpr Message import_about   = {"从文件导入基础资料和单据，先全部检查", "Take over master data and bills from files, all checked first"};
-constexpr Message import_files   = {"含基础资料和单据的文件：.csv、.jsonl 或 .json", "Files of master data and bills: .csv, .jsonl or .json"};
+constexpr Message import_files   = {"含基础资料和单据的文件：.csv、.tsv、.txt、.xlsx、.jsonl 或 .json；- 为标准输入", "Files of master data and bills: .csv, .tsv, .txt, .xlsx, .jsonl or .json; - is standard input"};
 constexpr Message import_example = {"导入商品、单位和单据", "Import goods, units and bills"};
 constexpr Message import_gb_example = {"导入电子表格以 GB18030 编码保存的单据", "Import bills that a spreadsheet has written in GB18030"};
-constexpr Message encoding_option = {"文件的编码：utf-8 或 gb18030", "Encoding of the files: utf-8 or gb18030"};
+constexpr Message format_option  = {"文件的格式（文件名未说明时，例如标准输入 -）：csv、json、jsonl 或 xlsx", "Format of files whose names do not say it, such as - for standard input: csv, json, jsonl or xlsx"};
+constexpr Message encoding_option = {"文件的编码（不指定时自动识别）", "Encoding of the files; detected where it is left out"};
+constexpr Message delimiter_option = {"CSV 文件中分隔值的字符（不指定时自动识别）", "What separates the values of a CSV file; detected where it is left out"};
+constexpr Message quote_option   = {"CSV 文件中括起值的引号", "The quotes around values of a CSV file"};
+constexpr Message decimal_option = {"表格中的小数点：point（1,234.5）或 comma（1.234,5）", "The mark of decimals in tables: point (1,234.5) or comma (1.234,5)"};
+constexpr Message date_format_option = {"03/04/2024 这样的日期：dmy（日在前）或 mdy（月在前）", "What 03/04/2024 means: dmy, the day first, or mdy, the month first"};
+constexpr Message sheet_option   = {"工作簿中要读取的工作表（不指定时读取有单据或以数据表命名的）", "The sheet of a workbook to read; without it, the one with bills and those named after a table"};
 constexpr Message table_option   = {"CSV 文件的行是什么（文件不以此命名时）：warehouses、goods 或 units", "What the rows of a CSV file are that is not named after it: warehouses, goods or units"};
 constexpr Message would_import   = {"将导入 {} 行基础资料和 {} 张单据，共 {} 行；另有 {} 张单据已保存过；未写入任何数据。",
                                            "Would import {:row|rows} of master data and {:bill|bills} with {:line|lines}; {:bill was|bills were} there already. Nothing was written."};
@@ -173,6 +179,7 @@ private:
 ExitCode import(const CommonOptions& common, const ImportOptions& options, const FileCheckOptions& checks) {
     ShopReader reader(common.language);
     for (const std::string& path : options.paths) reader.read(path, options.files);
+    for (const std::string& line : reader.detected()) std::cerr << line << '\n';
     reader.errors().raise();
     std::vector<const Bill*> bills;
     {
@@ -203,12 +210,33 @@ void add_import(CLI::App& app, CommandCall& call) {
                                            {"vantlo import --encoding gb18030 bills.csv", words::import_gb_example}});
     const auto options = std::make_shared<ImportOptions>();
     command->add_option("FILE", options->paths, common.say(words::import_files))->required();
-    command->add_option("--encoding", options->files.encoding, common.say(words::encoding_option))
-        ->transform(
-            CLI::Transformer(std::map<std::string, Encoding>{{"utf-8", Encoding::utf8}, {"gb18030", Encoding::gb18030}},
-                             CLI::ignore_case))
-        ->default_str("utf-8");
+    const auto add_choice = [&](const char* name, auto& value, const Message& about, const auto& choices) {
+        std::vector<std::string> names;
+        for (const auto& [choice, meaning] : choices) names.push_back(choice);
+        return command
+            ->add_option_function<std::string>(
+                name, [options, &value, choices](const std::string& said) { value = choices.at(said); },
+                common.say(about))
+            ->transform(CLI::IsMember(names, CLI::ignore_case));
+    };
+    add_choice("--format", options->files.format, words::format_option,
+               std::map<std::string, FileFormat>{{"csv", FileFormat::csv},
+                                                 {"json", FileFormat::json},
+                                                 {"jsonl", FileFormat::json_lines},
+                                                 {"xlsx", FileFormat::workbook}});
+    std::map<std::string, Encoding> encodings;
+    for (const EncodingName& each : encoding_names()) encodings.emplace(each.name, each.encoding);
+    add_choice("--encoding", options->files.encoding, words::encoding_option, encodings);
+    add_choice("--delimiter", options->files.csv.delimiter, words::delimiter_option,
+               std::map<std::string, char>{{"comma", ','}, {"semicolon", ';'}, {"tab", '\t'}, {"bar", '|'}});
+    add_choice("--quote", options->files.csv.quote, words::quote_option,
+               std::map<std::string, char>{{"double", '"'}, {"single", '\''}});
+    add_choice("--decimal", options->files.decimal, words::decimal_option,
+               std::map<std::string, char>{{"point", '.'}, {"comma", ','}});
+    add_choice("--date-format", options->files.date_order, words::date_format_option,
+               std::map<std::string, DateOrder>{{"dmy", DateOrder::day_first}, {"mdy", DateOrder::month_first}});
     command->add_option("--table", options->files.table, common.say(words::table_option));
+    command->add_option("--sheet", options->files.sheet, common.say(words::sheet_option));
     add_posting_options(*command, common);
     const auto checks = add_file_check_options(*command, common);
     command->callback([&call, options, checks] {

@@ -110,6 +110,7 @@ ExitCode save(const CommonOptions& common, const std::vector<std::string>& paths
     for (const std::string& path : paths) {
         FileToSave& file = files.emplace_back(common.language);
         file.reader.read(path);
+        for (const std::string& line : file.reader.detected()) std::cerr << line << '\n';
         file.reader.errors().raise();
     }
     Saved saved;
