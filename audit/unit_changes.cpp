@@ -95,16 +95,17 @@ public:
         : database_(database), verification_(verification), language_(language), factors_(read_factors(database)) {
         for (std::size_t i = 0; i < verification.findings.size(); ++i) {
             const Finding& finding = verification.findings[i];
-            if (finding.cause == Cause::edited_bill && finding.event && is_saved_once(*finding.event)) {
-                edited_.push_back({i, units_of(verification.timeline.events[*finding.event].bill)});
+            if (finding.cause != Cause::edited_bill || !finding.event) continue;
+            if (const auto saved = saved_once(*finding.event)) {
+                edited_.push_back({i, *saved, units_of(verification.timeline.events[*saved].bill)});
             }
         }
     }
 
     void find() {
-        for (const EditedBill& bill : edited_) suppose(bill);
-        if (then_.empty()) return;
+        if (edited_.empty()) return;
         now_ = effects_of(verification_.expected, verification_.timeline.events.size());
+        for (const EditedBill& bill : edited_) suppose(bill);
         // Each round drops a unit that a bill speaks against.
         while (!then_.empty()) {
             const std::vector<bool> is_explained = explained_bills();
@@ -120,6 +121,7 @@ public:
 private:
     struct EditedBill {
         std::size_t finding;
+        std::size_t saved;  ///< the event that posted it; that of the finding is its taking back, if it was taken back
         std::set<GoodsUnit> units;
     };
 
@@ -127,11 +129,34 @@ private:
         return verification_.findings[bill.finding];
     }
 
-    [[nodiscard]] bool is_saved_once(std::size_t event) const {
+    /// The event that saved the bill whose last event is this, if it was saved once, and taken back at most once.
+    [[nodiscard]] std::optional<std::size_t> saved_once(std::size_t last) const {
         const std::vector<BillEvent>& events = verification_.timeline.events;
-        const BillName name = name_of(events[event].bill);
-        return events[event].action == BillEvent::Action::save &&
-               std::ranges::count(events, name, [](const BillEvent& other) { return name_of(other.bill); }) == 1;
+        const BillName name = name_of(events[last].bill);
+        std::vector<std::size_t> of_bill;
+        for (std::size_t i = 0; i < events.size(); ++i) {
+            if (name_of(events[i].bill) == name) of_bill.push_back(i);
+        }
+        const bool is_saved_first = events[of_bill.front()].action == BillEvent::Action::save;
+        const bool is_taken_back = of_bill.size() == 2 && events[last].action == BillEvent::Action::reverse;
+        return is_saved_first && (of_bill.size() == 1 || is_taken_back) ? std::optional(of_bill.front()) : std::nullopt;
+    }
+
+    [[nodiscard]] bool is_taken_back(const EditedBill& bill) const { return bill.saved != *finding_of(bill).event; }
+
+    /// What posting the bill moved in a row that differs: of one taken back, the rest of what it moved in all.
+    [[nodiscard]] Amounts moved_when_posted(const EditedBill& bill, const EditedRow& row) const {
+        if (!is_taken_back(bill)) return row.moved;
+        const AmountsByKey taken_back = now_[*finding_of(bill).event].from(0);
+        const auto found = taken_back.find(row.key);
+        return found == taken_back.end() ? row.moved : row.moved - found->second;
+    }
+
+    /// What posting it would move now.
+    [[nodiscard]] Amounts would_move(const EditedBill& bill, const EditedRow& row) const {
+        const AmountsByKey posted = now_[bill.saved].from(0);
+        const auto found = posted.find(row.key);
+        return found == posted.end() ? Amounts{} : found->second;
     }
 
     /// A unit that is not stored, and a factor of 0, count as 1.
@@ -153,14 +178,14 @@ private:
     }
 
     [[nodiscard]] const Bill& bill_of(const EditedBill& bill) const {
-        return verification_.timeline.events[*finding_of(bill).event].bill;
+        return verification_.timeline.events[bill.saved].bill;
     }
 
     /// The factor under which a bill would have moved what it did in a row; nothing where the row does not tell.
     [[nodiscard]] std::optional<Rounded> factor_then(const EditedBill& bill, const EditedRow& row,
                                                      const GoodsUnit& unit) const {
-        const double moved = largest(row.moved);
-        const double says = largest(row.says);
+        const double moved = largest(moved_when_posted(bill, row));
+        const double says = largest(would_move(bill, row));
         if (moved == 0) return std::nullopt;
         const double now = factor_now(unit);
         if (says != 0) return roundest(now * moved / says, now * quantum / says * (1 + moved / says));
@@ -169,18 +194,20 @@ private:
         return roundest(moved / quantity, quantum / quantity);
     }
 
-    /// One line alone is rather a unit's change than an edited quantity if no other bill in the unit is as it was, and if
-    /// the factor is the rounder number of the two.
+    /// One line alone is rather a unit's change than an edited quantity if the factor is the rounder number of the two, and
+    /// if no other bill in the unit is as it was. Those saved since a bill was taken back are.
     [[nodiscard]] bool is_likely(const EditedBill& bill, const EditedRow& row, const GoodsUnit& unit,
                                  const Rounded& then) const {
         std::size_t lines = 0;
         for (const EditedBill& other : edited_) lines += lines_in(bill_of(other), unit).count;
         if (lines > 1) return true;
-        const bool has_others = std::ranges::any_of(verification_.timeline.events, [&](const BillEvent& event) {
-            return name_of(event.bill) != name_of(bill_of(bill)) && lines_in(event.bill, unit).count > 0;
-        });
+        const bool has_others =
+            !is_taken_back(bill) && std::ranges::any_of(verification_.timeline.events, [&](const BillEvent& event) {
+                return name_of(event.bill) != name_of(bill_of(bill)) && lines_in(event.bill, unit).count > 0;
+            });
         const double now = factor_now(unit);
-        return !has_others && then.decimals < roundest(largest(row.moved) / now, quantum / now).decimals;
+        return !has_others &&
+               then.decimals < roundest(largest(moved_when_posted(bill, row)) / now, quantum / now).decimals;
     }
 
     static double largest(const Amounts& amounts) {
@@ -194,7 +221,7 @@ private:
         BillTimeline timeline;
         std::vector<UnitFactor> factors;
         for (const EditedBill& bill : edited_) {
-            timeline.events.push_back(verification_.timeline.events[*finding_of(bill).event]);
+            timeline.events.push_back(verification_.timeline.events[bill.saved]);
         }
         for (const auto& [unit, factor] : then_) factors.push_back({unit.first, unit.second, factor});
         const Recomputation posted =
@@ -202,8 +229,9 @@ private:
         const std::vector<Effect> then = effects_of(posted, edited_.size());
         std::vector<bool> is_explained;
         for (std::size_t i = 0; i < edited_.size(); ++i) {
-            AmountsByKey moved = now_[*finding_of(edited_[i]).event].from(0);
-            for (const EditedRow& row : finding_of(edited_[i]).edited) moved.insert_or_assign(row.key, row.moved);
+            AmountsByKey moved = now_[edited_[i].saved].from(0);
+            for (const EditedRow& row : finding_of(edited_[i]).edited)
+                moved.insert_or_assign(row.key, moved_when_posted(edited_[i], row));
             std::erase_if(moved, [](const auto& entry) { return entry.second == Amounts{}; });
             is_explained.push_back(then[i].from(0) == moved);
         }

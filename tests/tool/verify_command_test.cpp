@@ -191,6 +191,25 @@ TEST_CASE("vantlo verify tells which line of a bill was edited, and which factor
                                    "   goods G1, unit 箱: 12 when posted, 99 now; bills concerned 1: stock-in R1\n"));
 }
 
+TEST_CASE("vantlo verify tells that a bill was taken back by another factor than it was posted by") {
+    const Shell shell;
+    make_shop(shell, "init");
+    spoil(shell, u"update GoodsUnit set UnitConverter=15");
+    CHECK(shell.vantlo("delete --force stock-in R1").exit_code == 0);
+    shell.file("later.json", R"({"bills": [{"kind": "stock-in", "id": "R2", "lines": [
+        {"goods": "G1", "unit": "箱", "quantity": 1, "receiver": "W01"}]}]})");
+    CHECK(shell.vantlo("save later.json").exit_code == 0);
+    const Finished verified = shell.vantlo("verify");
+    CHECK(verified.exit_code == 3);
+    CHECK_MESSAGE(
+        verified.has("1. The factor of a unit was changed after bills were posted (1)\n"
+                     "   goods G1, unit 箱: 12 when posted, 15 now; bills concerned 1: stock-in R1 (taken back)\n"),
+        verified.output);
+    const std::string before = ledger_of(shell);
+    CHECK(shell.vantlo("repair --apply --yes").exit_code == 3);
+    CHECK(ledger_of(shell) == before);
+}
+
 TEST_CASE("vantlo verify compares with the bills since the opening, with --all-bills with all") {
     const Shell shell;
     make_shop(shell);
