@@ -51,8 +51,8 @@ struct Difference {
     LedgerKey key;
     std::vector<LedgerEntry> stored;
     std::vector<LedgerEntry> expected;
-    std::vector<std::size_t> events;        ///< those that touch the rows, in order
-    std::vector<LooseMovement> loose = {};  ///< what changed the rows outside any bill; set by verify
+    std::vector<std::size_t> events;  ///< those that touch the rows, in order
+    LooseMovements loose = {};        ///< what changed the rows outside any bill; set by verify
 
     /// What the ledger has too much.
     [[nodiscard]] Amounts surplus() const;

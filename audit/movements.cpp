@@ -57,8 +57,9 @@ void read_opening(NativeConnection& database, Movements& movements) {
 void read_sums(NativeConnection& database, Movements& movements) {
     const Text sums = sums_for(database);
     const auto select = [&](const Text& more, TextView condition) {
-        return database.execute(u"select " + Text(key_list) + more + sums + u" from StockMovement where " +
-                                Text(condition) + u" group by " + Text(key_list) + more);
+        return database.execute(u"select count(*) as N," + Text(key_list) + more + sums +
+                                u" from StockMovement where " + Text(condition) + u" group by " + Text(key_list) +
+                                more);
     };
     const RecordsetVariable loose = select(u",Action", u"BillId is null");
     for (; !loose->eof(); loose->move_next()) {
@@ -66,7 +67,9 @@ void read_sums(NativeConnection& database, Movements& movements) {
         const Amounts changes = read_changes(*loose);
         const Text action = text_of(loose->field(u"Action"));
         add_to(movements.all, key, changes);
-        if (action != u"opening") add_to(action == u"gap" ? movements.gap : movements.loose, key, changes);
+        if (action == u"opening") continue;
+        add_to(action == u"gap" ? movements.gap : movements.loose, key, changes);
+        if (action != u"gap") movements.loose_counts[key] += static_cast<std::size_t>(to_long(loose->field(u"N")));
     }
     const RecordsetVariable named = database.execute(u"select count(*) as N,BillKind,BillId," + Text(key_list) + sums +
                                                      u" from StockMovement where BillId is not null group by BillKind,"
@@ -102,11 +105,22 @@ Movements read_movements(NativeConnection& database) {
     return movements;
 }
 
-std::vector<LooseMovement> loose_movements(NativeConnection& database, const LedgerKey& key) {
-    std::vector<LooseMovement> movements;
-    Amounts sum{};
-    const RecordsetVariable rows = database.execute(u"select * from StockMovement where " + condition_of(key) +
-                                                    u" and " + Text(without_bill) + u" order by MovementNo");
+LooseMovements loose_movements(NativeConnection& database, const LedgerKey& key, const Movements& movements) {
+    constexpr std::size_t most = 100;
+    const auto total = movements.loose.find(key);
+    if (total == movements.loose.end()) return {};
+    Text condition = condition_of(key) + u" and " + Text(without_bill);
+    const bool is_cut = movements.loose_counts.at(key) > most;
+    if (is_cut) {
+        condition +=
+            u" and MovementNo>=(select min(MovementNo) from (select MovementNo,row_number() over (order by "
+            u"MovementNo desc) as Place from StockMovement where " +
+            condition + u") latest where Place<=" + from_utf8(std::to_string(most)) + u")";
+    }
+    LooseMovements loose;
+    Amounts sum = total->second;  // before the first that is read
+    const RecordsetVariable rows =
+        database.execute(u"select * from StockMovement where " + condition + u" order by MovementNo");
     for (; !rows->eof(); rows->move_next()) {
         LooseMovement movement;
         const Variant moved_at = rows->field(u"MovedAt");
@@ -116,11 +130,18 @@ std::vector<LooseMovement> loose_movements(NativeConnection& database, const Led
         movement.program = text_of(rows->field(u"Program"));
         movement.change = read_changes(*rows);
         for (std::size_t i = 0; i < after_columns.size(); ++i) movement.after[i] = rows->field(after_columns[i]);
-        sum = sum + movement.change;
-        movements.push_back(std::move(movement));
-        if (sum == Amounts{}) movements.clear();
+        sum = sum - movement.change;
+        loose.latest.push_back(std::move(movement));
     }
-    return movements;
+    loose.has_earlier = is_cut && sum != Amounts{};
+    std::size_t from = 0;
+    for (std::size_t i = 0; i < loose.latest.size(); ++i) {
+        sum = sum + loose.latest[i].change;
+        if (sum == Amounts{}) from = i + 1;
+    }
+    loose.latest.erase(loose.latest.begin(), loose.latest.begin() + static_cast<std::ptrdiff_t>(from));
+    if (from > 0) loose.has_earlier = false;
+    return loose;
 }
 
 std::map<std::pair<LedgerKey, Amounts>, std::size_t> loose_steps(NativeConnection& database) {

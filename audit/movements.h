@@ -36,15 +36,21 @@ struct Movements {
 
     AmountsByKey all;  ///< what the ledger has by the journal
     std::map<BillName, BillMovements> of_bills;
-    AmountsByKey loose;  ///< without a bill, but for opening and gap
-    AmountsByKey gap;    ///< what changed while the journal was off
+    AmountsByKey loose;                             ///< without a bill, but for opening and gap
+    std::map<LedgerKey, std::size_t> loose_counts;  ///< how many these are
+    AmountsByKey gap;                               ///< what changed while the journal was off
 };
 
 Movements read_movements(NativeConnection& database);
 
-/// The movements of one ledger key that name no bill, in their order, without those up to the last at which they added up
-/// to nothing.
-std::vector<LooseMovement> loose_movements(NativeConnection& database, const LedgerKey& key);
+/// Movements of one ledger key that name no bill.
+struct LooseMovements {
+    std::vector<LooseMovement> latest;  ///< in their order
+    bool has_earlier = false;           ///< there are more before them
+};
+
+/// The latest hundred, without those up to the last at which all added up to nothing.
+LooseMovements loose_movements(NativeConnection& database, const LedgerKey& key, const Movements& movements);
 
 /// How often movements without a bill changed a ledger row by the same amounts, opening and gap aside.
 std::map<std::pair<LedgerKey, Amounts>, std::size_t> loose_steps(NativeConnection& database);

@@ -40,8 +40,7 @@ std::vector<BrokenValue> broken_units(NativeConnection& database) {
 void add_loose_movements(NativeConnection& database, Verification& verification) {
     for (Finding& finding : verification.findings) {
         for (Difference& rows : finding.differences) {
-            const auto loose = verification.movements.loose.find(rows.key);
-            if (loose != verification.movements.loose.end()) rows.loose = loose_movements(database, rows.key);
+            rows.loose = loose_movements(database, rows.key, verification.movements);
         }
     }
 }

@@ -8,6 +8,7 @@
 #include "audit/repair_plan.h"
 #include "automation/calendar.h"
 #include "bookkeeping/bill_history.h"
+#include "tests/audit/many_movements.h"
 #include "tests/audit/spoilings.h"
 #include "tool/output/verify_report.h"
 
@@ -36,6 +37,12 @@ TEST_CASE("verify finds the sample shop's ledger right, and also after bills wer
         CHECK(verification.stored.size() == 207);
         CHECK(verification.expected.rows.size() == 207);
     }
+}
+
+TEST_CASE("verify takes the latest hundred of many movements without a bill") {
+    const auto database = empty_shop_in_memory();
+    switch_journal_on(*database);
+    check_latest_movements(database, *database);
 }
 
 TEST_CASE("verify needs no history for bills that another host stored") {

@@ -6,6 +6,7 @@
 
 #include "ado/native/snapshot.h"
 #include "audit/repair.h"
+#include "tests/audit/many_movements.h"
 #include "tests/audit/repairs.h"
 #include "tests/audit/spoilings.h"
 #include "tests/support/empty_shop.h"
@@ -64,6 +65,17 @@ TEST_CASE("verify finds on every server what went wrong in the sample shop, and 
             CHECK(causes_on(*database).empty());
         }
         CHECK(database->run(u"select * from RepairJournal").rows.size() >= spoilings().size());
+    }
+}
+
+TEST_CASE("verify takes the latest hundred of many movements without a bill, on every server") {
+    for (const Server& server : servers()) {
+        INFO(server.dialect);
+        const EmptyShop emptied(server, false);
+        const auto database = open_connection(server.connection_string);
+        switch_journal_on(*database);
+        check_latest_movements(database, *open_connection(server.connection_string));
+        remove_journal(*database);
     }
 }
 

@@ -134,12 +134,13 @@ private:
 
     [[nodiscard]] Json json_of_rows(const Difference& rows) const {
         Json movements = Json::array();
-        for (const LooseMovement& movement : rows.loose) movements.push_back(json_of(movement));
+        for (const LooseMovement& movement : rows.loose.latest) movements.push_back(json_of(movement));
         return {{"key", json_of(rows.key)},
                 {"ledger", json_of(rows.stored)},
                 {"by_bills", json_of(rows.expected)},
                 {"touched_by", bills_of(rows.events)},
-                {"movements_without_bill", std::move(movements)}};
+                {"movements_without_bill", std::move(movements)},
+                {"has_earlier_movements", rows.loose.has_earlier}};
     }
 
     const BillTimeline& timeline_;

@@ -41,6 +41,7 @@ constexpr Message row_gone       = {"无", "none"};
 constexpr Message unknown_maker  = {"不明者", "somebody unknown"};
 constexpr Message unknown_time   = {"不明时间", "an unknown time"};
 constexpr Message more_movements = {"……共 {} 次", "... {} in all"};
+constexpr Message earlier_movements = {"……以上是最近 {} 次中最早的；此前还有", "... the first of the latest {}; there are earlier ones"};
 constexpr Message broken_field   = {"{} {}：{} 为{}", "{} {}: {} is {}"};
 constexpr Message broken_text    = {"文本“{}”", "the text '{}'"};
 constexpr Message broken_number  = {"数 {}", "the number {}"};
@@ -201,9 +202,10 @@ private:
         add(words::expected_row, rows.expected);
         text_ += "     " + touches(rows.events) + "\n";
         constexpr std::size_t shown_at_most = 6;
-        for (std::size_t i = 0; i < std::min(rows.loose.size(), shown_at_most); ++i) add(rows.loose[i]);
-        if (rows.loose.size() > shown_at_most)
-            text_ += "     " + say(language_, words::more_movements, rows.loose.size()) + "\n";
+        const auto& [latest, has_earlier] = rows.loose;
+        for (std::size_t i = 0; i < std::min(latest.size(), shown_at_most); ++i) add(latest[i]);
+        const Message& more = has_earlier ? words::earlier_movements : words::more_movements;
+        if (latest.size() > shown_at_most) text_ += "     " + say(language_, more, latest.size()) + "\n";
     }
 
     void add(const LooseMovement& movement) {
