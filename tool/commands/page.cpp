@@ -1,3 +1,5 @@
+#include <iostream>
+
 #include "ado/odbc/connection_string.h"
 #include "tool/commands/command.h"
 #include "tool/output/replace_file.h"
@@ -15,6 +17,7 @@ constexpr Message page_example   = {"写出网页，然后用浏览器打开", "
 constexpr Message page_in_chinese = {"中文网页", "The page in Chinese"};
 constexpr Message page_name      = {"文件名须以 .html 结尾", "the name of a page ends with .html"};
 constexpr Message is_no_page     = {"{} 已存在，且不是这样的网页；未改动", "{} is there and is no such page; it was left alone"};
+constexpr Message page_written   = {"已写入 {}，请用浏览器打开。", "Written to {}: open it in a browser."};
 constexpr Message page_not_written = {"无法写入 {}", "{} cannot be written"};
 // clang-format on
 
@@ -45,6 +48,7 @@ ExitCode write_page(const CommonOptions& common, const Wanted& wanted) {
             throw TaskError(Reason::cannot_write, common.say(words::page_not_written, wanted.file));
         case Replaced::done: break;
     }
+    std::cerr << common.say(words::page_written, wanted.file) << '\n';
     return ExitCode::done;
 }
 

@@ -116,16 +116,7 @@
     show();
   };
 
-  // On paper stands every row that the filters leave, up to a bound.
   const mostPrintedRows = 5000;
-  const printsWhole = (api) => {
-    let length;
-    addEventListener("beforeprint", () => {
-      length = api.page.len();
-      api.page.len(mostPrintedRows).draw();
-    });
-    addEventListener("afterprint", () => api.page.len(length).draw());
-  };
 
   // -- The ledger ------------------------------------------------------------------------------------------------------
 
@@ -202,6 +193,7 @@
   const columnClasses = ["", "", "", "secondary", "secondary", "secondary", "", "number secondary",
     "number secondary", "number"];
 
+  let ledgerTable;
   const showLedger = () => {
     const table = byId("ledger-table");
     const columns = [
@@ -222,7 +214,7 @@
     }
     byId("ledger-view").hidden = false;
     jQuery.fn.dataTable.ext.search.push((settings, texts, index, row) => settings.nTable !== table || isWanted(row));
-    const api = makeTable(table, byId("ledger-pager"), rows, columns, pageLengths[0]);
+    const api = (ledgerTable = makeTable(table, byId("ledger-pager"), rows, columns, pageLengths[0]));
     const tell = () => {
       const hasTotals = showTotals(api, table);
       const count = api.page.info().recordsDisplay;
@@ -242,7 +234,6 @@
     form.addEventListener("submit", (event) => event.preventDefault());
     form.addEventListener("input", apply);
     form.addEventListener("reset", () => setTimeout(apply));
-    printsWhole(api);
     tell();
   };
 
@@ -469,6 +460,18 @@
   addEventListener("hashchange", route);
   route();
   matchMedia("(prefers-color-scheme: dark)").addEventListener("change", redraw);
-  addEventListener("beforeprint", () => { document.documentElement.classList.add("printing"); redraw(); });
-  addEventListener("afterprint", () => { document.documentElement.classList.remove("printing"); redraw(); });
+  // On paper stands every row that the filters leave, up to a bound, in light colours.
+  let printed, shownLength;
+  addEventListener("beforeprint", () => {
+    document.documentElement.classList.add("printing");
+    printed = shownCard === undefined ? ledgerTable : cardTable;
+    shownLength = printed.page.len();
+    printed.page.len(mostPrintedRows).draw();
+    redraw();
+  });
+  addEventListener("afterprint", () => {
+    document.documentElement.classList.remove("printing");
+    printed.page.len(shownLength).draw();
+    redraw();
+  });
 })();

@@ -21,7 +21,7 @@ namespace vantlo {
 
 namespace {
 
-constexpr std::size_t most_rows_of_attention = 100;
+constexpr std::size_t most_rows_of_attention = 25;
 constexpr std::size_t most_report_lines = 300;
 
 // What has happened to a movement, as the script knows it.
@@ -281,7 +281,10 @@ public:
         std::string html = note(word("without_script")) + "<table><caption>" + word("ledger_caption") +
                            "</caption><thead><tr>" + ledger_heads() + "</tr></thead><tbody>\n";
         for (const StockRow& row : page_.ledger) {
-            html += "<tr><td>" + named(row.warehouse, row.warehouse_name) + "<td>" + named(row.goods, row.goods_name);
+            html += "<tr>";
+            for (const auto& [id, name] :
+                 {std::tie(row.warehouse, row.warehouse_name), std::tie(row.goods, row.goods_name)})
+                html += "<td>" + html_text(to_utf8(name.empty() ? id : id + u" " + name));
             for (const Text* const text : {&row.model1, &row.model2, &row.status, &row.goods_class, &row.base_unit})
                 html += "<td>" + html_text(to_utf8(*text));
             for (const Variant* const quantity : {&row.received, &row.issued, &row.on_hand})
