@@ -5,6 +5,7 @@
 
 #include "audit/ledger_entry.h"
 #include "audit/ledger_table.h"
+#include "bookkeeping/find_table.h"
 #include "bookkeeping/own_tables.h"
 
 namespace vantlo {
@@ -46,7 +47,7 @@ std::vector<LedgerCondition> ledger_conditions(NativeConnection& database) {
     };
     const LedgerTable table = read_ledger_table(database);
     if (!table.is_described) return conditions;
-    if (!table.exists) {
+    if (!find_table(database, "Inventory")) {
         note(Condition::no_ledger);
         return conditions;
     }

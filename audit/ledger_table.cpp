@@ -97,7 +97,6 @@ LedgerTable read_ledger_table(NativeConnection& database) {
     table.is_described = true;
     const RecordsetVariable kind = database.execute(catalog->kind);
     if (kind->eof()) return table;
-    table.exists = true;
     table.is_view = text_of(*kind, u"kind") == "view";
     table.columns = read_columns(database, catalog->columns);
     const RecordsetVariable indexes = database.execute(catalog->indexes);

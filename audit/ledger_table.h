@@ -20,7 +20,6 @@ struct LedgerColumn {
 /// The table Inventory as the engine's catalog describes it.
 struct LedgerTable {
     bool is_described = false;  ///< whether the engine has a catalog that is known; all else is empty without one
-    bool exists = false;
     bool is_view = false;
     std::vector<LedgerColumn> columns;  ///< those that can be written: no computed ones
     std::vector<std::string> indexes;   ///< the columns of each, in order, in small letters, with commas between

@@ -90,9 +90,10 @@ void read_sums(NativeConnection& database, Movements& movements) {
 
 Movements read_movements(NativeConnection& database) {
     Movements movements;
-    movements.state = journal_state(database);
-    if (!has_movements(movements.state)) return movements;
+    movements.state = JournalState::on;
     try {
+        movements.state = journal_state(database);
+        if (!has_movements(movements.state)) return movements;
         read_opening(database, movements);
         read_sums(database, movements);
     } catch (const Failure& failure) {

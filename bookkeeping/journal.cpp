@@ -5,6 +5,7 @@
 #include "automation/error.h"
 #include "automation/text_value.h"
 #include "bills/schema.h"
+#include "bookkeeping/find_table.h"
 
 namespace vantlo {
 
@@ -97,7 +98,9 @@ JournalState journal_state(NativeConnection& database) {
     if (triggers > 0 && lacks_table(database, *catalog)) return JournalState::broken;
     if (triggers == catalog->complete) return JournalState::on;
     if (triggers > 0) return JournalState::incomplete;
-    return count_of(database, catalog->tables) > 0 ? JournalState::off : JournalState::absent;
+    if (count_of(database, catalog->tables) > 0) return JournalState::off;
+    // Some catalogs hide from an account what it has no right to.
+    return find_table(database, "StockMovement") ? JournalState::off : JournalState::absent;
 }
 
 bool has_movements(JournalState state) {

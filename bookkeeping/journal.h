@@ -19,6 +19,7 @@ enum class JournalState {
     on,
 };
 
+/// Errors   Failure, also if the account has no right to a journal that it then cannot see.
 JournalState journal_state(NativeConnection& database);
 
 /// Whether there are movements in that state.

@@ -7,6 +7,7 @@
 #include "automation/message.h"
 #include "bills/bill.h"
 #include "bills/task_error.h"
+#include "bookkeeping/find_table.h"
 #include "bookkeeping/identifiers.h"
 #include "dataaccess/sql_literals.h"
 
@@ -326,12 +327,16 @@ void keep_description(NativeConnection& database, const std::string& content) {
 
 std::vector<BillSource> bill_sources(NativeConnection& database, Language language) {
     const Catalog catalog(database);
+    // Some catalogs hide from an account what it has no right to: looking tells that from what is not there.
+    if (catalog.is_known() && !catalog.has(u"ShopDescription", u"Content")) find_table(database, "ShopDescription");
     if (const std::optional<std::string> content = description_in(database, catalog)) {
         return described_bill_sources(*content, database.dialect(), language);
     }
     std::vector<BillSource> sources = own_bill_sources();
     const auto has_kinds = [&](const BillSource& source) {
-        return !catalog.is_known() || catalog.has(source.header->name, u"Kind");
+        if (!catalog.is_known() || catalog.has(source.header->name, u"Kind")) return true;
+        find_table(database, to_utf8(source.header->name));
+        return false;
     };
     if (!std::ranges::all_of(sources, has_kinds)) sources.clear();
     return sources;
