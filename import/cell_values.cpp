@@ -84,10 +84,10 @@ int number_of(const std::string& text) {
 }
 
 /// The month of that English name, or of its first three letters; 0 if there is none.
-int month_of(std::string name) {
+int month_of(const std::string& written) {
+    const std::string name = lower_case(written);
     constexpr std::string_view months[] = {"january", "february", "march",     "april",   "may",      "june",
                                            "july",    "august",   "september", "october", "november", "december"};
-    for (char& letter : name) letter = static_cast<char>(letter | 0x20);
     for (std::size_t index = 0; index < std::size(months); ++index) {
         if (name == months[index] || name == months[index].substr(0, 3) || (index == 8 && name == "sept")) {
             return static_cast<int>(index) + 1;
@@ -241,6 +241,12 @@ std::optional<Date> date_of_serial(double serial, bool counts_from_1904) {
     // A second is the least that a spreadsheet shows, and that a date keeps.
     const Text text = ordinary_text(Date{serial});
     return date_from_text(text);
+}
+
+std::string lower_case(std::string_view text) {
+    std::string lower(text);
+    for (char& letter : lower) letter = letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter | 0x20) : letter;
+    return lower;
 }
 
 std::string_view without_blanks(std::string_view text) {

@@ -48,6 +48,9 @@ CellReading<Date> date_of_cell(std::string_view text, const CellRules& rules);
 /// The day and time that a spreadsheet counts so; nothing for a number below 1 and for 29 February 1900, which was none.
 std::optional<Date> date_of_serial(double serial, bool counts_from_1904);
 
+/// The letters of ASCII in lower case, all else as it is.
+std::string lower_case(std::string_view text);
+
 /// Without the blanks around it: those of ASCII, no-break and ideographic ones.
 std::string_view without_blanks(std::string_view text);
 

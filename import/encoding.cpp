@@ -213,11 +213,11 @@ EncodingGuess guess_encoding(std::string_view bytes) {
         constexpr std::size_t enough = 10, most = 90, apart = 20;
         guess.gb18030 = likeness(bytes, gb18030_layout);
         guess.big5 = likeness(bytes, big5_layout);
-        const bool is_big5 = guess.big5.percent > guess.gb18030.percent;
-        const Likeness& best = is_big5 ? guess.big5 : guess.gb18030;
-        const Likeness& other = is_big5 ? guess.gb18030 : guess.big5;
-        if (best.is_possible) guess.encoding = is_big5 ? Encoding::big5 : Encoding::gb18030;
-        guess.is_certain = best.characters >= enough && best.percent >= most && other.percent + apart <= best.percent;
+        if (guess.is_chinese()) {
+            guess.encoding = guess.big5.percent > guess.gb18030.percent ? Encoding::big5 : Encoding::gb18030;
+        }
+        guess.is_certain = guess.best().characters >= enough && guess.best().percent >= most &&
+                           guess.other().percent + apart <= guess.best().percent;
     }
     return guess;
 }

@@ -37,6 +37,14 @@ struct EncodingGuess {
     bool is_certain = true;              ///< false where a reader has to be told
     Likeness gb18030;                    ///< measured only if the bytes are no UTF-8 or UTF-16
     Likeness big5;
+
+    /// Whether the bytes can be Chinese of two bytes a character, so that `best` and `other` say something.
+    [[nodiscard]] bool is_chinese() const { return gb18030.is_possible || big5.is_possible; }
+    [[nodiscard]] const Likeness& best() const { return encoding == Encoding::big5 ? big5 : gb18030; }
+    [[nodiscard]] const Likeness& other() const { return encoding == Encoding::big5 ? gb18030 : big5; }
+    [[nodiscard]] Encoding other_encoding() const {
+        return encoding == Encoding::big5 ? Encoding::gb18030 : Encoding::big5;
+    }
 };
 
 /// Looks at the mark, at NULs and at the characters. GB18030 and Big5 share most of their bytes: one of them is certain

@@ -110,11 +110,6 @@ bool has_control_character(TextView text) {
     });
 }
 
-std::string lower_case(std::string text) {
-    for (char& letter : text) letter = letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter | 0x20) : letter;
-    return text;
-}
-
 /// What the end of a file's name says; nothing where its text has to say it.
 std::optional<FileFormat> format_of_name(const std::string& path) {
     const std::string name = lower_case(path);
@@ -199,12 +194,9 @@ void ShopReader::explain_faults(std::string_view bytes) {
     const EncodingGuess guess = guess_encoding(bytes);
     const std::string& path = source_->file();
     const EncodingName& name = name_of(guess.encoding);
-    if (guess.gb18030.is_possible || guess.big5.is_possible) {
-        const bool is_big5 = guess.encoding == Encoding::big5;
-        const Likeness& best = is_big5 ? guess.big5 : guess.gb18030;
-        const Likeness& other = is_big5 ? guess.gb18030 : guess.big5;
-        errors_.explain(path, words::probably_chinese, name.shown, best.characters, best.percent,
-                        name_of(is_big5 ? Encoding::gb18030 : Encoding::big5).shown, other.percent, name.name);
+    if (guess.is_chinese()) {
+        errors_.explain(path, words::probably_chinese, name.shown, guess.best().characters, guess.best().percent,
+                        name_of(guess.other_encoding()).shown, guess.other().percent, name.name);
     } else if (guess.is_certain) {
         errors_.explain(path, words::probably_utf, name.shown, name.name);
     } else {
@@ -215,12 +207,10 @@ void ShopReader::explain_faults(std::string_view bytes) {
 void ShopReader::note_detected(const EncodingGuess& guess) {
     const Language language = errors_.language();
     const EncodingName& name = name_of(guess.encoding);
-    const bool is_big5 = guess.encoding == Encoding::big5;
-    if (is_big5 || guess.encoding == Encoding::gb18030) {
-        const Likeness& best = is_big5 ? guess.big5 : guess.gb18030;
-        const Likeness& other = is_big5 ? guess.gb18030 : guess.big5;
-        detected_here_.push_back(say(language, words::detected_chinese, name.shown, best.characters, best.percent,
-                                     name_of(is_big5 ? Encoding::gb18030 : Encoding::big5).shown, other.percent));
+    if (guess.is_chinese()) {
+        detected_here_.push_back(say(language, words::detected_chinese, name.shown, guess.best().characters,
+                                     guess.best().percent, name_of(guess.other_encoding()).shown,
+                                     guess.other().percent));
     } else {
         detected_here_.push_back(say(language, words::detected_plain, name.shown));
     }

@@ -55,12 +55,6 @@ std::string_view trimmed(const TableCell& cell) { return without_blanks(cell.tex
 constexpr std::string_view words_of_totals[] = {"合计",   "总计",        "小计",     "总和", "total",
                                                 "totals", "grand total", "subtotal", "sum"};
 
-std::string lower_case(std::string_view text) {
-    std::string lower(text);
-    for (char& letter : lower) letter = letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter | 0x20) : letter;
-    return lower;
-}
-
 class TableRecords {
 public:
     TableRecords(const SourceText& source, const NextRow& next, const std::string& table, InputErrors& errors,

@@ -12,37 +12,64 @@ namespace vantlo::test {
 /// The parts of an archive, by name.
 using Parts = std::vector<std::pair<std::string, std::string>>;
 
-/// An archive in memory, its parts encrypted where a password is given.
-inline std::string archive_of(const Parts& parts, const char* password = nullptr) {
-    const auto require = [](bool holds) {
-        if (!holds) throw std::runtime_error("the archive cannot be made");
-    };
-    zip_error_t error;
-    zip_source_t* const target = zip_source_buffer_create(nullptr, 0, 0, &error);
-    require(target != nullptr);
-    zip_source_keep(target);
-    zip_t* const archive = zip_open_from_source(target, ZIP_TRUNCATE, &error);
-    require(archive != nullptr);
-    for (const auto& [name, content] : parts) {
-        zip_source_t* const part = zip_source_buffer(archive, content.data(), content.size(), 0);
-        const zip_int64_t index = zip_file_add(archive, name.c_str(), part, ZIP_FL_ENC_UTF_8);
+/// An archive that is written into memory; given up unless it is finished.
+class ArchiveWriter {
+public:
+    ArchiveWriter() {
+        zip_error_t error;
+        zip_error_init(&error);
+        target_ = zip_source_buffer_create(nullptr, 0, 0, &error);
+        if (target_ != nullptr) archive_ = zip_open_from_source(target_, ZIP_TRUNCATE, &error);
+        zip_error_fini(&error);
+        require(archive_ != nullptr);
+        zip_source_keep(target_);  // else it goes with the archive
+    }
+    ArchiveWriter(const ArchiveWriter&) = delete;
+    ArchiveWriter& operator=(const ArchiveWriter&) = delete;
+    ~ArchiveWriter() {
+        if (archive_ != nullptr) zip_discard(archive_);
+        zip_source_free(target_);
+    }
+
+    /// `content` must live until the archive is finished.
+    void add(const std::string& name, const std::string& content, const char* password) {
+        zip_source_t* const part = zip_source_buffer(archive_, content.data(), content.size(), 0);
+        const zip_int64_t index = zip_file_add(archive_, name.c_str(), part, ZIP_FL_ENC_UTF_8);
+        if (index < 0) zip_source_free(part);
         require(index >= 0);
-        zip_file_set_mtime(archive, static_cast<zip_uint64_t>(index), 315'532'800,
-                           0);  // 1980: the same bytes each time
-        if (password != nullptr) {
-            zip_file_set_encryption(archive, static_cast<zip_uint64_t>(index), ZIP_EM_AES_256, password);
+        const auto entry = static_cast<zip_uint64_t>(index);
+        zip_file_set_mtime(archive_, entry, 315'532'800, 0);  // 1980: the same bytes each time
+        if (password != nullptr) require(zip_file_set_encryption(archive_, entry, ZIP_EM_AES_256, password) == 0);
+    }
+
+    std::string finish() {
+        require(zip_close(archive_) == 0);
+        archive_ = nullptr;
+        require(zip_source_open(target_) == 0);
+        std::string bytes;
+        char buffer[4096];
+        for (zip_int64_t read = 0; (read = zip_source_read(target_, buffer, sizeof buffer)) > 0;) {
+            bytes.append(buffer, static_cast<std::size_t>(read));
         }
+        zip_source_close(target_);
+        return bytes;
     }
-    require(zip_close(archive) == 0);
-    require(zip_source_open(target) == 0);
-    std::string bytes;
-    char buffer[4096];
-    for (zip_int64_t read = 0; (read = zip_source_read(target, buffer, sizeof buffer)) > 0;) {
-        bytes.append(buffer, static_cast<std::size_t>(read));
+
+private:
+    static void require(bool holds) {
+        if (!holds) throw std::runtime_error("the archive cannot be made");
     }
-    zip_source_close(target);
-    zip_source_free(target);
-    return bytes;
+
+    zip_source_t* target_ = nullptr;
+    zip_t* archive_ = nullptr;
+};
+
+/// An archive in memory, its parts encrypted where a password is given.
+/// Errors   std::runtime_error for names that no archive can have.
+inline std::string archive_of(const Parts& parts, const char* password = nullptr) {
+    ArchiveWriter writer;
+    for (const auto& [name, content] : parts) writer.add(name, content, password);
+    return writer.finish();
 }
 
 /// A sheet for workbook_of.
