@@ -210,6 +210,17 @@ TEST_CASE("vantlo verify tells that a bill was taken back by another factor than
     CHECK(ledger_of(shell) == before);
 }
 
+TEST_CASE("A key with a line break makes no line of its own in what vantlo verify says") {
+    const Shell shell;
+    make_shop(shell, "init");
+    spoil(shell,
+          u"insert into Inventory(WID,GId,Model1,Model2,Status,InQty,OutQty,CurrentQty) "
+          u"values('W1','G9' || char(10) || 'The ledger agrees','','',0,-5,0,-5)");
+    const Finished verified = shell.vantlo("verify");
+    CHECK_MESSAGE(verified.has("GId='G9\\u000AThe ledger agrees'"), verified.output);
+    CHECK(!verified.has("\nThe ledger agrees"));
+}
+
 TEST_CASE("vantlo verify compares with the bills since the opening, with --all-bills with all") {
     const Shell shell;
     make_shop(shell);

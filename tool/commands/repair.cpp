@@ -15,6 +15,7 @@
 #include "tool/output/repair_report.h"
 #include "tool/output/repair_script.h"
 #include "tool/output/verify_report.h"
+#include "tool/output/visible.h"
 
 namespace vantlo {
 
@@ -95,7 +96,7 @@ void tell_what_is_left(const RepairPlan& plan, const CommonOptions& common) {
         std::cerr << common.say(words::left_unjudged) << '\n';
         for (const Finding& finding : plan.unjudged) {
             for (const Difference& rows : finding.differences) {
-                std::cerr << "  " << name_of(finding.cause) << "  " << to_utf8(condition_of(rows.key)) << '\n';
+                std::cerr << "  " << name_of(finding.cause) << "  " << visible(to_utf8(condition_of(rows.key))) << '\n';
             }
         }
     }
@@ -137,7 +138,7 @@ ExitCode in_locked_ledger(NativeConnection& database, const CommonOptions& commo
 }
 
 void tell_keys(const std::vector<LedgerKey>& keys) {
-    for (const LedgerKey& key : keys) std::cerr << "  " << to_utf8(condition_of(key)) << '\n';
+    for (const LedgerKey& key : keys) std::cerr << "  " << visible(to_utf8(condition_of(key))) << '\n';
 }
 
 /// Runs the repairs that were shown in one transaction, which stays only if they are still what is to be done, and if the

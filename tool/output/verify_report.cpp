@@ -6,6 +6,7 @@
 
 #include "automation/calendar.h"
 #include "automation/number_text.h"
+#include "tool/output/visible.h"
 #include "tool/output/words.h"
 
 namespace vantlo {
@@ -168,7 +169,7 @@ private:
     }
 
     void add(const EditedRow& row, const std::optional<std::size_t>& event) {
-        const std::string where = event ? lines_of(row.key, *event) : to_utf8(condition_of(row.key));
+        const std::string where = event ? lines_of(row.key, *event) : visible(to_utf8(condition_of(row.key)));
         text_ +=
             "     " +
             (row.says == Amounts{} ? say(language_, words::moved_only, where, shown(row.moved))
@@ -197,7 +198,7 @@ private:
     }
 
     void add(const Difference& rows) {
-        text_ += "   " + to_utf8(condition_of(rows.key)) + "\n";
+        text_ += "   " + visible(to_utf8(condition_of(rows.key))) + "\n";
         add(words::stored_row, rows.stored);
         add(words::expected_row, rows.expected);
         text_ += "     " + touches(rows.events) + "\n";
@@ -261,7 +262,9 @@ private:
         return names;
     }
 
-    [[nodiscard]] static std::string name(const BillName& bill) { return to_utf8(bill.first + u" " + bill.second); }
+    [[nodiscard]] static std::string name(const BillName& bill) {
+        return visible(to_utf8(bill.first + u" " + bill.second));
+    }
 
     [[nodiscard]] std::string bill(std::size_t event) const {
         const BillEvent& which = timeline_.events[event];
@@ -293,7 +296,7 @@ std::string report_of(const std::vector<Note>& notes, Language language) {
             fmt::format("   {}\n", std::ranges::find(remarks, first->remark, &RemarkRow::remark)->wording.in(language));
         const auto count = last - first;
         for (auto note = first; note != first + std::min(count, shown_at_most); ++note) {
-            text += "     " + note->subject + "\n";
+            text += "     " + visible(note->subject) + "\n";
         }
         if (count > shown_at_most) text += "     " + say(language, words::more_of_them, count) + "\n";
         first = last;
@@ -319,8 +322,8 @@ std::string value_text(const Variant& value, Language language) {
 }
 
 std::string broken_value_text(const BrokenValue& value, Language language) {
-    return say(language, words::broken_field, to_utf8(value.table), to_utf8(value.row), to_utf8(value.column),
-               value_text(value.value, language));
+    return visible(say(language, words::broken_field, to_utf8(value.table), to_utf8(value.row), to_utf8(value.column),
+                       value_text(value.value, language)));
 }
 
 std::string cause_text(Cause cause, Language language) {
