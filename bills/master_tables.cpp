@@ -20,11 +20,18 @@ constexpr BillColumn unit_columns[] = {
     {"factor", u"UnitConverter", ColumnType::single},
 };
 
+constexpr BillColumn minimum_columns[] = {
+    {"goods", u"GId", ColumnType::text}, {"warehouse", u"WID", ColumnType::text},
+    {"model1", u"Model1", ColumnType::text}, {"model2", u"Model2", ColumnType::text},
+    {"status", u"Status", ColumnType::whole_number}, {"minimum", u"Minimum", ColumnType::single},
+};
+
 constexpr MasterTable tables[] = {
-    //field         table         columns            keys
-    {"warehouses", u"Warehouse", warehouse_columns, 1},
-    {"goods",      u"Goods",     goods_columns,     1},
-    {"units",      u"GoodsUnit", unit_columns,      2},
+    //field         table            columns            keys needed
+    {"warehouses", u"Warehouse",    warehouse_columns, 1,   1},
+    {"goods",      u"Goods",        goods_columns,     1,   1},
+    {"units",      u"GoodsUnit",    unit_columns,      2,   2},
+    {"minimums",   u"StockMinimum", minimum_columns,   5,   1},
 };
 // clang-format on
 

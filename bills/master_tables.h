@@ -14,7 +14,8 @@ struct MasterTable {
     std::string_view field;  ///< its name in files
     const char16_t* name;
     std::span<const BillColumn> columns;
-    std::size_t keys;  ///< how many columns, from the first, are its key
+    std::size_t keys;    ///< how many columns, from the first, are its key
+    std::size_t needed;  ///< how many of these a row must give; others are empty or 0 where it does not
 };
 
 /// A row of a master table: a warehouse, a kind of goods, a unit.

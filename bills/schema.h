@@ -38,7 +38,7 @@ struct OwnTable {
 };
 
 /// The tables in which vantlo keeps what it did and was told: SavedBill, BillHistory, RepairJournal, PostingJournal,
-/// ShopDescription. Errors: as above.
+/// ShopDescription, StockMinimum. Errors: as above.
 std::vector<OwnTable> own_tables_for(std::string_view dialect);
 
 /// Errors   Failure, for any other reason than that the table is not there.

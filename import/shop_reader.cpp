@@ -339,15 +339,16 @@ void ShopReader::take_json_line(InputValue& document) {
 void ShopReader::take_row(const MasterTable& table, const InputValue& row) {
     if (!expect_object(row)) return;
     const std::span<const BillColumn> keys = table.columns.first(table.keys);
-    for (const BillColumn& column : keys) {
+    for (const BillColumn& column : keys.first(table.needed)) {
         if (!is_given(row, column.field)) return;
     }
     Record values = read_record(row, table.name, table.columns, {});
     std::string key(table.field), what;
     for (const BillColumn& column : keys) {
         const Text text = to_text(values.value(column.column));
-        if (text.empty()) return;  // reported as no text
-        if (!what.empty()) what += ' ';
+        const bool is_needed = &column - keys.data() < static_cast<std::ptrdiff_t>(table.needed);
+        if (text.empty() && is_needed) return;  // reported as no text
+        if (!what.empty() && !text.empty()) what += ' ';
         what += to_utf8(trim_blanks(text));
         key += '\n';
         key += to_utf8(trim_blanks(text));

@@ -113,7 +113,7 @@ private:
             columns_.push_back(std::move(column));
         }
         return is_bills ? needs(header, {"bill.kind", "bill.id", "goods", "quantity"})
-                        : needs_keys(header, table_->columns.first(table_->keys));
+                        : needs_keys(header, table_->columns.first(table_->needed));
     }
 
     bool needs(const TableRow& header, std::initializer_list<std::string_view> names) {

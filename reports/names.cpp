@@ -4,12 +4,12 @@
 
 namespace vantlo {
 
-std::map<Text, Text> read_names(NativeConnection& database, TextView table) {
-    std::map<Text, Text> names;
-    const RecordsetVariable rows = database.execute(u"select ID,Name from " + Text(table));
+std::map<Text, Text> read_texts(NativeConnection& database, TextView table, TextView column) {
+    std::map<Text, Text> texts;
+    const RecordsetVariable rows = database.execute(u"select ID," + Text(column) + u" from " + Text(table));
     for (; !rows->eof(); rows->move_next())
-        names[text_or_empty(rows->field(u"ID"))] = text_or_empty(rows->field(u"Name"));
-    return names;
+        texts[text_or_empty(rows->field(u"ID"))] = text_or_empty(rows->field(column));
+    return texts;
 }
 
 }  // namespace vantlo

@@ -216,3 +216,15 @@ create table ShopDescription (
     Content      memo,
     DescribedAt  datetime
 );
+
+-- How much is to be on hand at least, as `vantlo low` watches it, in base units. An empty warehouse or model stands for all of
+-- them together.
+create table StockMinimum (
+    GId      text(40) not null,
+    WID      text(40) not null,
+    Model1   text(100) not null,
+    Model2   text(100) not null,
+    Status   long not null,
+    Minimum  currency,
+    primary key (GId, WID, Model1, Model2, Status)
+);

@@ -218,3 +218,15 @@ create table if not exists ShopDescription (
     Content      text,
     DescribedAt  timestamp(0) default current_timestamp
 );
+
+-- How much is to be on hand at least, as `vantlo low` watches it, in base units. An empty warehouse or model stands for all of
+-- them together.
+create table if not exists StockMinimum (
+    GId      varchar(40) not null,
+    WID      varchar(40) not null,
+    Model1   varchar(100) not null,
+    Model2   varchar(100) not null,
+    Status   integer not null,
+    Minimum  numeric(19,4),
+    primary key (GId, WID, Model1, Model2, Status)
+);

@@ -217,3 +217,15 @@ create table if not exists ShopDescription (
     Content      nvarchar(1000000),
     DescribedAt  datetime default current_timestamp
 );
+
+-- How much is to be on hand at least, as `vantlo low` watches it, in base units. An empty warehouse or model stands for all of
+-- them together.
+create table if not exists StockMinimum (
+    GId      nvarchar(40) not null,
+    WID      nvarchar(40) not null,
+    Model1   nvarchar(100) not null,
+    Model2   nvarchar(100) not null,
+    Status   int not null,
+    Minimum  money,
+    primary key (GId, WID, Model1, Model2, Status)
+);

@@ -227,3 +227,15 @@ if object_id('ShopDescription') is null create table ShopDescription (
     Content      nvarchar(max) collate Chinese_PRC_BIN2,
     DescribedAt  datetime default current_timestamp
 );
+
+-- How much is to be on hand at least, as `vantlo low` watches it, in base units. An empty warehouse or model stands for all of
+-- them together.
+if object_id('StockMinimum') is null create table StockMinimum (
+    GId      nvarchar(40) collate Chinese_PRC_BIN2 not null,
+    WID      nvarchar(40) collate Chinese_PRC_BIN2 not null,
+    Model1   nvarchar(100) collate Chinese_PRC_BIN2 not null,
+    Model2   nvarchar(100) collate Chinese_PRC_BIN2 not null,
+    Status   int not null,
+    Minimum  money,
+    primary key (GId, WID, Model1, Model2, Status)
+);

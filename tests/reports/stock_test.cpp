@@ -6,6 +6,8 @@
 #include <random>
 
 #include "automation/calendar.h"
+#include "reports/idle_stock.h"
+#include "reports/minimums.h"
 #include "tests/reports/known_journal.h"
 
 // The ledger as lists show it, now and at earlier moments. The same on every engine.
@@ -166,6 +168,43 @@ TEST_CASE_FIXTURE(KnownJournal, "Grouped rows are added within a unit alone") {
           "G1,Screen,pc,2,14,3,12\nG2,Cable,m,1,2.5,0,2.5\nG9,,? G9,1,0.0001,0,0.0001\n");
     CHECK(grouped({StockGroup::warehouse, StockGroup::status}) ==
           "W1,Main,0,m,1,2.5,0,2.5\nW1,Main,0,pc,1,10,3,8\nW2,,0,? G9,1,0.0001,0,0.0001\nW2,,0,pc,1,4,0,4\n");
+}
+
+TEST_CASE_FIXTURE(KnownJournal,
+                  "Stock that has not moved since a moment is listed with its last movement, longest first") {
+    connection().run(
+        u"insert into Inventory(WID,GId,Model1,Model2,Status,InQty,OutQty,CurrentQty) "
+        u"values('W1','G1','red','',0,1,1,0)");
+    const auto idle = [&](TextView since) { return rows_of(list_idle_stock(connection(), {*date_from_text(since)})); };
+    CHECK(idle(u"2024-03-01") == "G2,Cable,W1,,,0,m,2.5,2024-02-01\nG1,Screen,W1,,,0,pc,8,2024-02-10 08:30:00\n");
+    CHECK(idle(u"2024-01-01").empty());
+    CHECK(rows_of(list_idle_stock(connection(), {*date_from_text(u"2024-04-01"), {u"G1"}, {u"W2"}})) ==
+          "G1,Screen,W2,,,0,pc,4,2024-03-03 12:00:00\n");
+}
+
+TEST_CASE_FIXTURE(KnownJournal, "A minimum is held against the stock of its goods, warehouse, models and status") {
+    connection().run(u"delete from StockMinimum");
+    const auto set = [&](TextView key, TextView minimum) {
+        connection().run(u"insert into StockMinimum(GId,WID,Model1,Model2,Status,Minimum) values(" + Text(key) + u"," +
+                         Text(minimum) + u")");
+    };
+    connection().run(
+        u"insert into Inventory(WID,GId,Model1,Model2,Status,InQty,OutQty,CurrentQty) "
+        u"values('W1','G1','red','',0,3,0,3)");
+    connection().run(
+        u"insert into Inventory(WID,GId,Model1,Model2,Status,InQty,OutQty,CurrentQty) "
+        u"values('W1','G1','red','',2,9,0,9)");
+    set(u"'G1','','','',0", u"15");     // 8 + 4 + 3 in all
+    set(u"'G1','W2','','',0", u"4.5");  // 4 there
+    set(u"'G1','','red','',0", u"5");   // 3 of them
+    set(u"'G2','','','',0", u"0");      // none
+    set(u"'G7','','','',0", u"2");      // never there
+    CHECK(rows_of(list_minimums(connection(), {})) ==
+          "G1,Screen,,red,,0,pc,5,3,2\nG1,Screen,W2,,,0,pc,4.5,4,0.5\nG7,,,,,0,,2,0,2\n");
+    CHECK(rows_of(list_minimums(connection(), {{u"G1"}, {}, true})) ==
+          "G1,Screen,,,,0,pc,15,15,0\nG1,Screen,,red,,0,pc,5,3,2\nG1,Screen,W2,,,0,pc,4.5,4,0.5\n");
+    CHECK(rows_of(list_minimums(connection(), {{}, {u"W2"}})) == "G1,Screen,W2,,,0,pc,4.5,4,0.5\n");
+    connection().run(u"delete from StockMinimum");
 }
 
 TEST_CASE("What a quantity's column should not hold is shown as it is, and counts as nothing") {

@@ -40,7 +40,7 @@ struct HostsShop {
         database->run_script(schema_of("sqlite"));
         database->run_script(
             "drop table SavedBill; drop table BillHistory; drop table RepairJournal; drop table PostingJournal;"
-            "drop table ShopDescription;"
+            "drop table ShopDescription; drop table StockMinimum;"
             "insert into Inventory(WID,GId,Model1,Model2,Status,InQty,OutQty,CurrentQty) values"
             "('W1','G1','','',0,10,4,6),('W2','G1','','',0,1.5,null,1.5)");
     }
@@ -137,7 +137,7 @@ TEST_CASE_FIXTURE(HostsShop, "adopt shows what it would make, and changes nothin
     CHECK(alone.exit_code == 2);
     CHECK_MESSAGE(
         alone.has("To be made: table SavedBill, table BillHistory, table RepairJournal, table PostingJournal, "
-                  "table ShopDescription, the journal of movements"),
+                  "table ShopDescription, table StockMinimum, the journal of movements"),
         alone.output);
     CHECK(alone.has("--yes"));
     CHECK(shell.vantlo("adopt --dry-run").has("create trigger if not exists StockMovementOfInsert"));

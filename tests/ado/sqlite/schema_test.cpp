@@ -38,6 +38,7 @@ TEST_CASE("The tables have the columns of the system under their own names") {
          "BeforeCurrentQty,AfterCurrentQty,BeforeRow,AfterRow,RepairedAt"},
         {"PostingJournal", "Kind,BillId,Member,ItemNo,Content,PostedAt"},
         {"ShopDescription", "Content,DescribedAt"},
+        {"StockMinimum", "GId,WID,Model1,Model2,Status,Minimum"},
         {"Warehouse", "ID,Name"},
         {"StockBill", "Id,Kind,BillDate,ReferFlag,Remarks"},
         {"StockBillItems",
