@@ -35,6 +35,11 @@ NewestMovements newest_movements(NativeConnection& database, std::int64_t most);
 /// The condition that a movement is one of the range, ` and ` before it.
 Text and_numbered(const MovementRange& range);
 
+/// The same for sums by goods: where the range has many of all movements, the condition keeps the engine from looking them up by
+/// number, one by one, since the index on goods has what is summed.
+/// Errors   Failure, if there is no journal of movements.
+Text and_numbered_for_sums(NativeConnection& database, const MovementRange& range);
+
 /// The numbers of the first and the last movement; 0 if there is none.
 struct MovementNumbers {
     std::int64_t first = 0;
@@ -47,6 +52,11 @@ MovementNumbers movement_numbers(NativeConnection& database);
 /// Whether the first movement of that number or a later one tells what changed while the journal was off.
 /// Errors   as above.
 bool is_gap(NativeConnection& database, std::int64_t number);
+
+/// Whether a movement of that number would have been the next at a time of this machine's clock: those before it are not
+/// later, give or take some minutes by which the clocks of two machines may differ.
+/// Errors   as above.
+bool was_next_movement_at(NativeConnection& database, std::int64_t number, Date moment);
 
 /// The time of this machine's clock.
 Date local_now();
