@@ -135,6 +135,19 @@ TEST_CASE_FIXTURE(Shop, "The ledger of a past day comes from the journal, and of
     CHECK(shell.vantlo("--db other.db ledger --as-of 2099").exit_code == 0);
 }
 
+TEST_CASE_FIXTURE(Shop, "A bill is found by its id alone, unless several have it") {
+    CHECK(shell.vantlo("bill B1").output == shell.vantlo("bill stock-in B1").output);
+    CHECK(shell.vantlo("bill B9").exit_code == 8);
+    CHECK(shell.vantlo("bill B9").has("there is no bill with the id \"B9\""));
+    shell.file("more.json", R"({"bills": [{"kind": "borrow-out", "id": "B1", "lines": [
+        {"goods": "G1", "quantity": 1, "supplier": "W1"}]}]})");
+    CHECK(shell.vantlo("save more.json").exit_code == 0);
+    const Finished two = shell.vantlo("bill B1");
+    CHECK(two.exit_code == 5);
+    CHECK(two.has("say of which kind: "));
+    CHECK(two.has("borrow-out"));
+}
+
 TEST_CASE("Where no journal is kept, cards and reports say how one is begun") {
     const Shell shell;
     shell.vantlo("init --no-journal");

@@ -1,7 +1,11 @@
+#include <fmt/ranges.h>
+
 #include <iostream>
+#include <utility>
 
 #include "bookkeeping/rehearsal_copy.h"
 #include "bookkeeping/stored_bill.h"
+#include "reports/lists.h"
 #include "tool/commands/command.h"
 #include "tool/output/table_output.h"
 
@@ -12,6 +16,10 @@ namespace words {
 // clang-format off
 constexpr Message bill_about     = {"显示一张已保存的单据以及它对台账的影响", "Show a stored bill and the ledger rows that it moves"};
 constexpr Message bill_example   = {"显示入库单 R1001", "Show the stock-in bill R1001"};
+constexpr Message bill_id_example = {"编号只属于一张单据时，写编号即可", "The id alone, where only one bill has it"};
+constexpr Message kind_or_id     = {"单据种类；只有一张单据有此编号时可省略", "Kind of bill; left out where only one bill has the id"};
+constexpr Message no_bill_of_id  = {"没有编号为“{}”的单据", "there is no bill with the id \"{}\""};
+constexpr Message several_bills  = {"有几张单据的编号为“{}”，请写明种类：{}", "several bills have the id \"{}\", say of which kind: {}"};
 constexpr Message moved_row      = {"台账变动", "Ledger row moved"};
 // clang-format on
 
@@ -81,8 +89,24 @@ void write_moves(const std::vector<LedgerChange>& changes, const CommonOptions& 
     std::cout << '\n' << table.text();
 }
 
+/// The kind of the one bill with that id.
+/// Errors   Reason::no_such_bill if there is none, Reason::bad_input if there are several.
+std::string only_kind_of(NativeConnection& database, const std::string& id, const CommonOptions& common) {
+    const Listing bills = list_bills(database, {.ids = {from_utf8(id)}});
+    if (bills.rows.empty()) throw TaskError(Reason::no_such_bill, common.say(words::no_bill_of_id, id));
+    std::vector<std::string> kinds;
+    for (const std::vector<Variant>& row : bills.rows) kinds.push_back(cell(row[*bills.find("kind")]));
+    if (kinds.size() > 1)
+        throw TaskError(Reason::bad_input, common.say(words::several_bills, id, fmt::join(kinds, ", ")));
+    return kinds.front();
+}
+
 /// Takes the bill back and posts it again, on a copy in memory: the second is what it moves.
-ExitCode show_bill(const CommonOptions& common, const Named& named) {
+ExitCode show_bill(const CommonOptions& common, Named named) {
+    if (named.id.empty()) {
+        named.id = std::exchange(named.kind, {});
+        named.kind = only_kind_of(*common.read(), named.id, common);
+    }
     const BillKind* const kind = known_kind(common, named.kind);
     if (kind == nullptr) return ExitCode::usage;
     const auto database = common.read();
@@ -104,11 +128,12 @@ ExitCode show_bill(const CommonOptions& common, const Named& named) {
 
 void add_bill(CLI::App& app, CommandCall& call) {
     const CommonOptions& common = call.common;
-    CLI::App* const command =
-        add_command(app, common, "bill", words::bill_about, {{"vantlo bill stock-in R1001", words::bill_example}});
+    CLI::App* const command = add_command(
+        app, common, "bill", words::bill_about,
+        {{"vantlo bill stock-in R1001", words::bill_example}, {"vantlo bill R1001", words::bill_id_example}});
     const auto named = std::make_shared<Named>();
-    command->add_option("KIND", named->kind, common.say(words::bill_kind))->required();
-    command->add_option("ID", named->id, common.say(words::bill_id))->required();
+    command->add_option("KIND", named->kind, common.say(words::kind_or_id))->required();
+    command->add_option("ID", named->id, common.say(words::bill_id));
     command->callback(
         [&call, named] { call.work = [&common = call.common, named] { return show_bill(common, *named); }; });
 }
