@@ -103,6 +103,7 @@ void add_page(CLI::App& app, CommandCall& call);
 void add_low(CLI::App& app, CommandCall& call);
 void add_minimum(CLI::App& app, CommandCall& call);
 void add_idle(CLI::App& app, CommandCall& call);
+void add_count(CLI::App& app, CommandCall& call);
 void add_bills(CLI::App& app, CommandCall& call);
 void add_goods(CLI::App& app, CommandCall& call);
 void add_warehouses(CLI::App& app, CommandCall& call);
@@ -116,8 +117,8 @@ void add_leave(CLI::App& app, CommandCall& call);
 
 /// The commands in the order in which the help lists them.
 inline constexpr void (*add_commands[])(CLI::App&, CommandCall&) = {
-    add_init,   add_new,    add_fields, add_save,  add_import,  add_delete, add_bill,   add_bills, add_ledger,
-    add_card,   add_report, add_page,   add_low,   add_minimum, add_idle,   add_goods,  add_units, add_warehouses,
-    add_verify, add_repair, add_backup, add_adopt, add_journal, add_leave,  add_explain};
+    add_init,       add_new,    add_fields, add_save,   add_import,  add_delete,  add_bill,  add_bills,  add_ledger,
+    add_card,       add_report, add_page,   add_low,    add_minimum, add_idle,    add_count, add_goods,  add_units,
+    add_warehouses, add_verify, add_repair, add_backup, add_adopt,   add_journal, add_leave, add_explain};
 
 }  // namespace vantlo
