@@ -135,6 +135,7 @@ DoubtfulNames doubtful_names(NativeConnection& database, std::span<const MasterR
     DoubtfulNames doubtful;
     Known known;
     for (const MasterTable& table : master_tables()) {
+        if (table.field == "minimums") continue;  // no bill names one, and not every account may read them
         const bool is_of_warehouses = table.field == "warehouses";
         if_there([&] {
             for (const auto& row : rows_named(database, table, is_of_warehouses ? named.warehouses : named.goods))

@@ -59,8 +59,8 @@ public:
     SheetReader(const SourceText& source, InputErrors& errors)
         : source_(source),
           errors_(errors),
-          separator_(separator_of(source.text())),
-          rows_(source, errors, separator_) {}
+          dialect_(detect_dialect(source.text(), {})),
+          rows_(source, errors, dialect_) {}
 
     CountedSheet read() {
         const std::optional<TableRow> header = rows_.next();
