@@ -203,14 +203,32 @@ public:
             ++number;
         }
         if (negative == 0) return "<p>" + word("none_negative") + "</p>";
-        std::string html =
-            "<div class=\"scroll\" role=\"region\" aria-labelledby=\"negative-caption\" tabindex=\"0\"><table>"
-            "<caption id=\"negative-caption\">" +
-            word("negative_rows") + "</caption><thead><tr>";
-        for (const auto& [name, classes] : attention_columns) html += head(name, classes);
-        html += "</tr></thead><tbody>" + rows + "</tbody></table></div>";
-        if (negative > shown) html += "<p class=\"note\">" + words("more_negative", Count(negative - shown)) + "</p>";
-        return html;
+        return table("negative", "negative_rows", attention_columns) + rows + "</tbody></table></div>" +
+               more("more_negative", negative - shown);
+    }
+
+    /// What runs low.
+    std::string low() const {
+        if (!page_.minimums || page_.minimums->rows.empty()) return note(word("no_minimum_set"));
+        const Listing& list = *page_.minimums;
+        std::string rows;
+        std::size_t low = 0;
+        for (const auto& row : list.rows) {
+            const auto cell = [&](std::string_view column) { return row[*list.find(column)]; };
+            const auto text_cell = [&](std::string_view column, std::string_view classes) {
+                return "<td" + class_of(classes) + ">" + html_text(cell_text(cell(column))) + "</td>";
+            };
+            if (to_currency(cell("shortage")) == Currency() || ++low > most_rows_of_attention) continue;
+            rows += "<tr><td>" + named(to_text(cell("goods")), to_text(cell("goods_name"))) + "</td>" +
+                    text_cell("warehouse", "") + text_cell("model1", "") + text_cell("model2", "secondary") +
+                    text_cell("status", "secondary");
+            for (const std::string_view column : {"minimum", "on_hand", "shortage"})
+                rows += quantity_cell(to_currency(cell(column)));
+            rows += text_cell("unit", "") + "</tr>\n";
+        }
+        if (low == 0) return "<p>" + word("none_low") + "</p>";
+        return table("low", "low_rows", low_columns) + rows + "</tbody></table></div>" +
+               more("more_low", low > most_rows_of_attention ? low - most_rows_of_attention : 0);
     }
 
     std::string warehouses() const {
@@ -319,6 +337,9 @@ private:
     static constexpr Column attention_columns[] = {
         {"warehouse", ""},       {"goods", ""},         {"model1", ""}, {"model2", "secondary"},
         {"status", "secondary"}, {"on_hand", "number"}, {"unit", ""}};
+    static constexpr Column low_columns[] = {{"goods", ""},           {"warehouse", ""},       {"model1", ""},
+                                             {"model2", "secondary"}, {"status", "secondary"}, {"minimum", "number"},
+                                             {"on_hand", "number"},   {"shortage", "number"},  {"unit", ""}};
     static constexpr Column warehouse_columns[] = {{"warehouse", ""},      {"unit", ""},         {"rows", "number"},
                                                    {"received", "number"}, {"issued", "number"}, {"on_hand", "number"}};
     static constexpr Column month_columns[] = {{"month", ""},          {"unit", ""},         {"opening", "number"},
@@ -327,15 +348,26 @@ private:
         {"time", "time"},       {"entry", ""},        {"bill", ""},          {"line", "number secondary"},
         {"received", "number"}, {"issued", "number"}, {"balance", "number"}, {"by", "secondary"}};
 
-    /// The beginning of a table that opens when its title is chosen, up to its first row.
-    [[nodiscard]] std::string folded_table(std::string_view id, std::string_view title, std::string_view caption,
-                                           std::span<const Column> columns) const {
+    /// The beginning of a table, up to its first row.
+    [[nodiscard]] std::string table(std::string_view id, std::string_view caption,
+                                    std::span<const Column> columns) const {
         std::string html = fmt::format(
-            "<details><summary>{}</summary><div class=\"scroll\" role=\"region\" aria-labelledby=\"{}-caption\" "
-            "tabindex=\"0\"><table><caption id=\"{}-caption\">{}</caption><thead><tr>",
-            word(title), id, id, word(caption));
+            "<div class=\"scroll\" role=\"region\" aria-labelledby=\"{}-caption\" tabindex=\"0\"><table><caption "
+            "id=\"{}-caption\">{}</caption><thead><tr>",
+            id, id, word(caption));
         for (const auto& [name, classes] : columns) html += head(name, classes);
         return html + "</tr></thead><tbody>";
+    }
+
+    /// The same of a table that opens when its title is chosen.
+    [[nodiscard]] std::string folded_table(std::string_view id, std::string_view title, std::string_view caption,
+                                           std::span<const Column> columns) const {
+        return "<details><summary>" + word(title) + "</summary>" + table(id, caption, columns);
+    }
+
+    /// That so many rows are not shown; nothing if that is none.
+    [[nodiscard]] std::string more(std::string_view name, std::size_t rows) const {
+        return rows == 0 ? "" : note(words(name, Count(rows)));
     }
 
     static Currency sum(Currency left, Currency right) {
@@ -416,7 +448,7 @@ std::string page_html(const StockPage& page, const std::string& database, const 
         if (name == "figures") return parts.figures();
         if (name == "verification") return parts.verification();
         if (name == "warehouses") return parts.warehouses();
-        if (name == "attention_tables") return parts.attention();
+        if (name == "attention_tables") return parts.attention() + parts.low();
         if (name == "journal") return parts.journal();
         if (name == "months") return parts.months();
         if (name == "ledger_heads") return parts.ledger_heads();

@@ -7,8 +7,10 @@
 
 #include "ado/native/snapshot.h"
 #include "audit/verification.h"
+#include "bills/schema.h"
 #include "bookkeeping/journal.h"
 #include "reports/lists.h"
+#include "reports/minimums.h"
 #include "reports/period_report.h"
 #include "tool/output/list_output.h"
 #include "tool/output/verify_report.h"
@@ -96,6 +98,11 @@ StockPage read_stock_page(NativeConnection& database, std::int64_t movements, La
     page.made_at = local_now();
     page.utc_offset = utc_offset();
     page.ledger = read_stock(database, {});
+    if (has_table(database, "StockMinimum")) {
+        MinimumsWanted wanted;
+        wanted.with_enough = true;
+        page.minimums = list_minimums(database, wanted);
+    }
     if (page.has_journal) read_journal(database, movements, language, page);
     page.bills = count_bills(database);
     page.verdict = ask_verify(database, language);

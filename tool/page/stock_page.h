@@ -7,6 +7,7 @@
 
 #include "ado/native/native_connection.h"
 #include "automation/error_text.h"
+#include "reports/listing.h"
 #include "reports/stock.h"
 #include "reports/stock_card.h"
 
@@ -33,6 +34,7 @@ struct StockPage {
     std::string engine;
     std::vector<StockRow> ledger;
     std::optional<std::size_t> bills;  ///< unknown where it is not known how bills are read
+    std::optional<Listing> minimums;   ///< all, as list_minimums has them; nothing where no table of minimums is there
     Verdict verdict;
 
     bool has_journal = false;

@@ -391,6 +391,21 @@ class OtherShops(unittest.TestCase):
         self.browser.wait_for("document.querySelectorAll('#card-table tbody tr').length === 50")
         self.assertEqual(self.browser.messages, [])
 
+    def test_what_runs_low_is_shown_with_what_is_missing(self):
+        sqlite(self.folder, "insert into Goods (ID, Name, Unit) values ('G1', 'screen', 'pc'), ('G2', 'cable', 'm');"
+                            "insert into Inventory values ('W1', 'G1', '', '', 0, '', '', 3, 0, 3, ''), ('W1', 'G2', '', '', 0, '', '', 3, 0, 3, '')")
+        self.open()
+        self.assertIn("No minimum stock is set", self.browser.run("document.querySelector('#attention').textContent"))
+        vantlo(self.folder, "minimum", "G2", "2")
+        self.open()
+        self.assertIn("No goods are below their minimum stock.", self.browser.run("document.querySelector('#attention').textContent"))
+        vantlo(self.folder, "minimum", "G1", "5.5")
+        self.open()
+        rows = self.browser.run("[...document.querySelectorAll('#attention tbody tr')].map((row) => [...row.cells].map((cell) => cell.textContent))")
+        self.assertEqual(rows, [["G1 screen", "", "", "", "0", "5.5", "3", "2.5", "pc"]])
+        self.assertEqual(self.browser.run(FAULTS), [])
+        self.assertEqual(self.browser.messages, [])
+
     def test_without_a_journal_there_are_neither_cards_nor_charts_and_the_page_says_why(self):
         vantlo(self.folder, "leave", "--yes")
         sqlite(self.folder, "insert into Inventory values ('W1', 'G1', '', '', 0, '', '', 1, 0, 1, '')")
