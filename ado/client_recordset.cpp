@@ -15,7 +15,8 @@ constexpr std::int32_t state_open = 1;
 class ClientRecordset final : public Recordset {
 public:
     ClientRecordset() = default;
-    explicit ClientRecordset(ResultTable result) : table_(std::move(result)), is_open_(table_.yields_rows) {}
+    ClientRecordset(ResultTable result, TextView statement)
+        : table_(std::move(result)), statement_(statement), is_open_(table_.yields_rows) {}
 
     void set_active_connection(Connection* connection) override { connection_ = ConnectionReference(connection); }
     void set_cursor_location(std::int32_t location) override { cursor_location_ = location; }
@@ -45,7 +46,10 @@ public:
         require_open();
         const auto column = std::ranges::find_if(
             table_.columns, [name](const Text& column_name) { return equal_ignoring_case(column_name, name); });
-        if (column == table_.columns.end()) throw Failure(error::no_such_item, "no field " + to_utf8(name));
+        if (column == table_.columns.end()) {
+            const std::string result = statement_.empty() ? "" : " in the result of: " + to_utf8(statement_);
+            throw Failure(error::no_such_item, "no field " + to_utf8(name) + result);
+        }
         if (is_at_end()) throw Failure(error::no_current_row);
         return table_.rows[row_][static_cast<std::size_t>(column - table_.columns.begin())];
     }
@@ -76,6 +80,7 @@ private:
     // each call. Without `open`, the rows are in table_.
     RecordsetVariable executed_;
     ResultTable table_;
+    Text statement_;
     std::size_t row_ = 0;
     bool is_open_ = false;
 };
@@ -84,8 +89,8 @@ private:
 
 RecordsetVariable make_client_recordset() { return std::make_unique<ClientRecordset>(); }
 
-RecordsetVariable make_client_recordset(ResultTable result) {
-    return std::make_unique<ClientRecordset>(std::move(result));
+RecordsetVariable make_client_recordset(ResultTable result, TextView statement) {
+    return std::make_unique<ClientRecordset>(std::move(result), statement);
 }
 
 }  // namespace vantlo

@@ -18,8 +18,9 @@ struct ResultTable {
     std::optional<std::int64_t> changed_rows = {};
 };
 
-/// A recordset over a ResultTable, opened through a connection or made of a result.
+/// A recordset over a ResultTable, opened through a connection or made of a result. `statement` is what gave the result: the
+/// failure of an unknown field names it.
 RecordsetVariable make_client_recordset();
-RecordsetVariable make_client_recordset(ResultTable result);
+RecordsetVariable make_client_recordset(ResultTable result, TextView statement = {});
 
 }  // namespace vantlo

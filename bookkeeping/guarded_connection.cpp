@@ -23,7 +23,7 @@ RecordsetVariable GuardedConnection::execute(TextView statement) {
         if (show_) show_(statement);
         ResultTable result = database_->run(statement);
         if (posting_guard_ != nullptr) posting_guard_->after(statement, result);
-        return make_client_recordset(std::move(result));
+        return make_client_recordset(std::move(result), statement);
     });
 }
 

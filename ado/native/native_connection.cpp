@@ -14,6 +14,8 @@ void NativeConnection::run_script(const std::string& script) {
     for (const Text& statement : statements_of(script)) run(statement);
 }
 
-RecordsetVariable NativeConnection::execute(TextView statement) { return make_client_recordset(run(statement)); }
+RecordsetVariable NativeConnection::execute(TextView statement) {
+    return make_client_recordset(run(statement), statement);
+}
 
 }  // namespace vantlo
