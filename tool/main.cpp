@@ -8,9 +8,9 @@
 
 #include "automation/error.h"
 #include "bookkeeping/interrupt.h"
+#include "output/visible.h"
 #include "tool/commands/command.h"
 #include "tool/manual.h"
-#include "tool/output/visible.h"
 
 namespace vantlo::words {
 

@@ -1,10 +1,10 @@
 #include <doctest/doctest.h>
 
 #include "audit/ledger_conditions.h"
+#include "output/conditions_report.h"
 #include "support/stock_bills.h"
 #include "tests/support/empty_shop.h"
 #include "tests/support/sample_shop.h"
-#include "tool/output/conditions_report.h"
 
 // What servers do to a ledger that is not as schema/ makes it, and what keeps postings from being spoilt by it.
 

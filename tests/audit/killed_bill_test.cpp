@@ -6,11 +6,11 @@
 
 #include "audit/verification.h"
 #include "component/inventory_class.h"
+#include "output/verify_report.h"
 #include "support/stock_bills.h"
 #include "tests/support/killing_connection.h"
 #include "tests/support/sample_shop.h"
 #include "tests/support/temporary_folder.h"
-#include "tool/output/verify_report.h"
 
 // A host that stores a bill, posts its lines without a transaction, and is killed meanwhile.
 

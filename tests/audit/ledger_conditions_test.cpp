@@ -5,8 +5,8 @@
 #include "ado/native/open_connection.h"
 #include "bills/schema.h"
 #include "bookkeeping/own_tables.h"
+#include "output/conditions_report.h"
 #include "tests/support/sample_shop.h"
-#include "tool/output/conditions_report.h"
 
 namespace vantlo::test {
 namespace {

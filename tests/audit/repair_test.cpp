@@ -2,9 +2,9 @@
 
 #include <doctest/doctest.h>
 
+#include "output/repair_script.h"
+#include "output/verify_report.h"
 #include "tests/audit/spoilings.h"
-#include "tool/output/repair_script.h"
-#include "tool/output/verify_report.h"
 
 namespace vantlo::test {
 namespace {

@@ -4,7 +4,7 @@
 
 #include "audit/repair.h"
 #include "audit/repair_undo.h"
-#include "tool/output/verify_report.h"
+#include "output/verify_report.h"
 
 // Repairs that are run and undone, on any engine.
 

@@ -8,9 +8,9 @@
 #include "audit/repair_plan.h"
 #include "automation/calendar.h"
 #include "bookkeeping/bill_history.h"
+#include "output/verify_report.h"
 #include "tests/audit/many_movements.h"
 #include "tests/audit/spoilings.h"
-#include "tool/output/verify_report.h"
 
 namespace vantlo::test {
 namespace {

@@ -6,12 +6,12 @@
 
 #include "ado/native/snapshot.h"
 #include "audit/repair.h"
+#include "output/repair_script.h"
+#include "output/verify_report.h"
 #include "tests/audit/many_movements.h"
 #include "tests/audit/repairs.h"
 #include "tests/audit/spoilings.h"
 #include "tests/support/empty_shop.h"
-#include "tool/output/repair_script.h"
-#include "tool/output/verify_report.h"
 
 // verify and repair on every server of this run.
 

@@ -3,9 +3,9 @@
 #include <cstdlib>
 #include <ctime>
 
+#include "output/list_output.h"
 #include "reports/period_report.h"
 #include "tests/support/journaled_database.h"
-#include "tool/output/list_output.h"
 
 namespace vantlo::test {
 

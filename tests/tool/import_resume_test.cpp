@@ -3,9 +3,9 @@
 
 #include <string>
 
+#include "output/progress_bar.h"
 #include "tests/support/shell.h"
 #include "tests/support/terminal.h"
-#include "tool/output/progress_bar.h"
 
 // A long import in a terminal is killed, interrupted and resumed; the sums are exact in the end.
 

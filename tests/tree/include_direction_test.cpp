@@ -96,7 +96,7 @@ const std::vector<std::vector<std::string>> levels = {
     {"bills", "com"},
     {"bookkeeping"},
     {"audit", "import", "reports"},
-    {"tool/output"},
+    {"output"},
     {"tool/page"},
     {"tool/commands"},
     {"tool"},
@@ -156,9 +156,9 @@ const Fence fences[] = {
     {"sql.h",        {"ado/odbc/"}},
     {"sqlext.h",     {"ado/odbc/"}},
     {"sqlucode.h",   {"ado/odbc/"}},
-    {"unistd.h",     {"tool/"}},
-    {"fcntl.h",      {"tool/"}},
-    {"sys/",         {"tool/"}},
+    {"unistd.h",     {"output/", "tool/"}},
+    {"fcntl.h",      {"output/", "tool/"}},
+    {"sys/",         {"output/", "tool/"}},
 };
 // clang-format on
 

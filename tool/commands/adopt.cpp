@@ -10,9 +10,9 @@
 #include "bookkeeping/journal.h"
 #include "bookkeeping/own_tables.h"
 #include "bookkeeping/shop_description.h"
+#include "output/conditions_report.h"
+#include "output/journal_report.h"
 #include "tool/commands/own_parts.h"
-#include "tool/output/conditions_report.h"
-#include "tool/output/journal_report.h"
 
 namespace vantlo {
 

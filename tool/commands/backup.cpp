@@ -2,8 +2,8 @@
 #include <iostream>
 
 #include "ado/sqlite/online_copy.h"
+#include "output/replace_file.h"
 #include "tool/commands/command.h"
-#include "tool/output/replace_file.h"
 
 namespace vantlo {
 

@@ -5,9 +5,9 @@
 
 #include "bookkeeping/rehearsal_copy.h"
 #include "bookkeeping/stored_bill.h"
+#include "output/table_output.h"
 #include "reports/lists.h"
 #include "tool/commands/command.h"
-#include "tool/output/table_output.h"
 
 namespace vantlo {
 

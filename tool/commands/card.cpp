@@ -1,12 +1,12 @@
 #include <iostream>
 
 #include "ado/native/snapshot.h"
+#include "output/card_text.h"
+#include "output/ledger_table.h"
 #include "reports/stock.h"
 #include "reports/stock_card.h"
 #include "tool/commands/command.h"
 #include "tool/commands/list_options.h"
-#include "tool/output/card_text.h"
-#include "tool/output/ledger_table.h"
 
 namespace vantlo {
 

@@ -11,8 +11,8 @@
 #include "automation/error.h"
 #include "bookkeeping/rehearsal.h"
 #include "bookkeeping/rehearsal_copy.h"
-#include "tool/output/closest_name.h"
-#include "tool/output/sql_comment.h"
+#include "output/closest_name.h"
+#include "output/sql_comment.h"
 
 namespace vantlo {
 

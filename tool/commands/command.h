@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "bookkeeping/bookkeeping.h"
+#include "output/words.h"
 #include "tool/commands/exit_code.h"
-#include "tool/output/words.h"
 
 namespace vantlo {
 

@@ -2,8 +2,8 @@
 #include <iostream>
 
 #include "audit/member_sample.h"
+#include "output/table_output.h"
 #include "tool/commands/command.h"
-#include "tool/output/table_output.h"
 
 namespace vantlo {
 

@@ -4,9 +4,9 @@
 #include "bookkeeping/import_journal.h"
 #include "bookkeeping/interrupt.h"
 #include "import/shop_reader.h"
+#include "output/progress_bar.h"
 #include "tool/commands/command.h"
 #include "tool/commands/file_checks.h"
-#include "tool/output/progress_bar.h"
 
 namespace vantlo {
 

@@ -4,9 +4,9 @@
 #include "bills/schema.h"
 #include "bookkeeping/journal.h"
 #include "bookkeeping/own_tables.h"
+#include "output/conditions_report.h"
+#include "output/journal_report.h"
 #include "tool/commands/command.h"
-#include "tool/output/conditions_report.h"
-#include "tool/output/journal_report.h"
 
 namespace vantlo {
 

@@ -3,8 +3,8 @@
 #include <iostream>
 #include <memory>
 
+#include "output/journal_report.h"
 #include "tool/commands/command.h"
-#include "tool/output/journal_report.h"
 
 namespace vantlo {
 

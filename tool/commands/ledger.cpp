@@ -2,11 +2,11 @@
 
 #include "ado/native/snapshot.h"
 #include "automation/calendar.h"
+#include "output/ledger_table.h"
 #include "reports/movements.h"
 #include "reports/stock.h"
 #include "tool/commands/command.h"
 #include "tool/commands/list_options.h"
-#include "tool/output/ledger_table.h"
 
 namespace vantlo {
 

@@ -6,8 +6,8 @@
 #include <iostream>
 
 #include "bookkeeping/journal.h"
-#include "tool/output/table_output.h"
-#include "tool/output/visible.h"
+#include "output/table_output.h"
+#include "output/visible.h"
 
 namespace vantlo {
 

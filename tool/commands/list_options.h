@@ -1,9 +1,9 @@
 #pragma once
 
+#include "output/list_output.h"
 #include "reports/listing.h"
 #include "reports/selection.h"
 #include "tool/commands/command.h"
-#include "tool/output/list_output.h"
 
 namespace vantlo {
 

@@ -1,8 +1,8 @@
 #include <iostream>
 
 #include "ado/odbc/connection_string.h"
+#include "output/replace_file.h"
 #include "tool/commands/command.h"
-#include "tool/output/replace_file.h"
 #include "tool/page/stock_page.h"
 
 namespace vantlo {

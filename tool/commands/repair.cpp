@@ -10,12 +10,12 @@
 #include "audit/repair_undo.h"
 #include "automation/error.h"
 #include "bills/schema.h"
+#include "output/conditions_report.h"
+#include "output/repair_report.h"
+#include "output/repair_script.h"
+#include "output/verify_report.h"
+#include "output/visible.h"
 #include "tool/commands/command.h"
-#include "tool/output/conditions_report.h"
-#include "tool/output/repair_report.h"
-#include "tool/output/repair_script.h"
-#include "tool/output/verify_report.h"
-#include "tool/output/visible.h"
 
 namespace vantlo {
 

@@ -3,10 +3,10 @@
 #include "ado/native/snapshot.h"
 #include "audit/ledger_conditions.h"
 #include "audit/verification.h"
+#include "output/conditions_report.h"
+#include "output/verify_json.h"
+#include "output/verify_report.h"
 #include "tool/commands/command.h"
-#include "tool/output/conditions_report.h"
-#include "tool/output/verify_json.h"
-#include "tool/output/verify_report.h"
 
 namespace vantlo {
 

@@ -3,7 +3,7 @@
 #include <nettle/base64.h>
 #include <nettle/sha2.h>
 
-#include "tool/output/visible.h"
+#include "output/visible.h"
 
 namespace vantlo {
 

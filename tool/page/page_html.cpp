@@ -9,9 +9,9 @@
 #include <tuple>
 
 #include "automation/calendar.h"
-#include "tool/output/card_text.h"
-#include "tool/output/list_output.h"
-#include "tool/output/visible.h"
+#include "output/card_text.h"
+#include "output/list_output.h"
+#include "output/visible.h"
 #include "tool/page/assets.h"
 #include "tool/page/html_text.h"
 #include "tool/page/page_words.h"

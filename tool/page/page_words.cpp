@@ -4,7 +4,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "tool/output/words.h"
+#include "output/words.h"
 
 namespace vantlo {
 

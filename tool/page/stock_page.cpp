@@ -9,11 +9,11 @@
 #include "audit/verification.h"
 #include "bills/schema.h"
 #include "bookkeeping/journal.h"
+#include "output/list_output.h"
+#include "output/verify_report.h"
 #include "reports/lists.h"
 #include "reports/minimums.h"
 #include "reports/period_report.h"
-#include "tool/output/list_output.h"
-#include "tool/output/verify_report.h"
 
 namespace vantlo {
 

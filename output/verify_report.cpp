@@ -1,4 +1,4 @@
-#include "tool/output/verify_report.h"
+#include "output/verify_report.h"
 
 #include <fmt/format.h>
 
@@ -6,8 +6,8 @@
 
 #include "automation/calendar.h"
 #include "automation/number_text.h"
-#include "tool/output/visible.h"
-#include "tool/output/words.h"
+#include "output/visible.h"
+#include "output/words.h"
 
 namespace vantlo {
 

@@ -1,4 +1,4 @@
-#include "tool/output/csv_field.h"
+#include "output/csv_field.h"
 
 #include <charconv>
 #include <string_view>

@@ -1,4 +1,4 @@
-#include "tool/output/replace_file.h"
+#include "output/replace_file.h"
 
 #include <fcntl.h>
 #include <unistd.h>

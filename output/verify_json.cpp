@@ -1,4 +1,4 @@
-#include "tool/output/verify_json.h"
+#include "output/verify_json.h"
 
 #include <algorithm>
 #include <nlohmann/json.hpp>

@@ -1,4 +1,4 @@
-#include "tool/output/list_output.h"
+#include "output/list_output.h"
 
 #include <fmt/format.h>
 
@@ -11,8 +11,8 @@
 #include "automation/calendar.h"
 #include "automation/number_text.h"
 #include "bills/bill_kinds.h"
-#include "tool/output/table_output.h"
-#include "tool/output/words.h"
+#include "output/table_output.h"
+#include "output/words.h"
 
 namespace vantlo {
 

@@ -1,4 +1,4 @@
-#include "tool/output/ledger_table.h"
+#include "output/ledger_table.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
-#include "tool/output/repair_script.h"
+#include "output/repair_script.h"
 
-#include "tool/output/sql_comment.h"
-#include "tool/output/verify_report.h"
+#include "output/sql_comment.h"
+#include "output/verify_report.h"
 
 namespace vantlo {
 

@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "automation/error_text.h"
+#include "output/csv_field.h"
 #include "reports/listing.h"
-#include "tool/output/csv_field.h"
 
 namespace vantlo {
 

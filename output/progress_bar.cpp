@@ -1,4 +1,4 @@
-#include "tool/output/progress_bar.h"
+#include "output/progress_bar.h"
 
 #include <fmt/format.h>
 #include <sys/ioctl.h>
@@ -9,9 +9,9 @@
 #include <iostream>
 #include <string_view>
 
-#include "tool/output/table_output.h"
-#include "tool/output/visible.h"
-#include "tool/output/words.h"
+#include "output/table_output.h"
+#include "output/visible.h"
+#include "output/words.h"
 
 namespace vantlo {
 

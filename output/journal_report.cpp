@@ -1,4 +1,4 @@
-#include "tool/output/journal_report.h"
+#include "output/journal_report.h"
 
 namespace vantlo {
 

@@ -1,7 +1,7 @@
-#include "tool/output/repair_report.h"
+#include "output/repair_report.h"
 
 #include "automation/message.h"
-#include "tool/output/table_output.h"
+#include "output/table_output.h"
 
 namespace vantlo {
 

@@ -1,4 +1,4 @@
-#include "tool/output/visible.h"
+#include "output/visible.h"
 
 #include <doctest/doctest.h>
 

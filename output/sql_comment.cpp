@@ -1,4 +1,4 @@
-#include "tool/output/sql_comment.h"
+#include "output/sql_comment.h"
 
 namespace vantlo {
 

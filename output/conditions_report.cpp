@@ -1,4 +1,4 @@
-#include "tool/output/conditions_report.h"
+#include "output/conditions_report.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
-#include "tool/output/card_text.h"
+#include "output/card_text.h"
 
 #include "automation/message.h"
-#include "tool/output/list_output.h"
+#include "output/list_output.h"
 
 namespace vantlo {
 

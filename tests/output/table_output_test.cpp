@@ -1,4 +1,4 @@
-#include "tool/output/table_output.h"
+#include "output/table_output.h"
 
 #include <doctest/doctest.h>
 

@@ -1,4 +1,4 @@
-#include "tool/output/closest_name.h"
+#include "output/closest_name.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "tool/output/table_output.h"
+#include "output/table_output.h"
 
 #include <unistd.h>
 #include <uniwidth.h>
@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "tool/output/visible.h"
+#include "output/visible.h"
 
 namespace vantlo {
 

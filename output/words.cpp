@@ -1,4 +1,4 @@
-#include "tool/output/words.h"
+#include "output/words.h"
 
 #include <cstdlib>
 
