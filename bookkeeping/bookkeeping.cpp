@@ -211,7 +211,7 @@ public:
 private:
     struct Outcome {
         std::string what;
-        std::vector<std::string> warnings;
+        std::vector<Warning> warnings;
         std::vector<LedgerChange> changes;
     };
 
@@ -231,7 +231,7 @@ private:
     void report_warnings() {
         if (observer_ == nullptr) return;
         for (const Outcome& outcome : outcomes_) {
-            for (const std::string& warning : outcome.warnings) observer_->warns(outcome.what, warning);
+            for (const Warning& warning : outcome.warnings) observer_->warns(outcome.what, warning);
         }
     }
 

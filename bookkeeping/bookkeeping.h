@@ -29,7 +29,7 @@ public:
     /// The connection was lost and cannot be opened at once; it is tried for so long at most.
     virtual void waits_for_connection(std::chrono::milliseconds /*longest*/) {}
     /// Something is dubious; told once the bill is in the database, or has failed.
-    virtual void warns(const std::string& /*bill*/, const std::string& /*what*/) {}
+    virtual void warns(const std::string& /*bill*/, const Warning& /*warning*/) {}
     /// The bill is in the database, and has moved these rows.
     virtual void ends(const std::vector<LedgerChange>& /*changes*/) {}
 };

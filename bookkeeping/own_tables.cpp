@@ -6,10 +6,8 @@
 
 namespace vantlo {
 
-namespace {
-
-/// The tables that a script makes.
-std::vector<std::string> table_names(const std::string& script) {
+std::vector<std::string> system_tables(std::string_view dialect) {
+    const std::string script = schema_for(dialect);
     constexpr std::string_view behind_name = " (\n";
     std::vector<std::string> names;
     for (std::size_t end = script.find(behind_name); end != std::string::npos;
@@ -19,8 +17,6 @@ std::vector<std::string> table_names(const std::string& script) {
     }
     return names;
 }
-
-}  // namespace
 
 std::vector<MissingColumn> missing_own_columns(NativeConnection& database) {
     const std::string_view dialect = database.dialect().name;
@@ -45,7 +41,7 @@ std::vector<MissingColumn> missing_own_columns(NativeConnection& database) {
 std::vector<TableWithoutRollback> tables_without_rollback(NativeConnection& database) {
     const char16_t* const query = database.dialect().without_rollback_query;
     if (query == nullptr) return {};
-    const std::vector<std::string> own = table_names(schema_for(database.dialect().name));
+    const std::vector<std::string> own = system_tables(database.dialect().name);
     std::vector<TableWithoutRollback> tables;
     const RecordsetVariable rows = database.execute(query);
     for (; !rows->eof(); rows->move_next()) {

@@ -7,6 +7,9 @@
 
 namespace vantlo {
 
+/// The tables of the system, as the schema of a dialect makes them. Errors: std::runtime_error for a dialect without one.
+std::vector<std::string> system_tables(std::string_view dialect);
+
 /// A column that a table of vantlo's own lacks, since an earlier version made the table, and the statement that adds it.
 struct MissingColumn {
     std::string table;

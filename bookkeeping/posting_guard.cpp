@@ -140,10 +140,10 @@ void PostingGuard::look_at(const Bill& bill) {
         });
     };
     const BillKind& kind = *bill.kind;
-    if (has_null(bill.header, kind.header->columns)) findings_.warnings.emplace_back(words::null_header.in(language_));
+    if (has_null(bill.header, kind.header->columns)) warn(words::null_header);
     for (std::size_t i = 0; i < bill.lines.size(); ++i) {
         if (!has_null(bill.lines[i], kind.lines->columns)) continue;
-        findings_.warnings.push_back(say(language_, words::null_quantity, i + 1));
+        warn(words::null_quantity, i + 1);
     }
     std::vector<FieldFault> faults = field_faults(bill);
     while (!faults.empty()) {
@@ -153,8 +153,7 @@ void PostingGuard::look_at(const Bill& bill) {
         const std::string subject = first.line == 0 ? words::header_has.in(language_)
                                     : count == 1    ? say(language_, words::line_has, first.line)
                                                     : say(language_, words::lines_have, Count(count), first.line);
-        findings_.warnings.push_back(
-            say(language_, first.is_missing ? words::warehouse_missing : words::field_ignored, subject, first.field));
+        warn(first.is_missing ? words::warehouse_missing : words::field_ignored, subject, first.field);
     }
 }
 
@@ -164,7 +163,7 @@ void PostingGuard::require_reversible(const Bill& bill) {
         const bool has_signs = use.puts_minus_signs_together(part) && has_negative_quantity(record, bill, part);
         if (!has_signs || !has_comment(u"CurrentQty--3", database_.dialect().minus_minus)) return;
         const std::string subject = line == 0 ? words::header_has.in(language_) : say(language_, words::line_has, line);
-        refuse_unless_forced(say(language_, words::irreversible, subject));
+        refuse_unless_forced(words::irreversible, say(language_, words::irreversible, subject));
     };
     require(bill.header, BillPart::header, 0);
     for (std::size_t i = 0; i < bill.lines.size(); ++i) require(bill.lines[i], BillPart::line, i + 1);
@@ -201,21 +200,21 @@ void PostingGuard::require_opposite(const Bill& bill, const std::vector<PostedQu
     if (!is_whole) rows.resize(most_rows);
     const std::string what = say(language_, words::other_quantity, fmt::join(rows, "; ")) + (is_whole ? "" : "; ...");
     if (!field_use_of(*bill.kind).inserts_as_it_updates) {
-        findings_.warnings.push_back(what);
+        findings_.warnings.push_back({&words::other_quantity, what});
         return;
     }
-    refuse_unless_forced(what);
+    refuse_unless_forced(words::other_quantity, what);
 }
 
 void PostingGuard::before(TextView statement) {
     require_rollback();
     if (!has_comment(statement, database_.dialect().minus_minus)) return;
-    refuse_unless_forced(say(language_, words::comment_in_statement, to_utf8(statement)));
+    refuse_unless_forced(words::comment_in_statement, say(language_, words::comment_in_statement, to_utf8(statement)));
 }
 
-void PostingGuard::refuse_unless_forced(const std::string& what) {
+void PostingGuard::refuse_unless_forced(const Message& sort, const std::string& what) {
     if (rules_.is_forced) {
-        findings_.warnings.push_back(what);
+        findings_.warnings.push_back({&sort, what});
         return;
     }
     throw TaskError(Reason::refused, what);
@@ -247,8 +246,8 @@ void PostingGuard::require_one_row(TextView statement, const ResultTable& result
                                                !rows_of(condition + u" and " + condition_of_change(statement)).empty());
     if (is_as_it_was) throw TaskError(Reason::refused, say(language_, words::not_written, to_utf8(statement)));
     if (action == LedgerAction::insert || rows.size() == 1) return;
-    refuse_unless_forced(
-        say(language_, words::several_rows, key_text(rows.front(), language_), rows.size(), to_utf8(statement)));
+    refuse_unless_forced(words::several_rows, say(language_, words::several_rows, key_text(rows.front(), language_),
+                                                  rows.size(), to_utf8(statement)));
 }
 
 void PostingGuard::note_unit_look_up(TextView statement, const ResultTable& result) {
@@ -258,7 +257,7 @@ void PostingGuard::note_unit_look_up(TextView statement, const ResultTable& resu
     const Text base_unit =
         u"select ID from Goods where ID=" + GetSqlVal(lookup->gid) + u" and Unit=" + GetSqlVal(lookup->unit);
     if (!database_.run(base_unit).rows.empty()) return;
-    findings_.warnings.push_back(say(language_, words::unknown_unit, to_utf8(lookup->gid), to_utf8(lookup->unit)));
+    warn(words::unknown_unit, to_utf8(lookup->gid), to_utf8(lookup->unit));
 }
 
 void PostingGuard::note_ledger_look_up(TextView statement, const ResultTable& result) {
@@ -297,7 +296,7 @@ void PostingGuard::look_at_stock(const std::vector<LedgerChange>& changes) {
         const std::string key = key_text(*change.after, language_);
         const std::string what = say(language_, words::negative_stock, key, quantity_text(change.after->on_hand));
         if (rules_.refuses_negative) throw TaskError(Reason::refused, what);
-        if (findings_.is_new(from_utf8(key))) findings_.warnings.push_back(what);
+        if (findings_.is_new(from_utf8(key))) findings_.warnings.push_back({&words::negative_stock, what});
     }
 }
 

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "ado/native/native_connection.h"
-#include "automation/error_text.h"
+#include "automation/message.h"
 #include "bills/bill.h"
 #include "bills/ledger_row.h"
 #include "bookkeeping/posted_quantities.h"
@@ -25,10 +25,16 @@ struct LedgerChange {
     std::optional<LedgerRow> after;
 };
 
+/// Something dubious. Warnings of one sort are worded by the same message.
+struct Warning {
+    const Message* sort;
+    std::string text;
+};
+
 /// The warnings of all bills. A unit without a factor, and a ledger row below zero, are reported once.
 class Findings {
 public:
-    std::vector<std::string> warnings;  ///< of the bill at hand
+    std::vector<Warning> warnings;  ///< of the bill at hand
 
     /// Notes a finding. Returns whether it is a new one.
     bool is_new(Text what) { return !noted_.contains(what) && noted_now_.insert(std::move(what)).second; }
@@ -87,7 +93,11 @@ private:
         std::vector<LedgerRow> rows;
     };
 
-    void refuse_unless_forced(const std::string& what);
+    template <typename... Values>
+    void warn(const Message& wording, const Values&... values) {
+        findings_.warnings.push_back({&wording, say(language_, wording, values...)});
+    }
+    void refuse_unless_forced(const Message& sort, const std::string& what);
     void require_rollback();
     void require_one_row(TextView statement, const ResultTable& result);
     void note_unit_look_up(TextView statement, const ResultTable& result);

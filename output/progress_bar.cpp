@@ -1,7 +1,6 @@
 #include "output/progress_bar.h"
 
 #include <fmt/format.h>
-#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -25,6 +24,7 @@ constexpr Message progress       = {"{} {:3}%  {}/{} 行  {} 行/秒  剩余 {}"
 
 namespace {
 
+constexpr std::size_t usual_width = 80;
 constexpr std::string_view start_of_empty_line = "\r\x1B[K";
 
 /// Minutes and seconds, with hours once there are any: `0:05`, `1:02:03`.
@@ -37,12 +37,6 @@ std::string clock_text(double seconds) {
 bool is_terminal() {
     const char* const terminal = std::getenv("TERM");
     return ::isatty(STDERR_FILENO) == 1 && terminal != nullptr && std::string_view(terminal) != "dumb";
-}
-
-std::size_t terminal_width() {
-    winsize size{};
-    const bool is_known = ::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
-    return is_known ? size.ws_col : 80;
 }
 
 }  // namespace
@@ -64,12 +58,12 @@ std::string progress_line(std::size_t done, std::size_t total, std::chrono::dura
 }
 
 ProgressBar::ProgressBar(std::size_t total, Language language)
-    : total_(total), language_(language), is_visible_(is_terminal()) {
+    : total_(total), language_(language), is_visible_(std::clog.rdbuf() != nullptr && is_terminal()) {
     show(0);
 }
 
 ProgressBar::~ProgressBar() {
-    if (is_visible_) std::ostream(unfiltered(std::cerr)) << start_of_empty_line << std::flush;
+    if (is_visible_) std::ostream(unfiltered(std::clog)) << start_of_empty_line << std::flush;
 }
 
 void ProgressBar::show(std::size_t done) {
@@ -77,8 +71,10 @@ void ProgressBar::show(std::size_t done) {
     if (!is_visible_ || now - drawn_ < std::chrono::milliseconds(100)) return;
     drawn_ = now;
     // The last column stays free: some terminals go to the next line there.
-    std::ostream(unfiltered(std::cerr)) << start_of_empty_line
-                                        << progress_line(done, total_, now - started_, terminal_width() - 1, language_)
+    std::ostream(unfiltered(std::clog)) << start_of_empty_line
+                                        << progress_line(done, total_, now - started_,
+                                                         terminal_width(STDERR_FILENO).value_or(usual_width) - 1,
+                                                         language_)
                                         << std::flush;
 }
 

@@ -12,7 +12,7 @@ namespace vantlo {
 std::string progress_line(std::size_t done, std::size_t total, std::chrono::duration<double> passed, std::size_t width,
                           Language language);
 
-/// Shows progress on stderr if that is a terminal, else nothing; its destructor removes it.
+/// Shows progress on stderr if that is a terminal and std::clog is not silenced, else nothing; its destructor removes it.
 class ProgressBar {
 public:
     ProgressBar(std::size_t total, Language language);

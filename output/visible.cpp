@@ -73,8 +73,10 @@ private:
     std::string text_;
 };
 
-VisibleStreams::VisibleStreams() : stdout_buffer_(std::cout.rdbuf()), stderr_buffer_(std::cerr.rdbuf()) {
+VisibleStreams::VisibleStreams()
+    : stdout_buffer_(std::cout.rdbuf()), stderr_buffer_(std::cerr.rdbuf()), log_buffer_(std::clog.rdbuf()) {
     std::cerr.rdbuf(new Filter(stderr_buffer_));
+    std::clog.rdbuf(std::cerr.rdbuf());
     if (::isatty(STDOUT_FILENO) == 1) std::cout.rdbuf(new Filter(stdout_buffer_));
 }
 
@@ -84,6 +86,7 @@ VisibleStreams::~VisibleStreams() {
         stream.flush();
         const std::unique_ptr<std::streambuf> filter(stream.rdbuf(buffer));
     };
+    std::clog.rdbuf(log_buffer_);
     restore(std::cout, stdout_buffer_);
     restore(std::cerr, stderr_buffer_);
 }

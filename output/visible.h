@@ -16,6 +16,9 @@ std::string visible(std::string_view text);
 std::string visible_lines(std::string_view text);
 
 /// Makes stderr, and stdout if it is a terminal, write visible_lines of what they are given, as long as it lives.
+///
+/// std::cerr has errors, warnings and questions; std::clog, on stderr too, what only says how the work goes, and may be
+/// silenced: std::clog.rdbuf(nullptr).
 class VisibleStreams {
 public:
     VisibleStreams();
@@ -29,9 +32,10 @@ private:
 
     std::streambuf* stdout_buffer_;
     std::streambuf* stderr_buffer_;
+    std::streambuf* log_buffer_;
 };
 
-/// The buffer of std::cout or std::cerr without that filter: for the program's own colours and progress bars.
+/// The buffer of std::cout, std::cerr or std::clog without that filter: for the program's own colours and progress bars.
 std::streambuf* unfiltered(std::ostream& stream);
 
 }  // namespace vantlo

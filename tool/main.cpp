@@ -1,40 +1,35 @@
 // vantlo: the native reference host. It stores bills and posts them through the component.
 
-#include <fmt/ranges.h>
+#include <fcntl.h>
+#include <unistd.h>
 
-#include <algorithm>
 #include <iostream>
 #include <span>
 
 #include "automation/error.h"
 #include "bookkeeping/interrupt.h"
+#include "output/table_output.h"
 #include "output/visible.h"
-#include "tool/commands/command.h"
+#include "tool/command_line_fault.h"
+#include "tool/complete.h"
+#include "tool/failure_text.h"
+#include "tool/help.h"
 #include "tool/manual.h"
 
 namespace vantlo::words {
 
 // clang-format off
 constexpr Message about          = {"使商店的库存台账与单据保持一致。", "Keeps a shop's stock ledger in step with its bills."};
-constexpr Message usage          = {"用法", "Usage"};
-constexpr Message arguments      = {"参数", "Arguments"};
-constexpr Message options        = {"选项", "Options"};
-constexpr Message required       = {"（必填）", "(required)"};
 constexpr Message version_option = {"显示版本、数据库引擎和驱动程序并退出", "Show the versions of the program, the engine and its driver, and exit"};
 constexpr Message db_option      = {"数据库：SQLite 文件、sqlite:文件，或 ODBC 连接字符串；集群的每个节点写一次。缺省为环境变量 VANTLO_DB，再缺省为 vantlo.db",
                                            "Database: an SQLite file, sqlite:FILE, or an ODBC connection string; once for each node of a cluster. By default the environment's VANTLO_DB, else vantlo.db"};
 constexpr Message show_sql_option = {"在标准错误上显示每条发出的语句", "Show every statement on stderr as it is sent"};
 constexpr Message lang_option    = {"语言：zh 或 en；缺省取自区域设置", "Language: zh or en; by default that of the locale"};
-constexpr Message main_footer     = {
-    "每个命令都有自己的帮助和示例：vantlo save --help",
-    "Every command has help and examples of its own: vantlo save --help"};
-constexpr Message something_missing = {"缺少参数或命令（{}）", "something is missing ({})"};
-constexpr Message something_unknown = {"不认识的参数或命令（{}）", "something is unknown ({})"};
-constexpr Message bad_value      = {"值无效（{}）", "a value is wrong ({})"};
+constexpr Message quiet_option   = {"只显示错误、警告和询问，不显示进度和结果", "Show errors, warnings and questions only: no progress, and not what was done"};
+constexpr Message main_footer    = {"每个命令都有自己的帮助和示例：vantlo help save", "Every command has help and examples of its own: vantlo help save"};
 constexpr Message see_help       = {"运行 {} --help 查看用法。", "Run {} --help for more."};
 constexpr Message exit_codes     = {"退出码：", "Exit codes:"};
 constexpr Message no_stdout      = {"标准输出无法写入", "stdout cannot be written"};
-constexpr Message see_init       = {"vantlo init 建立缺少的数据表。", "vantlo init makes the tables that are missing."};
 constexpr Message internal_error = {"内部错误（{}）；数据库中只有已完整保存的单据。请连同所用命令一并报告。",
                                            "internal error ({}); the database holds whole bills only. Please report it with the command line."};
 // clang-format on
@@ -63,25 +58,23 @@ Language language_of(std::span<char* const> arguments) {
 }
 
 void add_help(CLI::App& app, const CommonOptions& common) {
-    const auto formatter = app.get_formatter();
-    formatter->label("Usage", common.say(words::usage));
-    formatter->label("Positionals", common.say(words::arguments));
-    formatter->label("OPTIONS", common.say(words::option_badge));
-    formatter->label("SUBCOMMAND", common.say(words::command_badge));
-    formatter->label("REQUIRED", common.say(words::required));
+    app.formatter(std::make_shared<HelpFormatter>(common));
     app.set_help_flag("-h,--help", common.say(words::help_option));
     app.footer(common.say(words::main_footer) + "\n\n" + common.say(words::exit_codes) + "\n" +
                exit_code_list(common.language, "  ", "  ", "\n"));
 }
 
 void add_common_options(CLI::App& app, CommonOptions& common) {
-    app.add_option("--db", common.databases, common.say(words::db_option))->allow_extra_args(false);
+    app.add_option("--db", common.databases, common.say(words::db_option))
+        ->allow_extra_args(false)
+        ->type_name("DATABASE");
     app.add_flag("--show-sql", common.show_sql, common.say(words::show_sql_option));
+    app.add_flag("-q,--quiet", common.is_quiet, common.say(words::quiet_option));
     const std::string about_language = common.say(words::lang_option);  // language_of has read its value
     app.add_option("--lang", about_language)->check(CLI::IsMember({"zh", "en"}))->type_name("LANGUAGE");
     // Its work comes after the options above, so that it knows the database.
     app.set_version_flag(
-        "--version", [&common] { return "vantlo " VANTLO_VERSION "\n" + common.engine(); },
+        "-V,--version", [&common] { return "vantlo " VANTLO_VERSION "\n" + common.engine(); },
         common.say(words::version_option));
 }
 
@@ -98,30 +91,8 @@ void add_printing(CLI::App& app, const CommonOptions& common) {
         ->group("");
 }
 
-/// What is wrong with a command line, in the user's language before the parser's own words.
-std::string explanation(const CLI::ParseError& failure, const CommonOptions& common) {
-    struct Row {
-        const char* name;
-        const Message& wording;
-    };
-    static constexpr Row rows[] = {
-        {"RequiredError", words::something_missing}, {"ArgumentMismatch", words::something_missing},
-        {"ExtrasError", words::something_unknown},   {"ConversionError", words::bad_value},
-        {"ValidationError", words::bad_value},
-    };
-    for (const Row& row : rows) {
-        if (failure.get_name() == row.name) return common.say(row.wording, failure.what());
-    }
-    return failure.what();
-}
-
-int usage_error(const std::string& what) {
-    std::cerr << "vantlo: " << what << '\n';
-    return static_cast<int>(ExitCode::usage);
-}
-
 /// Tells the user about the exception that is being handled. Returns the exit code that says the same.
-ExitCode report_current_exception(const CommonOptions& common) {
+ExitCode report_current_exception(const CommonOptions& common, bool creates) {
     try {
         throw;
     } catch (const TaskError& error) {
@@ -129,8 +100,7 @@ ExitCode report_current_exception(const CommonOptions& common) {
         std::cerr << (error.reason() == Reason::bad_input ? "" : "vantlo: ") << error.what() << '\n';
         return exit_code_of(error.reason());
     } catch (const Failure& failure) {
-        std::cerr << "vantlo: " << account_of(failure, common.language) << '\n';
-        if (failure.number() == error::no_such_table) std::cerr << common.say(words::see_init) << '\n';
+        std::cerr << "vantlo: " << failure_text(failure, common, creates) << '\n';
         return ExitCode::no_database;
     } catch (const std::exception& defect) {
         std::cerr << "vantlo: " << common.say(words::internal_error, defect.what()) << '\n';
@@ -138,44 +108,79 @@ ExitCode report_current_exception(const CommonOptions& common) {
     }
 }
 
-ExitCode run(const CommandCall& call) {
+ExitCode finish_stdout(const CommonOptions& common) {
+    if (std::cout.flush()) return ExitCode::done;
+    std::cerr << "vantlo: " << common.say(words::no_stdout) << '\n';
+    return ExitCode::cannot_write;
+}
+
+ExitCode run(const CommandCall& call, bool creates) {
     collect_messages();
     ask_before_interrupting();
     try {
         const ExitCode code = call.work();
-        if (!std::cout.flush()) throw TaskError(Reason::cannot_write, call.common.say(words::no_stdout));
-        return code;
+        const ExitCode written = finish_stdout(call.common);
+        return written == ExitCode::done ? code : written;
     } catch (...) {
-        return report_current_exception(call.common);
+        return report_current_exception(call.common, creates);
+    }
+}
+
+/// Help, version or another text that ends the program; or what is wrong with the command line.
+ExitCode end_of_parsing(const CLI::App& app, const CLI::ParseError& failure, const CommonOptions& common) {
+    const bool is_help = failure.get_name() == "CallForHelp";
+    const bool names_nothing_known = app.get_subcommands().empty() && !app.remaining(true).empty();
+    if (failure.get_exit_code() == 0 && !(is_help && names_nothing_known)) {
+        app.exit(failure);
+        return finish_stdout(common);
+    }
+    std::cerr << "vantlo: " << command_line_fault(app, failure, common) << '\n'
+              << common.say(words::see_help, app.got_subcommand("help") ? "vantlo" : called_as(app)) << '\n';
+    return ExitCode::usage;
+}
+
+/// Opens stdin, stdout and stderr where they are closed, so that each use of them fails: otherwise the next file or
+/// connection gets their number, and what is meant for the user would be written into it.
+void occupy_closed_streams() {
+    for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        const bool is_closed = ::fcntl(descriptor, F_GETFD) == -1;
+        if (is_closed) ::open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY);
     }
 }
 
 }  // namespace
 
 int main(int count, char** arguments) {
+    occupy_closed_streams();
     const VisibleStreams visible_streams;
+    fit_tables_to(terminal_width(STDOUT_FILENO));
     CommandCall call;
     CommonOptions& common = call.common;
     common.language = language_of({arguments, static_cast<std::size_t>(count)});
     CLI::App app(common.say(words::about), "vantlo");
     app.require_subcommand(1);
     app.fallthrough();
-    app.option_defaults()->group(common.say(words::options));
     add_help(app, common);
     add_common_options(app, common);
     add_printing(app, common);
     for (const auto add_command : add_commands) add_command(app, call);
+    add_help_command(app, common);
+    add_complete_command(app, call);
+    if (count <= 1) {
+        std::cerr << app.help();
+        return static_cast<int>(ExitCode::usage);
+    }
     try {
         app.parse(count, arguments);
     } catch (const CLI::ParseError& failure) {
-        if (failure.get_exit_code() == 0) return app.exit(failure);
-        const std::vector<std::string> unknown = app.remaining(true);
-        const std::string what = unknown.empty() ? explanation(failure, common)
-                                                 : common.say(words::something_unknown, fmt::join(unknown, " "));
-        return usage_error(what + "\n" + common.say(words::see_help, "vantlo"));
+        return static_cast<int>(end_of_parsing(app, failure, common));
     } catch (const std::exception&) {
-        return static_cast<int>(report_current_exception(common));
+        return static_cast<int>(report_current_exception(common, false));
     }
-    if (const Message* const fault = common.fault_of_databases()) return usage_error(common.say(*fault));
-    return static_cast<int>(run(call));
+    if (const Message* const fault = common.fault_of_databases()) {
+        std::cerr << "vantlo: " << common.say(*fault) << '\n';
+        return static_cast<int>(ExitCode::usage);
+    }
+    if (common.is_quiet) std::clog.rdbuf(nullptr);
+    return static_cast<int>(run(call, app.got_subcommand("init")));
 }

@@ -19,10 +19,10 @@ namespace vantlo::test {
 class Terminal {
 public:
     /// Starts a command as a shell reads it.
-    explicit Terminal(const std::string& command) {
+    explicit Terminal(const std::string& command, unsigned short columns = 100) {
         winsize size{};
         size.ws_row = 24;
-        size.ws_col = 100;
+        size.ws_col = columns;
         process_ = ::forkpty(&master_, nullptr, nullptr, &size);
         REQUIRE(process_ >= 0);
         if (process_ == 0) {

@@ -36,15 +36,28 @@ inline std::vector<std::string> fenced_blocks(const std::string& markdown) {
     return blocks;
 }
 
-/// Runs the commands of a block, its lines that begin with `$ `, each of which must end with 0. Returns the block as it would be now: each command, and
-/// below it what it writes to stdout.
-inline std::string run_transcript(const Shell& shell, const std::string& block) {
+/// A page of the tree as its readers see it: those of the Chinese one have a Chinese locale.
+struct DocumentPage {
+    std::string name;
+    std::string locale;
+};
+
+/// A page and its Chinese translation.
+/// Example  `docs/verify` -> docs/verify.md, docs/verify.zh.md
+inline std::vector<DocumentPage> both_languages(const std::string& name) {
+    return {{std::string(VANTLO_SOURCE_DIR "/") + name + ".md", "C.UTF-8"},
+            {std::string(VANTLO_SOURCE_DIR "/") + name + ".zh.md", "zh_CN.UTF-8"}};
+}
+
+/// Runs the commands of a block, its lines that begin with `$ `, each of which must end with 0. Returns the block as it would
+/// be now: each command, and below it what it writes to stdout.
+inline std::string run_transcript(const Shell& shell, const std::string& block, const std::string& locale = "C.UTF-8") {
     std::string printed;
     std::istringstream lines(block);
     for (std::string line; std::getline(lines, line);) {
         if (!line.starts_with("$ ")) continue;
-        const Finished finished =
-            shell.run("vantlo() { '" + shell.program() + "' \"$@\" 2>/dev/null; }; " + line.substr(2));
+        const Finished finished = shell.run("export LC_ALL=" + locale + "; vantlo() { '" + shell.program() +
+                                            "' \"$@\" 2>/dev/null; }; " + line.substr(2));
         CHECK_MESSAGE(finished.exit_code == 0, line);
         printed += line + "\n" + finished.output;
     }

@@ -7,6 +7,7 @@
 #include "ado/native/open_connection.h"
 #include "tests/support/shell.h"
 #include "tests/support/terminal.h"
+#include "tests/support/transcript.h"
 
 // How vantlo behaves towards its user: help, languages, streams, passwords, interrupts.
 
@@ -140,6 +141,91 @@ TEST_CASE("vantlo refuses names that are no database's before it opens or makes 
     CHECK(shell.vantlo("--db a.db --db b.db init").exit_code == 2);
     CHECK(shell.vantlo("--db 'DSN=shop;Passwd=geheim' ledger").exit_code == 2);
     CHECK(shell.run("ls -A").output.empty());
+}
+
+TEST_CASE("--quiet leaves out what only says how the work went, and keeps errors and warnings") {
+    const Shell shell;
+    shell.file("bill.json", R"({"bills": [)" + bill("B1", 1) + "]}");
+    shell.file("out.json", R"({"bills": [{"kind": "stock-out", "id": "S1", "date": "2024-03-05",
+        "lines": [{"goods": "G0", "quantity": 5, "supplier": "W1"}]}]})");
+    for (const std::string command : {"--quiet init", "-q save bill.json", "import -q bill.json", "--quiet backup b.db",
+                                      "-q delete stock-in B1", "-q repair"}) {
+        const Finished finished = shell.vantlo(command);
+        CHECK_MESSAGE(finished.exit_code == 0, command);
+        CHECK_MESSAGE(finished.output.empty(), command, ": ", finished.output);
+    }
+    CHECK(shell.vantlo("-q save out.json").output ==
+          "vantlo: warning: stock-out S1: W1 G0, status 0 goes to -5 on hand\n");
+    CHECK(shell.vantlo("-q delete stock-in B7").output == "vantlo: stock-in B7: there is no such bill\n");
+    CHECK(shell.vantlo("-q ledger").has("Total of 1 row"));
+}
+
+TEST_CASE("A bill that is not there is no failed posting, whatever is to be done with it") {
+    const Shell shell;
+    shell.vantlo("init");
+    for (const std::string command : {"bill stock-in X1", "delete stock-in X1", "delete --dry-run stock-in X1"}) {
+        const Finished finished = shell.vantlo(command);
+        CHECK_MESSAGE(finished.exit_code == 8, command);
+        CHECK_MESSAGE(finished.output.ends_with("vantlo: stock-in X1: there is no such bill\n"), finished.output);
+    }
+}
+
+TEST_CASE("init says which database it means, what it made and what was there") {
+    const Shell shell;
+    const std::string engine =
+        "(SQLite " + shell.run("sqlite3 --version | cut -d' ' -f1 | tr -d '\\n'").output + ").\n";
+    const std::string schema = text_of(VANTLO_SOURCE_DIR "/schema/sqlite.sql");
+    int count = 0;
+    for (std::size_t at = schema.find("create table"); at != std::string::npos;
+         at = schema.find("create table", at + 1))
+        ++count;
+    const std::string tables = std::to_string(count) + " tables";
+    CHECK(shell.vantlo("--db shop.db init").output ==
+          "Made " + tables + " and the journal of movements in shop.db " + engine);
+    CHECK(shell.vantlo("--db shop.db init").output == "Nothing was made: shop.db has all " + tables + " " + engine);
+    CHECK(shell.vantlo("--lang zh --db shop.db init").output ==
+          "shop.db 中原有全部 " + std::to_string(count) + " 个数据表，未建立任何内容" +
+              ("（" + engine.substr(1, engine.size() - 4)) + "）。\n");
+    shell.run("sqlite3 shop.db 'drop table BillHistory; drop table ShopDescription'");
+    CHECK(shell.vantlo("--db shop.db init").output == "Made in shop.db: table BillHistory, table ShopDescription; " +
+                                                          std::to_string(count - 2) + " tables were there " + engine);
+    CHECK(shell.vantlo("--db plain.db init --no-journal").output == "Made " + tables + " in plain.db " + engine);
+}
+
+TEST_CASE("Of warnings of one sort the first are shown and the others counted, unless all are wanted") {
+    const Shell shell;
+    shell.vantlo("init");
+    std::string bills;
+    for (int i = 0; i < 300; ++i) {
+        bills += (i == 0 ? "" : ",") + std::string(R"({"kind": "stock-out", "id": "S)") + std::to_string(i) +
+                 R"(", "lines": [{"goods": "G)" + std::to_string(i) +
+                 R"(", "quantity": 1, "unit": "box", "supplier": "W1"}]})";
+    }
+    shell.file("bills.json", R"({"bills": [)" + bills + "]}");
+    const Finished rehearsed = shell.vantlo("import --dry-run --all-warnings bills.json >/dev/null");
+    CHECK(std::ranges::count(rehearsed.output, '\n') == 601);
+    const Finished imported = shell.vantlo("import bills.json");
+    CHECK(imported.exit_code == 0);
+    CHECK_MESSAGE(std::ranges::count(imported.output, '\n') == 13, imported.output);
+    CHECK(imported.has(
+        "vantlo: warning: 295 more like the first, \"stock-out S0: goods G0 have no unit \"box\": it counts "
+        "as one base unit\"; --all-warnings shows them all\n"));
+    CHECK(imported.has("295 more like the first, \"stock-out S0: W1 G0, status 0 goes to -1 on hand\""));
+    CHECK(
+        imported.output.ends_with("Imported 0 rows of master data and 300 bills with 300 lines; 0 bills were there "
+                                  "already.\n"));
+}
+
+TEST_CASE("A table or field that a database lacks is named, with the command that makes it") {
+    const Shell shell;
+    shell.vantlo("init");
+    shell.run("sqlite3 vantlo.db 'alter table Inventory rename column InQty to Received'");
+    const Finished column = shell.vantlo("ledger");
+    CHECK(column.exit_code == 4);
+    CHECK_MESSAGE(column.has("the table Inventory has no column InQty. vantlo init adds"), column.output);
+    CHECK(column.has("vantlo adopt --dry-run shows what is missing."));
+    shell.run("sqlite3 vantlo.db 'drop table Inventory'");
+    CHECK(shell.vantlo("--lang zh ledger").has("vantlo: 数据库中没有表 Inventory。vantlo init "));
 }
 
 TEST_CASE("Ctrl-C rolls back the bill at hand, keeps those before it, and says so") {

@@ -104,8 +104,8 @@ void try_description(NativeConnection& database, const std::string& content, con
         throw;
     }
     database.roll_back();
-    for (const auto& [kind, count] : bills) std::cerr << common.say(words::bills_read, kind, Count(count)) << '\n';
-    std::cerr << common.say(words::lines_read, Count(lines)) << '\n';
+    for (const auto& [kind, count] : bills) std::clog << common.say(words::bills_read, kind, Count(count)) << '\n';
+    std::clog << common.say(words::lines_read, Count(lines)) << '\n';
 }
 
 ExitCode propose(NativeConnection& database, const CommonOptions& common) {
@@ -153,7 +153,7 @@ ExitCode adopt(const CommonOptions& common, const AdoptOptions& options, bool sa
     if (lacks_journal) missing.add(common.say(words::journal_parts));
     if (description) missing.add(common.say(words::the_description));
     if (missing.empty()) {
-        std::cerr << common.say(words::nothing_missing) << '\n';
+        std::clog << common.say(words::nothing_missing) << '\n';
     } else {
         if (const auto exit_code = not_confirmed(common, common.say(words::would_make, missing.text()), says_yes))
             return *exit_code;
@@ -161,7 +161,7 @@ ExitCode adopt(const CommonOptions& common, const AdoptOptions& options, bool sa
         if (lacks_journal) switch_journal_on(*database);
         if (description) keep_description(*database, *description);
     }
-    if (bill_sources(*database, common.language).empty()) std::cerr << common.say(words::not_described) << '\n';
+    if (bill_sources(*database, common.language).empty()) std::clog << common.say(words::not_described) << '\n';
     const JournalStatus status = journal_status(*database);
     std::cout << report_of(status, common.language);
     return status.unexplained.empty() ? ExitCode::done : ExitCode::differs;

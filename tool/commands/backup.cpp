@@ -72,7 +72,7 @@ ExitCode back_up(const CommonOptions& common, const Wanted& wanted) {
     try {
         copy_sqlite_database(source, beside);
         switch (move_into_place(beside, wanted.file, sqlite_beginning, wanted.replaces)) {
-            case Replaced::done: std::cerr << common.say(words::backed_up, wanted.file) << '\n'; return ExitCode::done;
+            case Replaced::done: std::clog << common.say(words::backed_up, wanted.file) << '\n'; return ExitCode::done;
             case Replaced::not_written: throw cannot_write();
             case Replaced::is_something_else: break;
         }

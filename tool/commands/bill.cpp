@@ -1,11 +1,16 @@
 #include <fmt/ranges.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <iostream>
 #include <utility>
 
 #include "bookkeeping/rehearsal_copy.h"
 #include "bookkeeping/stored_bill.h"
+#include "output/list_output.h"
 #include "output/table_output.h"
+#include "output/visible.h"
+#include "output/wrapped_text.h"
 #include "reports/lists.h"
 #include "tool/commands/command.h"
 
@@ -44,22 +49,36 @@ private:
 
 std::string cell(const Variant& value) { return value.is<Null>() ? "null" : to_utf8(to_text(value)); }
 
+/// A field as people read it: in English as bill files call it.
+std::string field_title(std::string_view field, Language language) {
+    return language == Language::english ? std::string(field) : title_of(field, language);
+}
+
 /// The fields of a bill file beside their values; two columns that one field fills are shown once.
-void write_header(const Bill& bill) {
-    std::cout << bill.kind->name << ' ' << bill.kind->chinese_name << ' ' << to_utf8(bill.id) << '\n';
+void write_header(const Bill& bill, Language language) {
+    if (language == Language::english) std::cout << bill.kind->name << ' ';
+    std::cout << bill.kind->chinese_name << ' ' << to_utf8(bill.id) << '\n';
     for (const BillColumn& column : bill.kind->header->columns) {
-        std::cout << fmt::format("  {:10} {}\n", column.field, cell(bill.header.value(column.column)));
+        constexpr std::size_t title_width = 10;
+        const std::string title = field_title(column.field, language);
+        const std::string beginning =
+            "  " + title + std::string(title_width - std::min(title_width, cell_width(title)) + 1, ' ');
+        const std::string value = cell(bill.header.value(column.column));
+        const std::optional<std::size_t> width = terminal_width(STDOUT_FILENO);
+        const std::size_t indent = cell_width(beginning);
+        std::cout << beginning << (width ? wrapped_text(visible(value), *width, indent) : value) << '\n';
     }
 }
 
-void write_lines(const Bill& bill) {
+void write_lines(const Bill& bill, Language language) {
     std::vector<TableOutput::Column> titles = {{"#", TableOutput::Align::right}};
     std::vector<BillColumn> columns;
     for (const BillColumn& column : bill.kind->lines->columns) {
         if (!columns.empty() && columns.back().field == column.field) continue;
         columns.push_back(column);
         const bool is_text = column.type == ColumnType::text;
-        titles.push_back({std::string(column.field), is_text ? TableOutput::Align::left : TableOutput::Align::right});
+        titles.push_back(
+            {field_title(column.field, language), is_text ? TableOutput::Align::left : TableOutput::Align::right});
     }
     TableOutput table(titles);
     for (std::size_t i = 0; i < bill.lines.size(); ++i) {
@@ -118,8 +137,8 @@ ExitCode show_bill(const CommonOptions& common, Named named) {
     Bookkeeping rehearsal([&] { return copy; }, latest, common.language, GuardRules{.is_forced = true});
     const Bill bill = rehearsal.reverse(*kind, from_utf8(named.id));
     rehearsal.save(bill);
-    write_header(bill);
-    write_lines(bill);
+    write_header(bill, common.language);
+    write_lines(bill, common.language);
     write_moves(latest->changes(), common);
     return ExitCode::done;
 }

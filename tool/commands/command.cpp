@@ -13,6 +13,7 @@
 #include "bookkeeping/rehearsal_copy.h"
 #include "output/closest_name.h"
 #include "output/sql_comment.h"
+#include "tool/commands/wait_notice.h"
 
 namespace vantlo {
 
@@ -23,13 +24,13 @@ constexpr Message confirmation   = {"{} 是否继续？[y/N] ", "{} Go on? [y/N]
 constexpr Message yes_needed     = {"无法询问；请加 --yes", "nobody can be asked: say --yes"};
 constexpr Message commands       = {"命令", "Commands"};
 constexpr Message examples       = {"示例", "Examples"};
-constexpr Message command_footer   = {
-    "对所有命令都有效的选项见 vantlo --help。",
-    "The options of every command: vantlo --help."};
+constexpr Message command_footer = {"对所有命令都有效的选项见 vantlo --help。", "The options of every command: vantlo --help."};
 constexpr Message unknown_kind   = {"没有“{}”这种单据；单据种类有", "there is no kind of bill \"{}\"; the kinds are"};
 constexpr Message did_you_mean   = {"是否想写“{}”？", "Did you mean \"{}\"?"};
 constexpr Message connection_lost = {"与数据库的连接已断开；将在 {} 秒内反复重新连接，正在处理的单据随后重做", "the connection to the database was lost: for {} seconds it is tried again and again, then the bill at hand is done once more"};
 constexpr Message warning        = {"警告：{}：{}", "warning: {}: {}"};
+constexpr Message more_warnings  = {"警告：另有 {} 条同类警告，第一条是“{}”；--all-warnings 全部显示", "warning: {} more like the first, \"{}\"; --all-warnings shows them all"};
+constexpr Message warnings_option = {"显示每一条警告，而不只是每类的前几条", "Show every warning, not only the first ones of each sort"};
 constexpr Message force_option   = {"即使会改变每一行台账或同一键的几行、冲回的数量不同，也执行", "Send even a statement that changes every row of the ledger, or several rows of one key, and take back other quantities than were posted"};
 constexpr Message negative_option = {"拒绝使结存变为负数的单据", "Refuse bills that take stock below zero"};
 constexpr Message dry_run_option = {"只显示将发出的语句以及台账的前后变化，不写入任何数据", "Show the statements and what they change in the ledger, and write nothing"};
@@ -94,6 +95,17 @@ std::string change_text(const LedgerChange& change, const CommonOptions& common)
 class PostingReport final : public BookkeepingObserver {
 public:
     explicit PostingReport(const CommonOptions& common) : common_(common) {}
+    PostingReport(const PostingReport&) = delete;
+    PostingReport& operator=(const PostingReport&) = delete;
+
+    /// Counts the warnings that were left out.
+    ~PostingReport() override {
+        for (const Sort& sort : sorts_) {
+            if (sort.warnings > shown_of_each_sort && !common_.shows_all_warnings)
+                std::cerr << "vantlo: "
+                          << common_.say(words::more_warnings, sort.warnings - shown_of_each_sort, sort.first) << '\n';
+        }
+    }
 
     void begins(const std::string& bill) override {
         if (common_.dry_run) std::cout << sql_comment(bill);
@@ -110,8 +122,11 @@ public:
                                  std::chrono::duration_cast<std::chrono::seconds>(longest).count())
                   << '\n';
     }
-    void warns(const std::string& bill, const std::string& what) override {
-        std::cerr << "vantlo: " << common_.say(words::warning, bill, what) << '\n';
+    void warns(const std::string& bill, const Warning& warning) override {
+        auto sort = std::ranges::find(sorts_, warning.sort, &Sort::sort);
+        if (sort == sorts_.end()) sort = sorts_.insert(sort, {warning.sort, bill + ": " + warning.text, 0});
+        if (++sort->warnings <= shown_of_each_sort || common_.shows_all_warnings)
+            std::cerr << "vantlo: " << common_.say(words::warning, bill, warning.text) << '\n';
     }
     void ends(const std::vector<LedgerChange>& changes) override {
         if (!common_.dry_run) return;
@@ -119,7 +134,16 @@ public:
     }
 
 private:
+    static constexpr std::size_t shown_of_each_sort = 5;
+
+    struct Sort {
+        const Message* sort;
+        std::string first;
+        std::size_t warnings;
+    };
+
     const CommonOptions& common_;
+    std::vector<Sort> sorts_;
 };
 
 /// Asks the user on the terminal to confirm what is about to happen.
@@ -151,7 +175,7 @@ const Message* CommonOptions::fault_of_databases() const {
 }
 
 Connect CommonOptions::connect(bool may_create) const {
-    const Connect connect = connect_in_turn(connection_texts(), may_create);
+    const Connect connect = with_wait_notice(connect_in_turn(connection_texts(), may_create), language);
     return dry_run ? rehearsing(connect) : connect;
 }
 
@@ -179,7 +203,7 @@ Owned<NativeConnection> CommonOptions::read() const {
 Bookkeeping CommonOptions::bookkeeping(std::span<const Bill* const> bills, std::span<const Bill* const> stored) const {
     Connect database = connect();
     if (dry_run && may_only_read(database)) {
-        std::cerr << say(words::rehearsed_in_memory) << '\n';
+        std::clog << say(words::rehearsed_in_memory) << '\n';
         database = [copy = copy_for_rehearsal(*read(), bills, stored)] { return copy; };
         database = rehearsing(database);
     }
@@ -190,6 +214,7 @@ void add_posting_options(CLI::App& command, CommonOptions& common) {
     command.add_flag("--dry-run", common.dry_run, common.say(words::dry_run_option));
     command.add_flag("--force", common.guard.is_forced, common.say(words::force_option));
     command.add_flag("--fail-on-negative", common.guard.refuses_negative, common.say(words::negative_option));
+    command.add_flag("--all-warnings", common.shows_all_warnings, common.say(words::warnings_option));
 }
 
 std::shared_ptr<bool> add_yes_option(CLI::App& command, const CommonOptions& common) {
@@ -201,7 +226,7 @@ std::shared_ptr<bool> add_yes_option(CLI::App& command, const CommonOptions& com
 std::optional<ExitCode> not_confirmed(const CommonOptions& common, const std::string& what, bool says_yes) {
     const std::optional<bool> answer = says_yes ? std::nullopt : ask_to_confirm(common, what);
     if (answer) return *answer ? std::nullopt : std::optional(ExitCode::refused);
-    std::cerr << what << '\n';
+    (says_yes ? std::clog : std::cerr) << what << '\n';
     if (says_yes) return std::nullopt;
     std::cerr << "vantlo: " << common.say(words::yes_needed) << '\n';
     return ExitCode::usage;

@@ -20,6 +20,8 @@ struct CommonOptions {
     Language language = language_of_locale();
     GuardRules guard;
     bool dry_run = false;
+    bool is_quiet = false;            ///< `--quiet`: std::clog is silent
+    bool shows_all_warnings = false;  ///< `--all-warnings`: else only the first ones of each sort
 
     /// A text of the program in the user's language, its places filled.
     template <typename... Values>

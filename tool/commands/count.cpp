@@ -158,7 +158,7 @@ ExitCode enter_sheet(const CommonOptions& common, const Wanted& wanted, bool say
     if (comparison.not_counted > 0)
         std::cerr << "vantlo: " << common.say(words::not_counted, Count(comparison.not_counted)) << '\n';
     if (list.rows.empty()) {
-        std::cerr << common.say(words::no_difference, Count(comparison.counted.size())) << '\n';
+        std::clog << common.say(words::no_difference, Count(comparison.counted.size())) << '\n';
         return ExitCode::done;
     }
     write_formatted(list, {}, wanted.format, common);
@@ -172,13 +172,13 @@ ExitCode enter_sheet(const CommonOptions& common, const Wanted& wanted, bool say
     const std::string summary = common.say(words::count_summary, Count(comparison.counted.size()), list.rows.size(),
                                            Count(bills.size()), joined(ids));
     if (wanted.is_dry_run) {
-        std::cerr << summary << '\n' << common.say(words::count_rehearsed) << '\n';
+        std::clog << summary << '\n' << common.say(words::count_rehearsed) << '\n';
         return ExitCode::done;
     }
     std::cout << std::flush;
     if (const auto exit_code = not_confirmed(common, summary, says_yes)) return *exit_code;
     common.bookkeeping(pointers).import(pointers);
-    std::cerr << common.say(words::count_saved) << '\n';
+    std::clog << common.say(words::count_saved) << '\n';
     return ExitCode::done;
 }
 

@@ -31,7 +31,7 @@ ExitCode reverse(const CommonOptions& common, const Named& bill) {
     std::vector<const Bill*> copied;
     if (stored) copied.push_back(&*stored);
     common.bookkeeping({}, copied).reverse(*kind, id);
-    std::cerr << common.say(common.dry_run ? words::would_take_back : words::taken_back, kind->name, bill.id) << '\n';
+    std::clog << common.say(common.dry_run ? words::would_take_back : words::taken_back, kind->name, bill.id) << '\n';
     return ExitCode::done;
 }
 

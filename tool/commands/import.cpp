@@ -197,7 +197,7 @@ ExitCode import(const CommonOptions& common, const ImportOptions& options, const
         import.run();
         summary = import.summary();
     }
-    std::cerr << summary << '\n';
+    std::clog << summary << '\n';
     return ExitCode::done;
 }
 

@@ -30,14 +30,14 @@ ExitCode leave(const CommonOptions& common, bool says_yes) {
     if (has_journal) parts.add(common.say(words::whole_journal, status.movements));
     parts.add(tables);
     if (parts.empty()) {
-        std::cerr << common.say(words::nothing_there) << '\n';
+        std::clog << common.say(words::nothing_there) << '\n';
         return ExitCode::done;
     }
     if (const auto exit_code = not_confirmed(common, common.say(words::would_remove, parts.text()), says_yes))
         return *exit_code;
     if (has_journal) remove_journal(*database);
     for (const OwnTable& table : tables) database->run(u"drop table " + from_utf8(table.name));
-    std::cerr << common.say(words::all_removed) << '\n';
+    std::clog << common.say(words::all_removed) << '\n';
     return ExitCode::done;
 }
 

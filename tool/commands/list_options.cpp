@@ -73,8 +73,12 @@ std::shared_ptr<ListOptions> add_list_options(CLI::App& command, const CommonOpt
     const auto options = std::make_shared<ListOptions>();
     add_format_options(command, common, options->format);
     command.add_option("--sort", options->sort, common.say(words::list_sort))->type_name("COLUMN");
-    command.add_option("--limit", options->limit, common.say(words::list_limit))->type_name("ROWS");
-    command.add_option("--skip", options->skip, common.say(words::list_skip))->type_name("ROWS");
+    command.add_option("--limit", options->limit, common.say(words::list_limit))
+        ->type_name("ROWS")
+        ->check(CLI::NonNegativeNumber);
+    command.add_option("--skip", options->skip, common.say(words::list_skip))
+        ->type_name("ROWS")
+        ->check(CLI::NonNegativeNumber);
     return options;
 }
 
@@ -91,7 +95,7 @@ void write_sorted(const Listing& list, const ListOptions& options, const CommonO
     const std::size_t shown = options.limit == 0 ? left : std::min(options.limit, left);
     write_formatted(list, {first, shown}, options.format, common, summed);
     if (shown < left)
-        std::cerr << "vantlo: " << common.say(words::rows_left, Count(left - shown), first + shown) << '\n';
+        std::clog << "vantlo: " << common.say(words::rows_left, Count(left - shown), first + shown) << '\n';
 }
 
 ExitCode write_list(Listing list, const ListOptions& options, const CommonOptions& common,

@@ -86,7 +86,7 @@ ExitCode set_minimum(const CommonOptions& common, const Minimum& minimum) {
     row.values.set(u"Status", minimum.status);
     row.values.set(u"Minimum", minimum.quantity);
     common.bookkeeping({}).save_master({&row, 1});
-    std::cerr << common.say(words::minimum_is_set, minimum.goods, to_utf8(number_text(minimum.quantity))) << '\n';
+    std::clog << common.say(words::minimum_is_set, minimum.goods, to_utf8(number_text(minimum.quantity))) << '\n';
     return ExitCode::done;
 }
 

@@ -48,7 +48,7 @@ ExitCode write_page(const CommonOptions& common, const Wanted& wanted) {
             throw TaskError(Reason::cannot_write, common.say(words::page_not_written, wanted.file));
         case Replaced::done: break;
     }
-    std::cerr << common.say(words::page_written, wanted.file) << '\n';
+    std::clog << common.say(words::page_written, wanted.file) << '\n';
     return ExitCode::done;
 }
 

@@ -167,7 +167,7 @@ ExitCode apply_in_transaction(NativeConnection& database, const RepairChoice& ch
             return give_up(is_alone ? words::repair_failed : words::ledger_moved);
         }
         database.commit();
-        std::cerr << common.say(words::repaired, Count(repairs.size()), outcome.number, outcome.number) << '\n';
+        std::clog << common.say(words::repaired, Count(repairs.size()), outcome.number, outcome.number) << '\n';
         return repaired.findings.empty() ? ExitCode::done : ExitCode::differs;
     });
 }
@@ -241,7 +241,7 @@ ExitCode undo_repair(const CommonOptions& common, std::int64_t number, bool says
             return ExitCode::posting_failed;
         }
         database->commit();
-        std::cerr << common.say(words::undone, number, outcome.number) << '\n';
+        std::clog << common.say(words::undone, number, outcome.number) << '\n';
         return ExitCode::done;
     });
 }
@@ -265,7 +265,7 @@ ExitCode repair_ledger(const CommonOptions& common, const RepairOptions& options
     std::cout << script_of(repairs, database->dialect(), common.language);
     tell_what_is_left(plan, common);
     if (repairs.empty()) {
-        std::cerr << common.say(words::nothing_to_repair) << '\n';
+        std::clog << common.say(words::nothing_to_repair) << '\n';
         return options.applies && !verification.findings.empty() ? ExitCode::differs : ExitCode::done;
     }
     if (!options.applies) return ExitCode::done;

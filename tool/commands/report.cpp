@@ -64,7 +64,7 @@ void add_report(CLI::App& app, CommandCall& call) {
     for (const Grouped& grouping : groupings) names.emplace(grouping.name, grouping.by);
     add_period(*command, common, wanted->period);
     command->add_option("--by", wanted->by, common.say(words::report_by))
-        ->transform(CLI::CheckedTransformer(names).description(""))
+        ->transform(CLI::CheckedTransformer(names))
         ->type_name("GROUP");
     const auto options = add_list_options(*command, common);
     command->callback([&call, wanted, options] {

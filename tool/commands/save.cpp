@@ -130,7 +130,7 @@ ExitCode save(const CommonOptions& common, const std::vector<std::string>& paths
     }
     Bookkeeping bookkeeping = common.bookkeeping(bills);
     const auto report = [&](const Message& wording) {
-        std::cerr << common.say(wording, Count(saved.bills), Count(saved.lines))
+        std::clog << common.say(wording, Count(saved.bills), Count(saved.lines))
                   << (saved.passed_over == 0 ? "" : common.say(words::passed_over, Count(saved.passed_over))) << '\n';
     };
     try {
