@@ -5,7 +5,7 @@
 #include <string>
 #include <utility>
 
-#include "tests/support/shell.h"
+#include "tests/support/transcript.h"
 
 // The files that docs/import.md shows are imported as it says.
 
@@ -13,8 +13,8 @@ namespace vantlo::test {
 namespace {
 
 /// Writes each fenced block that follows a line like "`NAME`:" to a file of that name. Returns the transcript.
-std::string write_files(const Shell& shell) {
-    std::ifstream document(VANTLO_SOURCE_DIR "/docs/import.md");
+std::string write_files(const Shell& shell, const std::string& page) {
+    std::ifstream document(page);
     REQUIRE(document);
     std::string name, block;
     bool is_inside = false;
@@ -33,20 +33,24 @@ std::string write_files(const Shell& shell) {
 }
 
 TEST_CASE("The import document's commands print what it shows, with its files") {
-    const Shell shell;
-    const std::string transcript = write_files(shell);
-    std::string printed;
-    std::istringstream lines(transcript);
-    for (std::string line; std::getline(lines, line);) {
-        if (!line.starts_with("$ vantlo ")) continue;
-        std::string output = shell.vantlo(line.substr(9)).output;
-        const std::size_t engine = output.find("(SQLite ");
-        if (engine != std::string::npos) output.replace(engine, output.find(')') - engine, "(ENGINE");
-        printed += line + "\n" + output;
+    for (const DocumentPage& page : both_languages("docs/import")) {
+        CAPTURE(page.name);
+        const Shell shell;
+        const std::string transcript = write_files(shell, page.name);
+        std::string printed;
+        std::istringstream lines(transcript);
+        for (std::string line; std::getline(lines, line);) {
+            if (!line.starts_with("$ vantlo ")) continue;
+            std::string output = shell.run("LC_ALL=" + page.locale + " " + shell.program() + line.substr(8)).output;
+            const std::size_t engine = output.find("SQLite ");
+            if (engine != std::string::npos)
+                output.replace(engine, output.find_first_not_of(".0123456789", engine + 7) - engine, "ENGINE");
+            printed += line + "\n" + output;
+        }
+        CHECK(printed == transcript);
+        const Finished ledger = shell.run("sqlite3 vantlo.db 'select GId, CurrentQty from Inventory order by GId'");
+        CHECK(ledger.output == "G1|12\nG2|4.5\n");
     }
-    CHECK(printed == transcript);
-    const Finished ledger = shell.run("sqlite3 vantlo.db 'select GId, CurrentQty from Inventory order by GId'");
-    CHECK(ledger.output == "G1|12\nG2|4.5\n");
 }
 
 }  // namespace

@@ -6,11 +6,14 @@ namespace vantlo::test {
 namespace {
 
 TEST_CASE("The commands of docs/verify.md print what it shows") {
-    const std::vector<std::string> blocks = fenced_blocks(text_of(VANTLO_SOURCE_DIR "/docs/verify.md"));
-    REQUIRE(blocks.size() == 1);
-    const Shell shell;
-    shell.file("examples/box.json", text_of(VANTLO_SOURCE_DIR "/examples/box.json"));
-    CHECK(run_transcript(shell, blocks[0]) == blocks[0]);
+    for (const DocumentPage& page : both_languages("docs/verify")) {
+        CAPTURE(page.name);
+        const std::vector<std::string> blocks = fenced_blocks(text_of(page.name));
+        REQUIRE(blocks.size() == 1);
+        const Shell shell;
+        shell.file("examples/box.json", text_of(VANTLO_SOURCE_DIR "/examples/box.json"));
+        CHECK(run_transcript(shell, blocks[0], page.locale) == blocks[0]);
+    }
 }
 
 }  // namespace
