@@ -30,6 +30,7 @@ constexpr Message main_footer    = {"每个命令都有自己的帮助和示例�
 constexpr Message see_help       = {"运行 {} --help 查看用法。", "Run {} --help for more."};
 constexpr Message exit_codes     = {"退出码：", "Exit codes:"};
 constexpr Message no_stdout      = {"标准输出无法写入", "stdout cannot be written"};
+constexpr Message interrupted_wait = {"已中断；不再等待数据库", "interrupted; no longer waiting for the database"};
 constexpr Message internal_error = {"内部错误（{}）；数据库中只有已完整保存的单据。请连同所用命令一并报告。",
                                            "internal error ({}); the database holds whole bills only. Please report it with the command line."};
 // clang-format on
@@ -100,6 +101,10 @@ ExitCode report_current_exception(const CommonOptions& common, bool creates) {
         std::cerr << (error.reason() == Reason::bad_input ? "" : "vantlo: ") << error.what() << '\n';
         return exit_code_of(error.reason());
     } catch (const Failure& failure) {
+        if (is_interrupted()) {  // which cancels what runs on a server
+            std::cerr << "vantlo: " << common.say(words::interrupted_wait) << '\n';
+            return ExitCode::interrupted;
+        }
         std::cerr << "vantlo: " << failure_text(failure, common, creates) << '\n';
         return ExitCode::no_database;
     } catch (const std::exception& defect) {

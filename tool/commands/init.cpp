@@ -94,7 +94,12 @@ ExitCode init(const CommonOptions& common, const Wanted& wanted) {
     Made made;
     for (const std::string& table : system_tables(database->dialect().name))
         (has_table(*database, table) ? made.tables_before : made.tables).push_back(table);
-    database->run_script(schema_for(database->dialect().name));
+    try {
+        database->run_script(schema_for(database->dialect().name));
+    } catch (const Failure& failure) {
+        // Who may make nothing needs nothing made.
+        if (failure.number() != error::permission_denied || !made.tables.empty()) throw;
+    }
     if (wanted.unique_key) database->run_script(unique_key_for(database->dialect().name));
     made.columns = missing_own_columns(*database);
     for (const MissingColumn& missing : made.columns) database->run(from_utf8(missing.statement));
