@@ -38,11 +38,6 @@ std::optional<Movement> find_movement(NativeConnection& database, TextView extre
 
 Text number_text_of(std::int64_t number) { return from_utf8(std::to_string(number)); }
 
-Text condition_on(TextView number, const MovementRange& range) {
-    return u" and " + Text(number) + u">=" + number_text_of(range.from) + u" and " + Text(number) + u"<" +
-           number_text_of(range.until);
-}
-
 std::optional<Movement> movement_from(NativeConnection& database, std::int64_t number) {
     return find_movement(database, u"min", u" where MovementNo>=" + number_text_of(number));
 }
@@ -106,14 +101,8 @@ MovementRange movements_within(NativeConnection& database, const Period& period)
             period.until ? first_at(database, clock_at(dialect, *period.until)) : past_all};
 }
 
-Text and_numbered(const MovementRange& range) { return condition_on(u"MovementNo", range); }
-
-Text and_numbered_for_sums(NativeConnection& database, const MovementRange& range) {
-    constexpr std::int64_t few = 8;  // less than one in so many
-    const MovementNumbers all = movement_numbers(database);
-    const std::int64_t from = std::max(range.from, all.first), until = std::min(range.until, all.last + 1);
-    const bool are_many = (until - from) * few > all.last - all.first;
-    return condition_on(are_many ? u"+MovementNo" : u"MovementNo", range);
+Text and_numbered(const MovementRange& range) {
+    return u" and MovementNo>=" + number_text_of(range.from) + u" and MovementNo<" + number_text_of(range.until);
 }
 
 MovementNumbers movement_numbers(NativeConnection& database) {

@@ -35,11 +35,6 @@ NewestMovements newest_movements(NativeConnection& database, std::int64_t most);
 /// The condition that a movement is one of the range, ` and ` before it.
 Text and_numbered(const MovementRange& range);
 
-/// The same for sums by goods: where the range has many of all movements, the condition keeps the engine from looking them up by
-/// number, one by one, since the index on goods has what is summed.
-/// Errors   Failure, if there is no journal of movements.
-Text and_numbered_for_sums(NativeConnection& database, const MovementRange& range);
-
 /// The numbers of the first and the last movement; 0 if there is none.
 struct MovementNumbers {
     std::int64_t first = 0;

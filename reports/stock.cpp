@@ -158,10 +158,10 @@ public:
         const auto sum = [&](TextView column) {
             return replace_all(database_.dialect().exact_sum, u'?', column) + u" as " + Text(column);
         };
-        const RecordsetVariable rows = database_.execute(
-            u"select WID,GId,Model1,Model2,Status," + sum(u"InChange") + u"," + sum(u"OutChange") + u"," +
-            sum(u"CurrentChange") + u" from StockMovement where 1=1" + and_numbered_for_sums(database_, range) +
-            condition_ + u" group by GId,WID,Model1,Model2,Status");
+        const RecordsetVariable rows =
+            database_.execute(u"select WID,GId,Model1,Model2,Status," + sum(u"InChange") + u"," + sum(u"OutChange") +
+                              u"," + sum(u"CurrentChange") + u" from StockMovement where 1=1" + and_numbered(range) +
+                              condition_ + u" group by GId,WID,Model1,Model2,Status");
         for (; !rows->eof(); rows->move_next()) {
             KeySums& sums = sums_[key_of(row_with_key(*rows))];
             const auto change = [&](TextView column) {

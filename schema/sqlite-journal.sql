@@ -32,9 +32,7 @@ create table if not exists StockMovement (
     Member         nvarchar(40)
 );
 -- Stock cards: the movements of goods, of one ledger row in the order of their numbers.
--- With the changes in it, sums by key are read from it alone.
-create index if not exists StockMovementKey on StockMovement (GId, WID, Model1, Model2, Status, MovementNo,
-                                                              InChange, OutChange, CurrentChange);
+create index if not exists StockMovementKey on StockMovement (GId, WID, Model1, Model2, Status);
 
 -- What is being posted, one row at most: a program that wants its movements to name their bill writes it in its
 -- transaction and deletes it before the end.
