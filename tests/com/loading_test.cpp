@@ -62,7 +62,7 @@ TEST_CASE("A thread that is ended inside a call costs its own connection alone")
         HANDLE event_;
     } endless(is_inside);
     struct Victim {
-        const ComponentLibrary& library;
+        const ComponentLibrary& component;
         AdoConnection& connection;
         Line& line;
 
@@ -70,7 +70,7 @@ TEST_CASE("A thread that is ended inside a call costs its own connection alone")
             const auto& self = *static_cast<Victim*>(parameter);
             CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
             const ComPointer<LineObject> host_line(new LineObject(self.line));
-            const ComPointer<_Inventory_Class> object = self.library.make_object();
+            const ComPointer<_Inventory_Class> object = self.component.make_object();
             object->putref_ADOConn(&self.connection);
             call_method(Road::by_name, *object.get(), *find_method(u"RG_In_AddInventory"), {{host_line.get(), {}}});
             return 0;
