@@ -213,7 +213,7 @@ private:
         for (std::array<unsigned char, head_size> head{};;) {
             if (::recv(socket, head.data(), head_size, MSG_WAITALL) != static_cast<ssize_t>(head_size)) return false;
             packet = static_cast<Packet>(head[0]);
-            std::string part((head[2] << 8 | head[3]) - head_size, '\0');
+            std::string part((std::size_t{head[2]} << 8 | head[3]) - head_size, '\0');
             if (::recv(socket, part.data(), part.size(), MSG_WAITALL) != static_cast<ssize_t>(part.size()))
                 return false;
             request += part;
